@@ -1,0 +1,17 @@
+#pragma once
+
+/// Sends ATA commands to a node through the IDE driver's HDIO requests (linux/hdreg.h).
+///
+/// A command is seven bytes: feature, sector count, sector number, cylinder low, cylinder high,
+/// device/select, command. `size` is the number of bytes to copy to `out`, 512 at most. Failure is logged and
+/// thrown as scsiException; `out` is then untouched. No bytes are swapped. The int returned carries no
+/// meaning.
+class ataInterface {
+public:
+    /// Refuses IDENTIFY DEVICE on an optical drive. With feature 0xDA (SMART RETURN STATUS) `out` receives
+    /// the returned registers, the error register first; otherwise the data.
+    int executeCommand(int fd, unsigned char* command, unsigned char* out, int size);
+
+    /// Sends any command through HDIO_DRIVE_CMD, on any node.
+    int executePassThroughCmd(int fd, unsigned char* command, unsigned char* out, int size);
+};

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+/// The kinds of bus that an inventory record names. scsiDevice::getBusType answers with other numbers.
+constexpr unsigned char BusTypeScsi = 0;
+constexpr unsigned char BusTypeAta = 1;
+
+/// A failed command of the device layer.
+class scsiException : public std::exception {
+public:
+    explicit scsiException(std::string message);
+    ~scsiException() override;
+    const char* what() const noexcept override;
+
+private:
+    std::string message_;
+};
+
+/// Where a SCSI device sits.
+struct scsiAddress {
+    scsiAddress(int hostNumber, int channelNumber, int targetId, int unit)
+        : host(hostNumber), channel(channelNumber), target(targetId), lun(unit) {}
+
+    int host, channel, target, lun;
+};
+
+/// Is `product` one of the removable-cartridge drives, which count as tapes whatever type they report?
+bool isCartridgeDrive(const std::string& product);
+
+/// The handle on one Linux device node at a time: it names the node, opens it, can identify what answers
+/// there, and closes it.
+///
+/// Owned by its creator, never shared. Opening a node closes the one that the handle had open.
+class scsiDevice {
+public:
+    scsiDevice();
+    ~scsiDevice();
+    scsiDevice(const scsiDevice&) = delete;
+    scsiDevice& operator=(const scsiDevice&) = delete;
+
+    /// Opens the node `path` + `index` (16 bits, decimal), or else the node `path` + letter ('a' for 0),
+    /// read-only and without waiting. 1: opened; -1: neither opens. devicePath then names the node that was
+    /// tried last.
+    int GetDevice(std::string path, int index);
+
+    /// Opens devicePath once more. 1: opened; -1: not.
+    int GetDevice();
+
+    /// Does nothing; kept for the interface.
+    void GetDevice(int host, int target, int lun);
+
+    void CloseDevice();
+
+    /// 3 when the open node answers ATA IDENTIFY DEVICE, 1 when it does not.
+    int getBusType();
+
+    /// Opens the node at `path` and `index` and identifies its device, as ATA first, as SCSI disk or tape
+    /// second. 1: identified; 0: nothing usable at this index; -1: stop scanning this base path.
+    int initialize(std::string path, int index);
+
+    std::string reservedText1;
+    std::string vendor;        ///< INQUIRY bytes 8..15, blanks included; "null" until identified
+    std::string product;       ///< INQUIRY bytes 16..31; "null" until identified
+    std::string firmwareLevel; ///< INQUIRY bytes 32..35; "null" until identified
+    int deviceType;            ///< peripheral device type; 1 (sequential access) for cartridge drives
+    int lun;
+    int channel;
+    int target;
+    int host;
+    int fd; ///< negative when closed
+    std::string devicePath;
+    std::string reservedText2;
+
+private:
+    bool identifyAta(unsigned char* answer);
+    bool identifyScsi();
+};

@@ -1,0 +1,59 @@
+#pragma once
+
+class scsiDevice;
+
+/// Room for each command descriptor block. A ten-byte block fits, so that the in-place change of bytes 7 and
+/// 8 (see execSCSICommand) stays inside the shorter ones too.
+constexpr int commandStorage = 10;
+
+/// Length of the two INQUIRY commands.
+constexpr int inquiryCommandLength = 6;
+
+// The commands of the layer (SPC-4, SSC-3). Only the two INQUIRY commands are sent; the others serve tape
+// drives.
+extern unsigned char inquiry_cmd[commandStorage];       ///< INQUIRY, standard data, 36 bytes
+extern unsigned char serialinquiry_cmd[commandStorage]; ///< INQUIRY, unit serial number page (0x80)
+extern unsigned char test_unit_ready[commandStorage];
+extern unsigned char load_cmd[commandStorage];
+extern unsigned char unload_cmd[commandStorage];
+extern unsigned char prevent_cmd[commandStorage]; ///< PREVENT ALLOW MEDIUM REMOVAL: prevent
+extern unsigned char send_diags[commandStorage];
+extern unsigned char allow_cmd[commandStorage];        ///< PREVENT ALLOW MEDIUM REMOVAL: allow
+extern unsigned char rewind_cmd[commandStorage];       ///< REWIND, answered at once
+extern unsigned char tapeAlert_cmd[commandStorage];    ///< LOG SENSE, TapeAlert page (0x2E), 512 bytes
+extern unsigned char driveUsage_cmd[commandStorage];   ///< LOG SENSE, supported pages, 65535 bytes
+extern unsigned char deviceStatus_cmd[commandStorage]; ///< LOG SENSE, page 0x33 from parameter 1, 512 bytes
+
+/// Sends SCSI commands to an open node through SG_IO (scsi/sg.h) and keeps the last data and sense.
+///
+/// Nothing clears the two buffers, so a short answer leaves what was there before. Make one with
+/// value-initialisation
+/// (`scsiPassThrough passThrough{}`): then no byte that nobody wrote can look like a retry condition.
+class scsiPassThrough {
+public:
+    /// Sends the `cdbLength` bytes at `cdb`, which have room for commandStorage bytes. A device that is
+    /// becoming ready or reports a unit attention is asked up to five times, 5 s apart, each time waiting 20
+    /// s at most.
+    ///
+    /// Commands other than a standard INQUIRY are refused on an emulated host, except for a few tape and
+    /// cartridge models; for those bytes 7 and 8 of `cdb` are overwritten with the allocation length 255.
+    ///
+    /// 0: data is in the raw buffer; 1: the SG_IO request failed; -1: anything else. Failures are logged.
+    int execSCSICommand(scsiDevice* device, unsigned char* cdb, int cdbLength);
+
+    unsigned char* getRawBuffer() { return dataBuffer; }
+    unsigned char* getRawSense() { return senseBuffer; }
+    unsigned char getSensekey() const {
+        return senseBuffer[2];
+    } ///< whole byte; the key is in its low four bits
+    unsigned char getASC() const { return senseBuffer[12]; }
+    unsigned char getASCQ() const { return senseBuffer[13]; }
+
+private:
+    enum class attempt { succeeded, requestFailed, retry, failed };
+    attempt sendOnce(int fd, unsigned char* cdb, int cdbLength, bool emulated);
+    bool awaitsRetry() const;
+
+    unsigned char dataBuffer[65535];
+    unsigned char senseBuffer[32]; // fixed format (SPC-4, 4.5.3)
+};

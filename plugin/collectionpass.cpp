@@ -1,0 +1,49 @@
+#include "plugin/scsidev_linux.h"
+
+#include "device/hostlog.h"
+#include "plugin/cimnames.h"
+#include "plugin/host/addtovectorcallback.h"
+
+#include <cstdlib>
+#include <exception>
+
+using NHALDEN20::ICIMNamespace;
+using NHALDEN20::TContext;
+
+void TScsidevPluginCallbacks::GetData(boost::shared_ptr<ICIMNamespace> ns, classList& requested) {
+    if (requested.empty())
+        return;
+    const auto firstClassIs = [&requested](const char* name) {
+        return requested.front()->GetClassName(TContext()) == name;
+    };
+    if (firstClassIs(firmwareClass)) {
+        readExistingInstances(*ns, busDeviceClass, existingDevices_);
+        readExistingInstances(*ns, firmwareElementClass, existingFirmwareElements_);
+        if (existingDevices_.empty() || existingFirmwareElements_.empty())
+            return;
+    }
+    try {
+        if (std::system("modprobe sg >/dev/null 2>&1") == 0) {
+            hostLog(progress, "Getting sg devices...");
+            collectData("/dev/sg", ns, requested);
+        } else {
+            hostLog(failedStep, "sg module is not loaded correctly");
+        }
+        hostLog(progress, "Getting hd devices...");
+        collectData("/dev/hd", ns, requested);
+        hostLog(progress, "Getting optical devices...");
+        if (firstClassIs(opticalDriveClass))
+            IterateCDromdrives(requested);
+        GetBusDevice(requested, ns);
+    } catch (const std::exception& failure) {
+        hostLog(failedStep, failure.what());
+    }
+}
+
+void TScsidevPluginCallbacks::readExistingInstances(ICIMNamespace& ns, const std::string& className,
+                                                    instanceList& instances) {
+    const TContext queryContext{{NHALDEN20::kContextName, NHALDEN20::kPluginNSPName}};
+    ns.GetClass(className, queryContext)
+        ->EnumerateInstances(NHALDEN20::TAddToVectorCallback<NHALDEN20::ICIMInstance>(&instances), true,
+                             TContext());
+}

@@ -1,0 +1,70 @@
+#include "plugin/scsidev_linux.h"
+
+#include "device/atainterface_linux.h"
+#include "device/identifydevice.h"
+#include "device/scsidevice_linux.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <memory>
+
+namespace {
+
+constexpr const char* deviceTypeNames[] = {
+    "Direct Access Device",
+    "Sequential Access Device",
+    "Printer Device",
+    "Processor Device",
+    "Write-Once Device",
+    "CD-ROM Device",
+    "Scanner Device",
+    "Optical Memory Device",
+    "Medium Changer Device",
+    "Communications Device",
+    "Graphic Arts Device", // 10 and 11 are both ASC IT8 types
+    "Graphic Arts Device",
+    "Storage Array Controller",
+    "Enclosure Device",
+    "Simple Direct Access Device",
+    "Optical Card Reader Device",
+    "", // 16, bridge controllers, have no name here
+    "Optical Based Storage Device",
+};
+
+} // namespace
+
+void busDevice::initialize() {
+    for (std::string* text : {&devicePath, &nodeName, &product, &vendor, &firmwareLevel, &deviceType,
+                              &serialNumber, &identity, &model, &inquiryText})
+        text->clear();
+    port = target = bus = lun = busType = 0;
+}
+
+void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
+    auto copy = std::make_unique<busDevice>(*record);
+    storedDevices_.reserve(storedDevices_.size() + 1); // nothing below can fail
+    const auto stored =
+        std::find_if(storedDevices_.begin(), storedDevices_.end(),
+                     [&copy](const busDevice* other) { return other->devicePath == copy->devicePath; });
+    if (stored != storedDevices_.end()) {
+        delete *stored;
+        storedDevices_.erase(stored);
+    }
+    storedDevices_.push_back(copy.release());
+}
+
+std::string TScsidevPluginCallbacks::getDeviceTypeString(unsigned char type) {
+    return type < std::size(deviceTypeNames) ? deviceTypeNames[type] : "";
+}
+
+unsigned int TScsidevPluginCallbacks::getBusType(scsiDevice* device) {
+    identifyDeviceCommand command;
+    unsigned char answer[identifyDeviceCommand::answerSize];
+    try {
+        ataInterface().executeCommand(device->fd, command.registers, answer, sizeof answer);
+        return BusTypeAta;
+    } catch (const std::exception&) {
+        return BusTypeScsi;
+    }
+}
