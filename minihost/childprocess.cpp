@@ -1,0 +1,98 @@
+#include "minihost/childprocess.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+
+namespace minihost {
+
+namespace {
+
+using clock = std::chrono::steady_clock;
+
+/// Starts the child with `output` as its standard output. -1: it cannot be started.
+pid_t start(const std::string& command, const std::vector<std::string>& arguments, int output) {
+    std::vector<char*> argv{const_cast<char*>(command.c_str())};
+    for (const auto& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = -1;
+    const int failed = ::posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return failed == 0 ? child : -1;
+}
+
+/// Waits until `fd` can be read or the deadline has passed. False: it has passed.
+bool readable(int fd, clock::time_point deadline) {
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - clock::now()).count();
+        if (left <= 0)
+            return false;
+        pollfd wanted{fd, POLLIN, 0};
+        const int ready = ::poll(&wanted, 1, static_cast<int>(std::min<long long>(left, INT_MAX)));
+        if (ready > 0)
+            return true;
+        if (ready == -1 && errno != EINTR)
+            return false;
+    }
+}
+
+/// Everything that comes out of `fd` until its end. False: the deadline came first, or reading failed.
+bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
+    char block[4096];
+    while (readable(fd, deadline)) {
+        const ssize_t got = ::read(fd, block, sizeof block);
+        if (got == 0)
+            return true;
+        if (got > 0)
+            output.append(block, static_cast<std::size_t>(got));
+        else if (errno != EINTR)
+            return false;
+    }
+    return false;
+}
+
+/// Waits for a child that has closed its output, and ends it when the deadline comes first.
+void reap(pid_t child, clock::time_point deadline) {
+    constexpr std::chrono::milliseconds pause(1);
+    while (::waitpid(child, nullptr, WNOHANG) == 0) {
+        if (clock::now() >= deadline) {
+            ::kill(child, SIGKILL);
+            ::waitpid(child, nullptr, 0);
+            return;
+        }
+        ::poll(nullptr, 0, static_cast<int>(pause.count()));
+    }
+}
+
+} // namespace
+
+std::string outputOf(const std::string& command, const std::vector<std::string>& arguments,
+                     std::chrono::milliseconds limit) {
+    const auto deadline = clock::now() + limit;
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) == -1)
+        return "";
+    const pid_t child = start(command, arguments, ends[1]);
+    ::close(ends[1]);
+    std::string output;
+    if (child != -1)
+        reap(child, readToEnd(ends[0], deadline, output) ? deadline : clock::now());
+    ::close(ends[0]);
+    return output;
+}
+
+} // namespace minihost

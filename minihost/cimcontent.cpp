@@ -1,0 +1,91 @@
+#include "minihost/cimcontent.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace NHALDEN20 {
+
+TCIMReference::TCIMReference(boost::shared_ptr<ICIMNamespace> ns, TContext keys)
+    : content_(new TContent{std::move(ns), std::move(keys), ""}) {
+}
+TCIMReference::TCIMReference(const TCIMReference& other) : content_(new TContent(*other.content_)) {
+}
+TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
+    *content_ = *other.content_;
+    return *this;
+}
+TCIMReference::~TCIMReference() = default;
+
+TCIMValue::TCIMValue() : content_(new TContent) {
+}
+TCIMValue::TCIMValue(const std::string& text) : content_(new TContent{text}) {
+}
+TCIMValue::TCIMValue(const char* text) : TCIMValue(std::string(text)) {
+}
+TCIMValue::TCIMValue(bool flag) : content_(new TContent{flag}) {
+}
+TCIMValue::TCIMValue(unsigned short number) : content_(new TContent{number}) {
+}
+TCIMValue::TCIMValue(TCIMReference& reference) : content_(new TContent{reference}) {
+}
+TCIMValue::TCIMValue(TCIMType /*type*/, unsigned int /*count*/, const std::vector<TCIMValue>& elements)
+    : content_(new TContent{elements}) {
+}
+TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {
+}
+TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
+    *content_ = *other.content_;
+    return *this;
+}
+TCIMValue::~TCIMValue() = default;
+
+TCIMValue::operator std::string() const {
+    if (const auto* text = std::get_if<std::string>(&content_->value))
+        return *text;
+    throw std::runtime_error("a CIM value that is no string was read as one");
+}
+
+TCIMValue::operator std::vector<TCIMValue>&() {
+    if (!std::holds_alternative<std::vector<TCIMValue>>(content_->value))
+        content_->value = std::vector<TCIMValue>();
+    return std::get<std::vector<TCIMValue>>(content_->value);
+}
+
+} // namespace NHALDEN20
+
+namespace minihost {
+
+namespace {
+
+std::string quoted(const std::string& text) {
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\')
+            result += '\\';
+        result += c;
+    }
+    return result + '"';
+}
+
+std::string keyText(const NHALDEN20::TCIMValue& value) {
+    const auto& content = value.Content().value;
+    if (const auto* number = std::get_if<std::uint16_t>(&content))
+        return std::to_string(*number);
+    if (const auto* reference = std::get_if<NHALDEN20::TCIMReference>(&content))
+        return quoted(objectPath(*reference));
+    return quoted(std::get<std::string>(content));
+}
+
+} // namespace
+
+std::string objectPath(const NHALDEN20::TCIMReference& reference) {
+    std::string path = reference.Content().className;
+    char separator = '.';
+    for (const auto& [name, value] : reference.Content().keys) {
+        path += separator + name + '=' + keyText(value);
+        separator = ',';
+    }
+    return path;
+}
+
+} // namespace minihost

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "plugin/host/cimnamespace.h"
+#include "plugin/host/cimreference.h"
+#include "plugin/host/cimvalue.h"
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace NHALDEN20 {
+
+/// What an object path holds: the class that it names and the key properties.
+struct TCIMReference::TContent {
+    boost::shared_ptr<ICIMNamespace> ns;
+    TContext keys;
+    std::string className;
+};
+
+/// What a value holds; std::monostate is the empty value.
+struct TCIMValue::TContent {
+    using TVariant =
+        std::variant<std::monostate, std::string, bool, std::uint16_t, TCIMReference, std::vector<TCIMValue>>;
+    TVariant value;
+};
+
+} // namespace NHALDEN20
+
+namespace minihost {
+
+/// The object path as text: CLASS.key="text",key=number,... with the keys in alphabetical order, and " and
+/// \ in texts escaped by \ (DSP0004, untyped path). Keys that were never set are left out.
+std::string objectPath(const NHALDEN20::TCIMReference& reference);
+
+} // namespace minihost

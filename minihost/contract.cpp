@@ -1,0 +1,21 @@
+// The contract's interfaces: their type information lives in the host, so that the plug-in shares it.
+
+#include "plugin/host/cimclass.h"
+#include "plugin/host/ciminstance.h"
+#include "plugin/host/cimnamespace.h"
+#include "plugin/host/plugincallbacks.h"
+#include "plugin/host/pluginmanager.h"
+#include "plugin/host/rootobject.h"
+
+namespace NHALDEN20 {
+
+ICIMNamespace::~ICIMNamespace() = default;
+ICIMClass::~ICIMClass() = default;
+ICIMPropertyHandle::~ICIMPropertyHandle() = default;
+ICIMInstance::~ICIMInstance() = default;
+IPluginCallbacks::~IPluginCallbacks() = default;
+IPluginBasicQueryCallbacks::~IPluginBasicQueryCallbacks() = default;
+ILogger::~ILogger() = default;
+TPluginManagerNamespace::~TPluginManagerNamespace() = default;
+
+} // namespace NHALDEN20

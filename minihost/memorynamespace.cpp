@@ -1,0 +1,120 @@
+#include "minihost/memorynamespace.h"
+
+#include "minihost/cimcontent.h"
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+
+using NHALDEN20::ICIMClass;
+using NHALDEN20::ICIMInstance;
+using NHALDEN20::TCIMReference;
+using NHALDEN20::TCIMValue;
+using NHALDEN20::TContext;
+
+namespace minihost {
+
+namespace {
+
+class memoryClass : public ICIMClass {
+public:
+    memoryClass(memoryNamespace& ns, const classDeclaration& declaration)
+        : namespace_(ns), declaration_(declaration), name_(declaration.name) {}
+
+    const std::string& GetClassName(const TContext& /*context*/) override { return name_; }
+
+    boost::shared_ptr<ICIMInstance> CreateInstance(const TContext& /*context*/) override {
+        return boost::make_shared<memoryInstance>(namespace_, declaration_);
+    }
+
+    void EnumerateInstances(boost::function<bool(boost::shared_ptr<ICIMInstance>)> callback, bool /*flag*/,
+                            const TContext& /*context*/) override {
+        for (const auto& instance : namespace_.instances()) {
+            if (isKindOf(instance->declaration(), name_) && !callback(instance))
+                return;
+        }
+    }
+
+private:
+    memoryNamespace& namespace_;
+    const classDeclaration& declaration_;
+    std::string name_;
+};
+
+class memoryPropertyHandle : public NHALDEN20::ICIMPropertyHandle {
+public:
+    explicit memoryPropertyHandle(TCIMValue value) : value_(std::move(value)) {}
+    TCIMValue GetValue() override { return value_; }
+
+private:
+    TCIMValue value_;
+};
+
+} // namespace
+
+memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
+    : namespace_(ns), declaration_(declaration) {
+}
+
+TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
+    TContext keys;
+    for (const char* key : declaration_.keys) {
+        if (const TCIMValue* value = find(key))
+            keys[key] = *value;
+    }
+    TCIMReference reference(boost::shared_ptr<NHALDEN20::ICIMNamespace>(), keys);
+    reference.Content().className = declaration_.name;
+    return reference;
+}
+
+boost::shared_ptr<ICIMClass> memoryInstance::GetInstanceClass(const TContext& context) {
+    return namespace_.GetClass(declaration_.name, context);
+}
+
+boost::shared_ptr<NHALDEN20::ICIMPropertyHandle>
+memoryInstance::GetPropertyHandle(const std::string& name, const TContext& /*context*/) {
+    const TCIMValue* value = find(name);
+    return boost::make_shared<memoryPropertyHandle>(value == nullptr ? TCIMValue() : *value);
+}
+
+void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value,
+                                 const TContext& /*context*/) {
+    for (auto& [knownName, knownValue] : properties_) {
+        if (knownName == name) {
+            knownValue = value;
+            return;
+        }
+    }
+    properties_.emplace_back(name, value);
+}
+
+const TCIMValue* memoryInstance::find(const std::string& name) const {
+    for (const auto& [knownName, value] : properties_) {
+        if (knownName == name)
+            return &value;
+    }
+    return nullptr;
+}
+
+void memoryInstance::CommitToClass(const TContext& /*context*/) {
+    namespace_.commit(shared_from_this());
+}
+
+memoryNamespace::memoryNamespace() {
+    for (const auto& declaration : classTable())
+        classes_[declaration.name] = boost::make_shared<memoryClass>(*this, declaration);
+}
+
+boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, TContext /*context*/) {
+    const auto found = classes_.find(name);
+    if (found == classes_.end())
+        throw std::invalid_argument("the namespace has no class " + name);
+    return found->second;
+}
+
+void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) {
+    instances_.push_back(instance);
+}
+
+} // namespace minihost

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "minihost/classtable.h"
+#include "plugin/host/cimclass.h"
+#include "plugin/host/ciminstance.h"
+#include "plugin/host/cimnamespace.h"
+
+#include <boost/enable_shared_from_this.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace minihost {
+
+class memoryNamespace;
+
+/// An instance: its properties in the order in which they were first set.
+class memoryInstance : public NHALDEN20::ICIMInstance, public boost::enable_shared_from_this<memoryInstance> {
+public:
+    using propertyList = std::vector<std::pair<std::string, NHALDEN20::TCIMValue>>;
+
+    memoryInstance(memoryNamespace& ns, const classDeclaration& declaration);
+
+    NHALDEN20::TCIMReference GetReference(const NHALDEN20::TContext& context) override;
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetInstanceClass(const NHALDEN20::TContext& context) override;
+    boost::shared_ptr<NHALDEN20::ICIMPropertyHandle>
+    GetPropertyHandle(const std::string& name, const NHALDEN20::TContext& context) override;
+    void SetProperty(const std::string& name, const NHALDEN20::TCIMValue& value,
+                     const NHALDEN20::TContext& context) override;
+
+    const classDeclaration& declaration() const { return declaration_; }
+    const propertyList& properties() const { return properties_; }
+    /// The value of a property, or null when it was never set.
+    const NHALDEN20::TCIMValue* find(const std::string& name) const;
+
+private:
+    void CommitToClass(const NHALDEN20::TContext& context) override;
+
+    memoryNamespace& namespace_;
+    const classDeclaration& declaration_;
+    propertyList properties_;
+};
+
+/// A CIM namespace in memory with the classes of the class table.
+///
+/// Instances and classes refer to it: it outlives all handles that it gave out.
+class memoryNamespace : public NHALDEN20::ICIMNamespace {
+public:
+    memoryNamespace();
+
+    /// Throws std::invalid_argument for a class that the class table does not have.
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name,
+                                                     NHALDEN20::TContext context) override;
+
+    /// The committed instances of all classes, in commit order.
+    const std::vector<boost::shared_ptr<memoryInstance>>& instances() const { return instances_; }
+
+    /// Adds `instance` as the last one; called through ICIMInstance::AddToClass.
+    void commit(boost::shared_ptr<memoryInstance> instance);
+
+private:
+    std::map<std::string, boost::shared_ptr<NHALDEN20::ICIMClass>> classes_;
+    std::vector<boost::shared_ptr<memoryInstance>> instances_;
+};
+
+} // namespace minihost

@@ -1,0 +1,67 @@
+#include "plugin/host/rootobject.h"
+
+#include "minihost/minihost.h"
+#include "plugin/host/pluginmanager.h"
+
+#include <boost/make_shared.hpp>
+
+#include <stdexcept>
+#include <utility>
+
+using NHALDEN20::ICIMNamespace;
+using NHALDEN20::IPluginCallbacks;
+
+namespace minihost {
+
+namespace {
+
+class sinkLogger : public NHALDEN20::ILogger {
+public:
+    void Log(int level, const std::string& text) override {
+        if (sink)
+            sink(level, text);
+    }
+
+    logSink sink;
+};
+
+// Made at the first use: a plug-in linked into the program registers before this file's objects would exist.
+sinkLogger& logger() {
+    static sinkLogger instance;
+    return instance;
+}
+
+class pluginManager : public NHALDEN20::TPluginManagerNamespace {
+public:
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name,
+                                                     NHALDEN20::TContext /*context*/) override {
+        throw std::invalid_argument("the plug-in manager has no class " + name);
+    }
+    void RegisterPlugin(IPluginCallbacks* plugin) override { registeredPlugins().push_back(plugin); }
+};
+
+} // namespace
+
+void setLogSink(logSink sink) {
+    logger().sink = std::move(sink);
+}
+
+std::vector<IPluginCallbacks*>& registeredPlugins() {
+    static std::vector<IPluginCallbacks*> plugins;
+    return plugins;
+}
+
+} // namespace minihost
+
+namespace NHALDEN20 {
+
+ILogger* TRootObject::GetCoreLogger() {
+    return &minihost::logger();
+}
+
+boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() {
+    static const auto manager = boost::make_shared<minihost::pluginManager>();
+    return manager;
+}
+
+} // namespace NHALDEN20
