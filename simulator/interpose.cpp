@@ -1,0 +1,195 @@
+// The system calls of this process that a simulated machine answers. A definition here wins over the C
+// library's; what does not belong to the simulated machine goes on to the C library. Fortified and large-file
+// builds call other names, so these stand here too.
+
+#include "simulator/kernel.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+using simulator::activeKernel;
+using simulator::kernel;
+
+namespace {
+
+/// The definition of `name` behind this one.
+template <typename Function>
+Function* behind(const char* name) {
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+using openCall = int(const char*, int, mode_t);
+using fopenCall = FILE*(const char*, const char*);
+
+int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
+    if (kernel* simulated = activeKernel()) {
+        if (kernel::owns(path))
+            return simulated->open(path);
+        if (std::strcmp(path, simulator::opticalTablePath) == 0)
+            return simulated->openOpticalTable();
+    }
+    return realOpen(path, flags, mode);
+}
+
+FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
+    kernel* simulated = activeKernel();
+    if (simulated == nullptr || std::strcmp(path, simulator::opticalTablePath) != 0)
+        return realFopen(path, mode);
+    const int fd = simulated->openOpticalTable();
+    return fd < 0 ? nullptr : ::fdopen(fd, mode);
+}
+
+int hostName(char* name, std::size_t size) {
+    if (kernel* simulated = activeKernel()) {
+        std::snprintf(name, size, "%s", simulated->simulated().name.c_str());
+        return 0;
+    }
+    static auto* const real = behind<int(char*, std::size_t)>("gethostname");
+    return real(name, size);
+}
+
+bool createsFile(int flags) {
+    return (flags & (O_CREAT | O_TMPFILE)) != 0;
+}
+
+/// Reads the mode that stands behind `flags` where the call creates a file.
+mode_t modeOf(int flags, std::va_list& arguments) {
+    const mode_t mode = createsFile(flags) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return mode;
+}
+
+/// Replaces the path of the optical-drive table among a command's arguments by an inherited descriptor, so
+/// that a child which is not interposed reads the simulated table too.
+class redirectedArguments {
+public:
+    redirectedArguments(kernel* simulated, char* const* arguments) {
+        for (; *arguments != nullptr; ++arguments)
+            list_.push_back(*arguments);
+        list_.push_back(nullptr);
+        const auto found = std::find_if(list_.begin(), list_.end() - 1, [](const char* argument) {
+            return std::strcmp(argument, simulator::opticalTablePath) == 0;
+        });
+        if (simulated == nullptr || found == list_.end() - 1)
+            return;
+        table_ = simulated->openOpticalTable();
+        path_ = "/dev/fd/" + std::to_string(table_); // no file at all where the machine has no table
+        *found = path_.data();
+    }
+    ~redirectedArguments() {
+        if (table_ >= 0)
+            ::close(table_);
+    }
+    redirectedArguments(const redirectedArguments&) = delete;
+    redirectedArguments& operator=(const redirectedArguments&) = delete;
+
+    char* const* list() const { return list_.data(); }
+
+private:
+    std::vector<char*> list_;
+    int table_ = -1;
+    std::string path_;
+};
+
+} // namespace
+
+extern "C" {
+
+#pragma GCC visibility push(default)
+
+int open(const char* path, int flags, ...) {
+    static auto* const real = behind<openCall>("open");
+    std::va_list arguments;
+    va_start(arguments, flags);
+    return openAnywhere(real, path, flags, modeOf(flags, arguments));
+}
+
+int open64(const char* path, int flags, ...) {
+    static auto* const real = behind<openCall>("open64");
+    std::va_list arguments;
+    va_start(arguments, flags);
+    return openAnywhere(real, path, flags, modeOf(flags, arguments));
+}
+
+int __open_2(const char* path, int flags) {
+    return open(path, flags);
+}
+
+int __open64_2(const char* path, int flags) {
+    return open64(path, flags);
+}
+
+FILE* fopen(const char* path, const char* mode) {
+    static auto* const real = behind<fopenCall>("fopen");
+    return fopenAnywhere(real, path, mode);
+}
+
+FILE* fopen64(const char* path, const char* mode) {
+    static auto* const real = behind<fopenCall>("fopen64");
+    return fopenAnywhere(real, path, mode);
+}
+
+int close(int fd) {
+    static auto* const real = behind<int(int)>("close");
+    kernel* simulated = activeKernel();
+    return simulated != nullptr && simulated->owns(fd) ? simulated->close(fd) : real(fd);
+}
+
+int ioctl(int fd, unsigned long request, ...) noexcept {
+    static auto* const real = behind<int(int, unsigned long, void*)>("ioctl");
+    std::va_list arguments;
+    va_start(arguments, request);
+    void* const argument = va_arg(arguments, void*);
+    va_end(arguments);
+    kernel* simulated = activeKernel();
+    return simulated != nullptr && (fd < 0 || simulated->owns(fd)) ? simulated->ioctl(fd, request, argument)
+                                                                   : real(fd, request, argument);
+}
+
+unsigned sleep(unsigned seconds) {
+    static auto* const real = behind<unsigned(unsigned)>("sleep");
+    kernel* simulated = activeKernel();
+    if (simulated == nullptr)
+        return real(seconds);
+    simulated->sleep(seconds);
+    return 0;
+}
+
+int system(const char* command) {
+    static auto* const real = behind<int(const char*)>("system");
+    kernel* simulated = activeKernel();
+    int status = 0;
+    return simulated != nullptr && command != nullptr && simulated->system(command, status) ? status
+                                                                                            : real(command);
+}
+
+int gethostname(char* name, std::size_t size) noexcept {
+    return hostName(name, size);
+}
+
+int __gethostname_chk(char* name, std::size_t size, std::size_t /*room*/) noexcept {
+    return hostName(name, size);
+}
+
+int posix_spawnp(pid_t* child, const char* file, const posix_spawn_file_actions_t* actions,
+                 const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment) {
+    static auto* const real = behind<decltype(::posix_spawnp)>("posix_spawnp");
+    const redirectedArguments redirected(activeKernel(), arguments);
+    return real(child, file, actions, attributes, redirected.list(), environment);
+}
+
+#pragma GCC visibility pop
+
+} // extern "C"

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace simulator {
+
+/// A value in a JSON document together with where it stands, for errors that name the place.
+///
+/// Cheap to copy; the document lives as long as any of its places. Every failure is a machineFileError.
+class jsonPlace {
+public:
+    /// The whole document; `file` names it in errors.
+    static jsonPlace parse(const std::string& text, const std::string& file);
+
+    bool isText() const { return value_->is_string(); }
+    bool isList() const { return value_->is_array(); }
+
+    /// A text whose code points up to 255 become the bytes of the same number.
+    std::string text() const;
+    int number(long long least, long long largest) const;
+    void requireTrue(const char* expected) const;
+
+    /// A member of an object; the object and the member must be there.
+    jsonPlace member(const char* name) const;
+    /// A member of an object, if it has it.
+    std::optional<jsonPlace> find(const char* name) const;
+    /// Refuses an object that has other members than these, and what is no object.
+    void allowMembers(std::initializer_list<const char*> names) const;
+
+    void forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const;
+    void forEachMember(const char* expected,
+                       const std::function<void(const std::string& name, const jsonPlace&)>& use) const;
+
+    /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
+    [[noreturn]] void fail(const std::string& expected) const;
+
+private:
+    using document = std::shared_ptr<const nlohmann::json>;
+    jsonPlace(document whole, const nlohmann::json* value, std::string file, std::string place)
+        : whole_(std::move(whole)), value_(value), file_(std::move(file)), place_(std::move(place)) {}
+    jsonPlace at(const nlohmann::json& value, const std::string& step) const;
+
+    document whole_;
+    const nlohmann::json* value_;
+    std::string file_;
+    std::string place_;
+};
+
+} // namespace simulator

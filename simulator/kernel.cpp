@@ -1,0 +1,102 @@
+#include "simulator/kernel.h"
+
+#include "simulator/requests.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fstream>
+
+namespace simulator {
+
+namespace {
+
+/// Families of nodes that are the simulated machine's alone, also where it has none of them.
+constexpr const char* families[] = {"/dev/sg", "/dev/sd", "/dev/hd", "/dev/sr"};
+
+int fail(int error) {
+    errno = error;
+    return -1;
+}
+
+} // namespace
+
+bool kernel::owns(const std::string& path) {
+    return std::any_of(std::begin(families), std::end(families),
+                       [&path](const char* family) { return path.rfind(family, 0) == 0; });
+}
+
+int kernel::open(const std::string& path) {
+    note([&] { return "open " + path; });
+    const auto found = machine_.nodes.find(path);
+    if (found == machine_.nodes.end())
+        return fail(ENOENT);
+    auto& outcomes = found->second.open;
+    if (const int error = outcomes.empty() ? 0 : outcomes.next().error)
+        return fail(error);
+    const int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (fd >= 0)
+        open_[fd] = path;
+    return fd;
+}
+
+int kernel::openOpticalTable() {
+    if (!machine_.opticalTable)
+        return fail(ENOENT);
+    const int fd = ::memfd_create("optical-table", 0);
+    if (fd >= 0) {
+        const auto& table = *machine_.opticalTable;
+        if (::write(fd, table.data(), table.size()) != static_cast<ssize_t>(table.size()))
+            return fail(EIO);
+        ::lseek(fd, 0, SEEK_SET);
+    }
+    return fd;
+}
+
+int kernel::close(int fd) {
+    note([&] { return "close " + open_[fd]; });
+    open_.erase(fd);
+    return ::close(fd);
+}
+
+int kernel::ioctl(int fd, unsigned long request, void* argument) {
+    const auto found = open_.find(fd);
+    if (found == open_.end()) {
+        note([&] { return "ioctl closed " + requestText(request, argument); });
+        return fail(EBADF);
+    }
+    note([&] { return "ioctl " + found->second + " " + requestText(request, argument); });
+    const requestResult result = answer(found->second, machine_.nodes[found->second], request, argument);
+    return result.error == 0 ? result.value : fail(result.error);
+}
+
+void kernel::sleep(unsigned seconds) {
+    note([&] { return "sleep " + std::to_string(seconds); });
+    secondsSlept_ += seconds;
+}
+
+bool kernel::system(const std::string& command, int& status) {
+    const auto startsWith = [&command](const char* name) {
+        return command.rfind(name, 0) == 0;
+    };
+    const std::size_t redirection = command.rfind("> ");
+    if (startsWith("modprobe ")) {
+        status = machine_.modprobeStatus << 8;
+    } else if (startsWith("hwinfo ") && redirection != std::string::npos) {
+        std::ofstream(command.substr(redirection + 2), std::ios::binary) << machine_.usbListing;
+        status = 0;
+    } else if (startsWith("rm -f ")) {
+        std::remove(command.substr(6).c_str());
+        status = 0;
+    } else {
+        return false;
+    }
+    note([&] { return "system " + command; });
+    return true;
+}
+
+} // namespace simulator

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "simulator/machine.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace simulator {
+
+/// The kernel interface of a simulated machine: opens its nodes, answers their requests, writes down the
+/// calls.
+///
+/// A call returns what the system call would and sets errno on failure. Not for several threads at once.
+class kernel {
+public:
+    enum class calls { forgotten, kept };
+
+    explicit kernel(machine simulated, calls record = calls::forgotten)
+        : machine_(std::move(simulated)), record_(record == calls::kept) {}
+
+    /// Does `path` belong to the simulated machine, present or not? All others are the real machine's.
+    static bool owns(const std::string& path);
+    bool owns(int fd) const { return open_.count(fd) != 0; }
+
+    /// The descriptor is a real one, of /dev/null, and so differs from all others of the process.
+    int open(const std::string& path);
+    int close(int fd);
+
+    /// A descriptor of a new file that holds the optical-drive table; inherited by child processes.
+    int openOpticalTable();
+
+    int ioctl(int fd, unsigned long request, void* argument);
+
+    /// Sleeps are skipped.
+    void sleep(unsigned seconds);
+
+    /// Runs a shell command that the machine stands in for: modprobe, the USB query and the removal of its
+    /// file. False: the command is none of them.
+    bool system(const std::string& command, int& status);
+
+    machine& simulated() { return machine_; }
+
+    /// One line a call, such as "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM", "sleep 5".
+    const std::vector<std::string>& recordedCalls() const { return calls_; }
+    std::size_t openDescriptors() const { return open_.size(); }
+    unsigned secondsSlept() const { return secondsSlept_; }
+
+private:
+    template <typename Text>
+    void note(Text text) {
+        if (record_)
+            calls_.push_back(text());
+    }
+
+    machine machine_;
+    bool record_;
+    std::map<int, std::string> open_; // descriptor to path
+    std::vector<std::string> calls_;
+    unsigned secondsSlept_ = 0;
+};
+
+/// The kernel that the interposed calls of this process go to; null: the real one.
+kernel* activeKernel();
+
+/// Where the optical-drive table stands.
+constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";
+
+} // namespace simulator

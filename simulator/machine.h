@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+using bytes = std::vector<unsigned char>;
+
+/// What a request is answered with, in turn; the last answer repeats.
+template <typename T>
+class answers {
+public:
+    answers() = default;
+    answers(T only) : list_{std::move(only)} {}
+    answers(std::vector<T> list) : list_(std::move(list)) {}
+
+    bool empty() const { return list_.empty(); }
+    const std::vector<T>& all() const { return list_; }
+
+    /// The next answer. There must be one.
+    const T& next() { return list_[position_ + 1 < list_.size() ? position_++ : position_]; }
+
+private:
+    std::vector<T> list_;
+    std::size_t position_ = 0;
+};
+
+/// A request that answers with a number, or fails with `error`.
+struct numberAnswer {
+    int value = 0;
+    int error = 0; ///< errno; 0: the request succeeds
+};
+
+/// SG_GET_SCSI_ID.
+struct addressAnswer {
+    int host = 0, channel = 0, target = 0, lun = 0;
+    int type = 0;  ///< peripheral device type
+    int error = 0; ///< errno; 0: the request succeeds
+};
+
+/// One SG_IO request: an errno, or what the device sent and what the driver reports (scsi/sg.h).
+struct scsiAnswer {
+    int error = 0; ///< errno; 0: the request succeeds
+    bytes data;
+    bytes sense;
+    unsigned char status = 0; ///< SCSI status byte
+    unsigned char maskedStatus = 0;
+    unsigned short hostStatus = 0;
+    unsigned short driverStatus = 0;
+    unsigned info = 0;
+};
+
+/// One HDIO request: an errno, or what the drive sent.
+struct driveAnswer {
+    int error = 0; ///< errno; 0: the request succeeds
+    bytes data;
+};
+
+/// One device node. A request for which there are no answers is refused as a node of its family refuses it.
+struct node {
+    answers<numberAnswer> open; ///< none: opens
+    answers<numberAnswer> sgVersion;
+    answers<numberAnswer> emulated;
+    answers<addressAnswer> address;
+    answers<scsiAnswer> inquiry;             ///< standard INQUIRY
+    answers<scsiAnswer> serialPage;          ///< INQUIRY, unit serial number page (0x80)
+    answers<driveAnswer> identify;           ///< IDENTIFY DEVICE through HDIO_DRIVE_CMD: 512 bytes
+    answers<driveAnswer> task;               ///< HDIO_DRIVE_TASK: the seven returned registers
+    answers<numberAnswer> opticalCapability; ///< CDROM_GET_CAPABILITY
+};
+
+/// A machine as its kernel, its shell commands and its management controller show it.
+struct machine {
+    std::string name = "simulated";
+    int modprobeStatus = 0;                     ///< exit status of any modprobe command
+    std::string usbListing;                     ///< what the USB query writes into its file
+    std::optional<std::string> opticalTable;    ///< /proc/sys/dev/cdrom/info; none: there is no such file
+    std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
+    std::map<std::string, node> nodes;          ///< by path
+};
+
+} // namespace simulator

@@ -1,0 +1,237 @@
+#include "simulator/machinefile.h"
+
+#include "simulator/errnonames.h"
+#include "simulator/jsonplace.h"
+
+#include <scsi/sg.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <map>
+
+namespace simulator {
+
+namespace {
+
+constexpr std::size_t largestFile = 16 * 1024 * 1024; // bytes
+constexpr int largestByte = 0xFF;
+constexpr int largestNumber = 0x7FFFFFFF;
+
+constexpr unsigned char checkCondition = 2;
+constexpr unsigned short driverSense = 8;
+constexpr unsigned char statusMask = 0x1F; // of the status byte shifted right, as the sg driver masks it
+
+int errnoAt(const jsonPlace& place) {
+    const int error = errnoOf(place.text());
+    if (error == 0)
+        place.fail("the name of an error, such as \"EIO\"");
+    return error;
+}
+
+/// Bytes as pairs of hex digits; blanks between the pairs are allowed.
+bytes hexBytes(const jsonPlace& place) {
+    std::string digits = place.text();
+    digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
+    if (digits.size() % 2 != 0 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
+        place.fail("pairs of hex digits");
+    bytes result;
+    for (std::size_t i = 0; i < digits.size(); i += 2)
+        result.push_back(static_cast<unsigned char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
+    return result;
+}
+
+/// {"text": T, "size": N}: T padded with blanks to N bytes. {"swapped": T, "size": N}: so, and the two bytes
+/// of every word exchanged, as ATA texts come. {"zeros": N}.
+bytes describedBytes(const jsonPlace& place) {
+    place.allowMembers({"text", "swapped", "zeros", "size"});
+    if (const auto zeros = place.find("zeros"))
+        return bytes(static_cast<std::size_t>(zeros->number(0, largestFile)), 0);
+    const auto swapped = place.find("swapped");
+    std::string text = (swapped ? *swapped : place.member("text")).text();
+    const auto size = static_cast<std::size_t>(place.member("size").number(0, largestFile));
+    if (text.size() > size || (swapped && size % 2 != 0))
+        place.member("size").fail("room for the text" + std::string(swapped ? ", an even number" : ""));
+    text.resize(size, ' ');
+    for (std::size_t i = 0; swapped && i < size; i += 2)
+        std::swap(text[i], text[i + 1]);
+    return {text.begin(), text.end()};
+}
+
+bytes bytesAt(const jsonPlace& place) {
+    if (place.isText())
+        return hexBytes(place);
+    bytes result;
+    place.forEachElement("pairs of hex digits, or a list of parts", [&result](const jsonPlace& part) {
+        const bytes more = part.isText() ? hexBytes(part) : describedBytes(part);
+        result.insert(result.end(), more.begin(), more.end());
+    });
+    return result;
+}
+
+/// A text, or a list of lines.
+std::string linesAt(const jsonPlace& place) {
+    if (place.isText())
+        return place.text();
+    std::string result;
+    place.forEachElement("a text, or a list of lines",
+                         [&result](const jsonPlace& line) { result += line.text() + '\n'; });
+    return result;
+}
+
+std::vector<std::string> textsAt(const jsonPlace& place) {
+    std::vector<std::string> texts;
+    place.forEachElement("a list of texts",
+                         [&texts](const jsonPlace& text) { texts.push_back(text.text()); });
+    return texts;
+}
+
+numberAnswer numberAt(const jsonPlace& place) {
+    return place.isText() ? numberAnswer{0, errnoAt(place)}
+                          : numberAnswer{place.number(-largestNumber, largestNumber), 0};
+}
+
+numberAnswer openAt(const jsonPlace& place) {
+    if (place.isText())
+        return {0, errnoAt(place)};
+    place.requireTrue("true, or the name of an error");
+    return {};
+}
+
+addressAnswer addressAt(const jsonPlace& place) {
+    addressAnswer address;
+    if (place.isText()) {
+        address.error = errnoAt(place);
+        return address;
+    }
+    place.allowMembers({"host", "channel", "target", "lun", "type"});
+    const auto numberOf = [&place](const char* name) {
+        return place.member(name).number(-largestNumber, largestNumber);
+    };
+    address.host = numberOf("host");
+    address.channel = numberOf("channel");
+    address.target = numberOf("target");
+    address.lun = numberOf("lun");
+    if (const auto type = place.find("type"))
+        address.type = type->number(0, largestByte);
+    return address;
+}
+
+scsiAnswer scsiAt(const jsonPlace& place) {
+    scsiAnswer answer;
+    if (place.isText()) {
+        answer.error = errnoAt(place);
+        return answer;
+    }
+    place.allowMembers({"data", "sense", "status", "maskedStatus", "hostStatus", "driverStatus", "info"});
+    if (const auto data = place.find("data"))
+        answer.data = bytesAt(*data);
+    if (const auto sense = place.find("sense"))
+        answer.sense = bytesAt(*sense);
+    const auto numberOf = [&place](const char* name, int otherwise, int largest) {
+        const auto found = place.find(name);
+        return found ? found->number(0, largest) : otherwise;
+    };
+    const bool sensed = !answer.sense.empty();
+    answer.status = static_cast<unsigned char>(numberOf("status", sensed ? checkCondition : 0, largestByte));
+    answer.maskedStatus =
+        static_cast<unsigned char>(numberOf("maskedStatus", answer.status >> 1 & statusMask, largestByte));
+    answer.hostStatus = static_cast<unsigned short>(numberOf("hostStatus", 0, 0xFFFF));
+    answer.driverStatus =
+        static_cast<unsigned short>(numberOf("driverStatus", sensed ? driverSense : 0, 0xFFFF));
+    const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
+    answer.info = static_cast<unsigned>(numberOf("info", check ? SG_INFO_CHECK : SG_INFO_OK, largestNumber));
+    return answer;
+}
+
+driveAnswer driveAt(const jsonPlace& place) {
+    if (place.isText())
+        return {errnoAt(place), {}};
+    place.allowMembers({"data"});
+    return {0, bytesAt(place.member("data"))};
+}
+
+/// One answer, or a list of answers to be used in turn.
+template <typename Answer>
+void answersAt(const jsonPlace& node, const char* name, answers<Answer>& target,
+               Answer (*read)(const jsonPlace&)) {
+    const auto place = node.find(name);
+    if (!place)
+        return;
+    if (!place->isList()) {
+        target = read(*place);
+        return;
+    }
+    std::vector<Answer> list;
+    place->forEachElement("a list of answers",
+                          [&](const jsonPlace& element) { list.push_back(read(element)); });
+    if (list.empty())
+        place->fail("at least one answer");
+    target = list;
+}
+
+node nodeAt(const jsonPlace& place) {
+    place.allowMembers({"open", "sgVersion", "emulated", "address", "inquiry", "serialPage", "identify",
+                        "task", "opticalCapability"});
+    node result;
+    answersAt(place, "open", result.open, openAt);
+    answersAt(place, "sgVersion", result.sgVersion, numberAt);
+    answersAt(place, "emulated", result.emulated, numberAt);
+    answersAt(place, "address", result.address, addressAt);
+    answersAt(place, "inquiry", result.inquiry, scsiAt);
+    answersAt(place, "serialPage", result.serialPage, scsiAt);
+    answersAt(place, "identify", result.identify, driveAt);
+    answersAt(place, "task", result.task, driveAt);
+    answersAt(place, "opticalCapability", result.opticalCapability, numberAt);
+    return result;
+}
+
+machine machineAt(const jsonPlace& place) {
+    place.allowMembers({"name", "modprobe", "usb", "opticalTable", "virtualDevices", "nodes"});
+    machine result;
+    if (const auto name = place.find("name"))
+        result.name = name->text();
+    if (const auto modprobe = place.find("modprobe"))
+        result.modprobeStatus = modprobe->number(0, largestByte);
+    if (const auto usb = place.find("usb"))
+        result.usbListing = linesAt(*usb);
+    if (const auto table = place.find("opticalTable"))
+        result.opticalTable = linesAt(*table);
+    if (const auto lists = place.find("virtualDevices")) {
+        lists->allowMembers({"0", "1"});
+        for (const int kind : {0, 1}) {
+            if (const auto list = lists->find(std::to_string(kind).c_str()))
+                result.virtualDevices[kind] = textsAt(*list);
+        }
+    }
+    if (const auto nodes = place.find("nodes")) {
+        nodes->forEachMember(
+            "an object of nodes by path",
+            [&result](const std::string& path, const jsonPlace& node) { result.nodes[path] = nodeAt(node); });
+    }
+    return result;
+}
+
+} // namespace
+
+machine parseMachine(const std::string& text, const std::string& name) {
+    return machineAt(jsonPlace::parse(text, name));
+}
+
+machine readMachineFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string text;
+    char block[65536];
+    while (text.size() <= largestFile && (file.read(block, sizeof block) || file.gcount() > 0))
+        text.append(block, static_cast<std::size_t>(file.gcount()));
+    if (!file.is_open() || file.bad())
+        throw machineFileError(path + ": cannot be read: " + std::strerror(errno));
+    if (text.size() > largestFile)
+        throw machineFileError(path + ": larger than the " + std::to_string(largestFile >> 20) +
+                               " MiB that a machine file may have");
+    return parseMachine(text, path);
+}
+
+} // namespace simulator

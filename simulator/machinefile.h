@@ -1,0 +1,21 @@
+#pragma once
+
+#include "simulator/machine.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace simulator {
+
+/// A machine file that cannot be used. The text names the file, the place in it and what was expected there.
+class machineFileError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Reads the machine file (JSON, docs/machine-files.md) at `path`, all of it checked.
+machine readMachineFile(const std::string& path);
+
+/// The same from a text; `name` stands for the file in errors.
+machine parseMachine(const std::string& text, const std::string& name);
+
+} // namespace simulator

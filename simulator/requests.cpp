@@ -1,0 +1,206 @@
+#include "simulator/requests.h"
+
+#include <linux/cdrom.h>
+#include <linux/hdreg.h>
+#include <scsi/sg.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace simulator {
+
+namespace {
+
+constexpr unsigned char inquiryOpcode = 0x12;
+constexpr unsigned char supportedPagesPage = 0x00;
+constexpr unsigned char serialNumberPage = 0x80;
+constexpr unsigned char identifyOpcode = 0xEC;
+constexpr std::size_t sectorSize = 512;
+constexpr std::size_t registerBytes = 4; // before the data of HDIO_DRIVE_CMD
+constexpr std::size_t taskBytes = 7;     // of HDIO_DRIVE_TASK
+
+constexpr unsigned char checkCondition = 2;
+constexpr unsigned short driverSense = 8;
+
+/// A CHECK CONDITION with the sense key ILLEGAL REQUEST.
+scsiAnswer illegalRequest(unsigned char additionalSenseCode) {
+    scsiAnswer refusal;
+    refusal.sense = {0x70, 0, 5, 0, 0, 0, 0, 10, 0, 0, 0, 0, additionalSenseCode, 0, 0, 0, 0, 0};
+    refusal.status = checkCondition;
+    refusal.maskedStatus = checkCondition >> 1;
+    refusal.driverStatus = driverSense;
+    refusal.info = SG_INFO_CHECK;
+    return refusal;
+}
+
+constexpr unsigned char invalidOpcode = 0x20;
+constexpr unsigned char invalidField = 0x24;
+
+/// The page that lists the vital product data pages (SPC-4, 7.8.13).
+scsiAnswer supportedPages(const node& node) {
+    scsiAnswer page;
+    page.data = {0, supportedPagesPage, 0, 1, supportedPagesPage};
+    if (!node.serialPage.empty()) {
+        page.data[3] = 2;
+        page.data.push_back(serialNumberPage);
+    }
+    return page;
+}
+
+scsiAnswer deviceAnswer(node& node, const unsigned char* cdb) {
+    const bool vitalProductData = cdb[1] == 1;
+    if (cdb[0] != inquiryOpcode)
+        return illegalRequest(invalidOpcode);
+    if (cdb[1] == 0)
+        return node.inquiry.next();
+    if (vitalProductData && cdb[2] == serialNumberPage && !node.serialPage.empty())
+        return node.serialPage.next();
+    if (vitalProductData && cdb[2] == supportedPagesPage)
+        return supportedPages(node);
+    return illegalRequest(invalidField);
+}
+
+std::size_t allocationLength(const unsigned char* inquiryCdb) {
+    return static_cast<std::size_t>(inquiryCdb[3]) << 8 | inquiryCdb[4];
+}
+
+requestResult sgIo(node& node, sg_io_hdr& header) {
+    if (header.interface_id != 'S')
+        return {0, ENOSYS};
+    if (header.cmdp == nullptr || header.cmd_len < 6)
+        return {0, EMSGSIZE};
+    const scsiAnswer reply = deviceAnswer(node, header.cmdp);
+    if (reply.error != 0)
+        return {0, reply.error};
+
+    std::size_t sent = std::min<std::size_t>(reply.data.size(), header.dxfer_len);
+    if (header.cmdp[0] == inquiryOpcode)
+        sent = std::min(sent, allocationLength(header.cmdp));
+    if (header.dxferp != nullptr)
+        std::copy_n(reply.data.begin(), sent, static_cast<unsigned char*>(header.dxferp));
+    const std::size_t senseSent = std::min<std::size_t>(reply.sense.size(), header.mx_sb_len);
+    if (header.sbp != nullptr)
+        std::copy_n(reply.sense.begin(), senseSent, header.sbp);
+    header.sb_len_wr = static_cast<unsigned char>(senseSent);
+    header.resid = static_cast<int>(header.dxfer_len - sent);
+    header.status = reply.status;
+    header.masked_status = reply.maskedStatus;
+    header.host_status = reply.hostStatus;
+    header.driver_status = reply.driverStatus;
+    header.info = reply.info;
+    return {};
+}
+
+requestResult driveCommand(answers<driveAnswer>& replies, unsigned char* target, std::size_t room,
+                           int refusal) {
+    if (replies.empty())
+        return {0, refusal};
+    const driveAnswer& reply = replies.next();
+    if (reply.error != 0)
+        return {0, reply.error};
+    const std::size_t sent = std::min(reply.data.size(), room);
+    std::fill(std::copy_n(reply.data.begin(), sent, target), target + room, 0); // a drive sends whole sectors
+    return {};
+}
+
+requestResult number(answers<numberAnswer>& replies, int refusal, int* target) {
+    if (replies.empty())
+        return {0, refusal};
+    const numberAnswer& reply = replies.next();
+    if (reply.error == 0 && target != nullptr)
+        *target = reply.value;
+    return {reply.value, reply.error};
+}
+
+requestResult address(answers<addressAnswer>& replies, sg_scsi_id* id) {
+    if (replies.empty())
+        return {0, ENOTTY};
+    const addressAnswer& reply = replies.next();
+    if (reply.error != 0)
+        return {0, reply.error};
+    *id = sg_scsi_id();
+    id->host_no = reply.host;
+    id->channel = reply.channel;
+    id->scsi_id = reply.target;
+    id->lun = reply.lun;
+    id->scsi_type = reply.type;
+    return {};
+}
+
+requestResult written(requestResult result) {
+    return {0, result.error};
+}
+
+/// What a node says to a request that its driver does not know. An sg node that was opened for reading
+/// refuses it.
+int refusalOf(const std::string& path) {
+    return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY;
+}
+
+} // namespace
+
+requestResult answer(const std::string& path, node& node, unsigned long request, void* argument) {
+    const int refusal = refusalOf(path);
+    auto* const registers = static_cast<unsigned char*>(argument);
+    switch (request) {
+    case SG_GET_VERSION_NUM:
+        return written(number(node.sgVersion, ENOTTY, static_cast<int*>(argument)));
+    case SG_EMULATED_HOST:
+        return written(number(node.emulated, ENOTTY, static_cast<int*>(argument)));
+    case SG_GET_SCSI_ID:
+        return address(node.address, static_cast<sg_scsi_id*>(argument));
+    case SG_IO:
+        return node.inquiry.empty() ? requestResult{0, EINVAL}
+                                    : sgIo(node, *static_cast<sg_io_hdr*>(argument));
+    case CDROM_GET_CAPABILITY:
+        return number(node.opticalCapability, refusal, nullptr);
+    case HDIO_DRIVE_CMD:
+        return registers[0] == identifyOpcode ? driveCommand(node.identify, registers + registerBytes,
+                                                             registers[3] * sectorSize, refusal)
+                                              : requestResult{0, node.identify.empty() ? refusal : EIO};
+    case HDIO_DRIVE_TASK:
+        return driveCommand(node.task, registers, taskBytes, refusal);
+    default:
+        return {0, refusal};
+    }
+}
+
+std::string requestText(unsigned long request, const void* argument) {
+    const auto hex = [](const unsigned char* source, std::size_t count) {
+        std::string text;
+        char byte[4];
+        for (std::size_t i = 0; i < count; ++i) {
+            std::snprintf(byte, sizeof byte, " %02x", static_cast<unsigned>(source[i]));
+            text += byte;
+        }
+        return text;
+    };
+    const auto* const registers = static_cast<const unsigned char*>(argument);
+    switch (request) {
+    case SG_GET_VERSION_NUM:
+        return "SG_GET_VERSION_NUM";
+    case SG_EMULATED_HOST:
+        return "SG_EMULATED_HOST";
+    case SG_GET_SCSI_ID:
+        return "SG_GET_SCSI_ID";
+    case SG_IO: {
+        const auto& header = *static_cast<const sg_io_hdr*>(argument);
+        return "SG_IO" + hex(header.cmdp, header.cmd_len) + " length " + std::to_string(header.dxfer_len);
+    }
+    case CDROM_GET_CAPABILITY:
+        return "CDROM_GET_CAPABILITY";
+    case HDIO_DRIVE_CMD:
+        return "HDIO_DRIVE_CMD" + hex(registers, registerBytes);
+    case HDIO_DRIVE_TASK:
+        return "HDIO_DRIVE_TASK" + hex(registers, taskBytes);
+    default: {
+        char text[32];
+        std::snprintf(text, sizeof text, "unknown 0x%lx", request);
+        return text;
+    }
+    }
+}
+
+} // namespace simulator

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "simulator/machine.h"
+
+#include <string>
+
+namespace simulator {
+
+/// What a request returns: a value, or an errno.
+struct requestResult {
+    int value = 0;
+    int error = 0; ///< 0: the request succeeds
+};
+
+/// Answers the ioctl `request` on a node as its driver would (scsi/sg.h, linux/hdreg.h, linux/cdrom.h), in
+/// place. Requests and SCSI commands that the simulation does not know are refused as a driver or a device
+/// refuses them.
+requestResult answer(const std::string& path, node& node, unsigned long request, void* argument);
+
+/// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".
+std::string requestText(unsigned long request, const void* argument);
+
+} // namespace simulator
