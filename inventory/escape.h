@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace inventory {
+
+/// `text` in printable ASCII on one line, so that device text cannot drive a terminal: backslash as \\,
+/// newline as \n, tab as \t, any other byte outside 0x20..0x7E as \x and two lower-case hex digits.
+std::string escaped(const std::string& text);
+
+/// `text` in UTF-8 with every byte as the code point of the same number.
+std::string bytesAsCodePoints(const std::string& text);
+
+} // namespace inventory

@@ -1,0 +1,60 @@
+#include "inventory/jsonoutput.h"
+
+#include "inventory/escape.h"
+#include "minihost/cimcontent.h"
+
+#include <nlohmann/json.hpp>
+
+#include <variant>
+
+namespace inventory {
+
+using json = nlohmann::ordered_json;
+
+namespace {
+
+struct valueToJson {
+    json operator()(std::monostate /*empty*/) const { return nullptr; }
+    json operator()(const std::string& text) const { return bytesAsCodePoints(text); }
+    json operator()(bool flag) const { return flag; }
+    json operator()(std::uint16_t number) const { return number; }
+    json operator()(const NHALDEN20::TCIMReference& reference) const {
+        return bytesAsCodePoints(minihost::objectPath(reference));
+    }
+    json operator()(const std::vector<NHALDEN20::TCIMValue>& elements) const {
+        json list = json::array();
+        for (const auto& element : elements)
+            list.push_back(std::visit(*this, element.Content().value));
+        return list;
+    }
+};
+
+json instanceToJson(const minihost::memoryInstance& instance) {
+    json properties = json::object();
+    for (const auto& [name, value] : instance.properties())
+        properties[name] = std::visit(valueToJson(), value.Content().value);
+    return {{"class", instance.declaration().name}, {"properties", properties}};
+}
+
+json queryToJson(const queryResult& query) {
+    json instances = json::array();
+    for (const auto& instance : query.instances)
+        instances.push_back(instanceToJson(*instance));
+    json result{{"classes", query.classes}, {"instances", instances}};
+    if (query.error)
+        result["error"] = bytesAsCodePoints(*query.error);
+    return result;
+}
+
+} // namespace
+
+void writeJson(const runResult& result, std::ostream& output) {
+    json queries = json::array();
+    for (const auto& query : result.queries)
+        queries.push_back(queryToJson(query));
+    const json document{{"machine", bytesAsCodePoints(result.machineName)}, {"queries", queries}};
+    constexpr bool onlyAscii = true; // C1 control characters could drive a terminal
+    output << document.dump(2, ' ', onlyAscii) << '\n';
+}
+
+} // namespace inventory

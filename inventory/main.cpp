@@ -1,0 +1,81 @@
+#include "inventory/escape.h"
+#include "inventory/jsonoutput.h"
+#include "inventory/options.h"
+#include "inventory/remarks.h"
+#include "inventory/run.h"
+#include "inventory/simulatedrun.h"
+#include "inventory/tableoutput.h"
+#include "minihost/minihost.h"
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <iostream>
+
+namespace {
+
+constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
+
+void writeError(const std::string& text) {
+    std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n';
+}
+
+void logToStandardError(int highestLevel) {
+    minihost::setLogSink([highestLevel](int level, const std::string& text) {
+        if (level <= highestLevel)
+            std::cerr << '[' + std::to_string(level) + "] " + inventory::escaped(text) + '\n';
+    });
+}
+
+void writeResult(const inventory::runResult& result, inventory::outputFormat format) {
+    switch (format) {
+    case inventory::outputFormat::table:
+        inventory::writeTable(result, std::cout);
+        break;
+    case inventory::outputFormat::json:
+        inventory::writeJson(result, std::cout);
+        break;
+    }
+}
+
+int show(inventory::options options, char* const* argv) {
+    if (!options.machineFile.empty())
+        inventory::simulateMachine(options, argv);
+    logToStandardError(options.logLevel);
+    minihost::memoryNamespace ns;
+    const inventory::runResult result = inventory::run(options, ns);
+    writeResult(result, options.format);
+    inventory::writeRemarks(result, inventory::isSimulated(), std::cerr);
+    if (result.failed())
+        writeError("the query failed: " + *result.queries.back().error);
+    return result.failed() ? failed : succeeded;
+}
+
+int runCommandLine(int argc, char** argv) {
+    const inventory::commandLine line = inventory::readCommandLine(argc, argv);
+    switch (line.what) {
+    case inventory::commandLine::outcome::help:
+        std::cout << line.text << '\n';
+        return succeeded;
+    case inventory::commandLine::outcome::wrong:
+        writeError(line.text + " (try --help)");
+        return wrongUsage;
+    case inventory::commandLine::outcome::run:
+        break;
+    }
+    return show(line.options, argv);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const int status = runCommandLine(argc, argv);
+        if (std::cout.flush())
+            return status;
+        writeError(std::string("standard output cannot be written: ") + std::strerror(errno));
+    } catch (const std::exception& failure) {
+        writeError(failure.what());
+    }
+    return failed;
+}

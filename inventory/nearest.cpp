@@ -1,0 +1,41 @@
+#include "inventory/nearest.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+
+namespace inventory {
+
+namespace {
+
+/// Levenshtein distance.
+std::size_t distance(const std::string& a, const std::string& b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, row[j + 1] + 1});
+        }
+    }
+    return row.back();
+}
+
+} // namespace
+
+std::string nearestWord(const std::string& word, const std::vector<std::string>& known) {
+    std::string nearest;
+    std::size_t least = word.size() / 3 + 1;
+    for (const auto& candidate : known) {
+        const std::size_t changes = distance(word, candidate);
+        if (changes < least) {
+            least = changes;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+} // namespace inventory

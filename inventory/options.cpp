@@ -1,0 +1,181 @@
+#include "inventory/options.h"
+
+#include "inventory/installation.h"
+#include "inventory/nearest.h"
+#include "minihost/classtable.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+#include <system_error>
+
+namespace inventory {
+
+namespace {
+
+const std::vector<std::string> defaultQueries{"KORVA_SCSIDevice",
+                                              "KORVA_SCSITapeDrive",
+                                              "KORVA_ATADevice",
+                                              "KORVA_CDVDDevice",
+                                              "KORVA_SysBusDeviceFirmwareElement",
+                                              "KORVA_SysBusDeviceFirmware"};
+
+const std::map<std::string, outputFormat> formats{{"table", outputFormat::table},
+                                                  {"json", outputFormat::json}};
+
+struct usageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
+    const std::string nearest = nearestWord(word, known);
+    return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
+}
+
+template <typename Range, typename Name>
+std::vector<std::string> namesOf(const Range& range, Name name) {
+    std::vector<std::string> names;
+    for (const auto& element : range)
+        names.push_back(name(element));
+    return names;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const auto& word : words)
+        text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+std::vector<std::string> parseQuery(const std::string& query) {
+    std::vector<std::string> classes;
+    std::istringstream names(query + ',');
+    for (std::string name; std::getline(names, name, ',');) {
+        if (name.empty())
+            throw usageError("an empty class name in the query '" + query + "'");
+        if (minihost::findClass(name) == nullptr) {
+            const auto known =
+                namesOf(minihost::classTable(), [](const auto& candidate) { return candidate.name; });
+            throw usageError("unknown class '" + name + "'" + didYouMean(name, known) + "; the classes are " +
+                             joined(known));
+        }
+        classes.push_back(name);
+    }
+    return classes;
+}
+
+void addVirtualDevice(const std::string& text, options& options) {
+    if (text.size() < 2 || (text[0] != '0' && text[0] != '1') || text[1] != '=')
+        throw usageError("--virtual-device: expected 0=TEXT or 1=TEXT, found '" + text + "'");
+    options.virtualDevices[text[0] - '0'].push_back(text.substr(2));
+}
+
+int parseLogLevel(const std::string& text) {
+    int level = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, level);
+    if (error != std::errc() || rest != end || level < 0)
+        throw usageError("--log-level: expected a whole number from 0 up, found '" + text + "'");
+    return level;
+}
+
+std::string absolutePath(const std::string& path) {
+    return path.empty() ? path : std::filesystem::absolute(path).string();
+}
+
+/// What CLI11 reads before it is checked further.
+struct rawOptions {
+    std::vector<std::string> queries{defaultQueries};
+    std::vector<std::string> virtualDevices;
+    std::string format = "table";
+    std::string logLevel = "1";
+};
+
+void describe(CLI::App& app, options& options, rawOptions& raw) {
+    app.set_version_flag("--version", "scsidev-inventory " SCSIDEV_VERSION, "Print the version");
+    app.set_help_flag("--help", "Print this help");
+    app.add_option("QUERY", raw.queries,
+                   "Class names with commas between them: one query for these\n"
+                   "classes in this order. Default: one query for each class of\n"
+                   "devices, for firmware elements and for firmware associations");
+    app.add_option("--format", raw.format, "table or json (default: table)")->type_name("FORMAT");
+    app.add_option("--log-level", raw.logLevel,
+                   "Print log messages up to this level on standard error:\n"
+                   "0 failures, 1 malformed input, 3 trace (default: 1)")
+        ->type_name("N");
+    app.add_option("--virtual-device", raw.virtualDevices,
+                   "Name a virtual device of the management controller that is\n"
+                   "left out: 0=DISK-NODE or 1=OPTICAL-DRIVE; repeatable")
+        ->type_name("KIND=TEXT")
+        ->expected(1);
+    app.add_option("--machine", options.machineFile, "Show the simulated machine of this file instead")
+        ->type_name("FILE");
+    app.add_option("--plugin", options.plugin, "Load this plug-in instead of libscsidev.pi.so")
+        ->type_name("FILE");
+    app.footer("\nExamples:\n"
+               "  scsidev-inventory KORVA_SCSIDevice,KORVA_SCSITapeDrive\n"
+               "  scsidev-inventory --machine machines/rack-server.json --format json");
+}
+
+/// Names the first word of the command line that is no option, and the nearest one that is.
+std::string unknownOption(const CLI::App& app) {
+    const std::string word = app.remaining().empty() ? "" : app.remaining().front();
+    const auto known =
+        namesOf(app.get_options(), [](const CLI::Option* option) { return option->get_name(); });
+    return "unknown option '" + word + "'" + didYouMean(word.substr(0, word.find('=')), known);
+}
+
+void check(const rawOptions& raw, options& options) {
+    const auto format = formats.find(raw.format);
+    if (format == formats.end()) {
+        const auto known = namesOf(formats, [](const auto& candidate) { return candidate.first; });
+        throw usageError("--format: expected one of " + joined(known) + ", found '" + raw.format + "'" +
+                         didYouMean(raw.format, known));
+    }
+    options.format = format->second;
+    options.logLevel = parseLogLevel(raw.logLevel);
+    for (const auto& query : raw.queries)
+        options.queries.push_back(parseQuery(query));
+    for (const auto& device : raw.virtualDevices)
+        addVirtualDevice(device, options);
+    options.machineFile = absolutePath(options.machineFile);
+    options.plugin =
+        options.plugin.empty() ? installedFile("libscsidev.pi.so") : absolutePath(options.plugin);
+}
+
+} // namespace
+
+commandLine readCommandLine(int argc, const char* const* argv) {
+    commandLine result;
+    rawOptions raw;
+    CLI::App app("Shows the SCSI, ATA and optical devices of a machine and their firmware as CIM instances.",
+                 "scsidev-inventory");
+    describe(app, result.options, raw);
+    try {
+        app.parse(argc, argv);
+        check(raw, result.options);
+    } catch (const CLI::CallForHelp&) {
+        result.what = commandLine::outcome::help;
+        result.text = app.help();
+    } catch (const CLI::CallForVersion& version) {
+        result.what = commandLine::outcome::help;
+        result.text = version.what();
+    } catch (const CLI::ExtrasError&) {
+        result.what = commandLine::outcome::wrong;
+        result.text = unknownOption(app);
+    } catch (const CLI::ArgumentMismatch& wrong) {
+        const std::string text = wrong.what(); // "--option: ...", of which only the name is good reading
+        result.what = commandLine::outcome::wrong;
+        result.text = text.substr(0, text.find(':')) + ": a value is missing";
+    } catch (const std::runtime_error& wrong) {
+        result.what = commandLine::outcome::wrong;
+        result.text = wrong.what();
+    }
+    return result;
+}
+
+} // namespace inventory

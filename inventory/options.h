@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace inventory {
+
+enum class outputFormat { table, json };
+
+/// What the command line asks for. File names are absolute: a run has a working directory of its own.
+struct options {
+    std::vector<std::vector<std::string>> queries; ///< class names, one list a query
+    outputFormat format = outputFormat::table;
+    int logLevel = 1;
+    std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
+    std::string machineFile;                    ///< empty: this machine
+    std::string plugin;
+};
+
+/// The outcome of reading a command line: options to run with, or a text to print and an exit status.
+struct commandLine {
+    enum class outcome { run, help, wrong };
+
+    outcome what = outcome::run;
+    inventory::options options;
+    std::string text; ///< help or version for standard output, or what is wrong, without line end
+};
+
+/// Reads a command line.
+commandLine readCommandLine(int argc, const char* const* argv);
+
+} // namespace inventory

@@ -1,0 +1,59 @@
+#include "inventory/run.h"
+
+#include "inventory/scratchdirectory.h"
+#include "minihost/minihost.h"
+#include "minihost/pluginlibrary.h"
+#include "plugin/host/osspecific.h"
+
+#include <exception>
+
+namespace inventory {
+
+namespace {
+
+queryResult runQuery(const std::vector<std::string>& classNames, minihost::pluginLibrary& plugin,
+                     minihost::memoryNamespace& ns) {
+    queryResult result{classNames, {}, std::nullopt};
+    std::vector<boost::shared_ptr<NHALDEN20::ICIMClass>> requested;
+    for (const auto& name : classNames)
+        requested.push_back(ns.GetClass(name, {}));
+    const auto before = static_cast<std::ptrdiff_t>(ns.instances().size());
+    try {
+        // The handle must not own the namespace: its owner does.
+        plugin.getData({&ns,
+                        [](NHALDEN20::ICIMNamespace* /*ns*/) {
+                        }},
+                       requested);
+    } catch (const std::exception& failure) {
+        result.error = failure.what();
+    } catch (...) {
+        result.error = "an exception of an unknown type";
+    }
+    result.instances.assign(ns.instances().begin() + before, ns.instances().end());
+    return result;
+}
+
+} // namespace
+
+std::size_t runResult::instanceCount() const {
+    std::size_t count = 0;
+    for (const auto& query : queries)
+        count += query.instances.size();
+    return count;
+}
+
+runResult run(const options& options, minihost::memoryNamespace& ns) {
+    for (const int kind : {0, 1})
+        minihost::setVirtualDevices(kind, options.virtualDevices[kind]);
+    runResult result{NHALDEN20::TOSSpecific::GetMachineName(), {}};
+    const scratchDirectory scratch;
+    minihost::pluginLibrary plugin(options.plugin);
+    for (const auto& classNames : options.queries) {
+        result.queries.push_back(runQuery(classNames, plugin, ns));
+        if (result.failed())
+            break;
+    }
+    return result;
+}
+
+} // namespace inventory

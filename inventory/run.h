@@ -1,0 +1,34 @@
+#pragma once
+
+#include "inventory/options.h"
+#include "minihost/memorynamespace.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace inventory {
+
+/// What one query came to.
+struct queryResult {
+    std::vector<std::string> classes;
+    std::vector<boost::shared_ptr<minihost::memoryInstance>>
+        instances;                    ///< committed during it, in commit order
+    std::optional<std::string> error; ///< the text of the exception that escaped from it
+};
+
+/// What a run came to: the queries up to the first that failed.
+struct runResult {
+    std::string machineName;
+    std::vector<queryResult> queries;
+
+    bool failed() const { return !queries.empty() && queries.back().error; }
+    std::size_t instanceCount() const;
+};
+
+/// Loads the plug-in, runs the queries one after the other in `ns`, which outlives the result, and unloads
+/// it. Throws minihost::pluginError when the plug-in cannot be used.
+runResult run(const options& options, minihost::memoryNamespace& ns);
+
+} // namespace inventory

@@ -1,0 +1,162 @@
+#include "inventory/tableoutput.h"
+
+#include "inventory/columns.h"
+#include "minihost/cimcontent.h"
+
+#include <algorithm>
+#include <functional>
+#include <map>
+#include <set>
+#include <variant>
+
+namespace inventory {
+
+using minihost::memoryInstance;
+
+namespace {
+
+std::string asText(const NHALDEN20::TCIMValue* value) {
+    if (value == nullptr)
+        return "";
+    const auto& content = value->Content().value;
+    if (const auto* number = std::get_if<std::uint16_t>(&content))
+        return std::to_string(*number);
+    if (const auto* elements = std::get_if<std::vector<NHALDEN20::TCIMValue>>(&content))
+        return elements->empty() ? "" : asText(&elements->front());
+    const auto* text = std::get_if<std::string>(&content);
+    return text == nullptr ? "" : *text;
+}
+
+/// The outer blanks of a text are padding here.
+std::string withoutPadding(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(' ');
+    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::string property(const memoryInstance& instance, const char* name) {
+    return withoutPadding(asText(instance.find(name)));
+}
+
+/// HOST:CHANNEL:TARGET:LUN; nothing where the device's node is all that identifies it.
+std::string address(const memoryInstance& device) {
+    if (property(device, "OtherIdentifyingInfo") == property(device, "DeviceID"))
+        return "";
+    return property(device, "HostAdapterID") + ':' + property(device, "Bus") + ':' +
+           property(device, "TargetID") + ':' + property(device, "Lun");
+}
+
+/// "Direct Access Device" without the word that they all share.
+std::string typeName(const memoryInstance& device) {
+    const std::string name = property(device, "DeviceType");
+    return name.substr(0, name.rfind(" Device"));
+}
+
+/// The words for those of the 16-bit `properties` that are not 0.
+std::string abilities(const memoryInstance& drive,
+                      std::initializer_list<std::pair<const char*, const char*>> properties) {
+    std::string words;
+    for (const auto& [name, word] : properties) {
+        if (property(drive, name) != "0")
+            words += (words.empty() ? "" : " ") + std::string(word);
+    }
+    return words;
+}
+
+std::string key(const memoryInstance& association, const char* end, const char* name) {
+    const auto* value = association.find(end);
+    const auto* reference =
+        value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
+    if (reference == nullptr)
+        return "";
+    const auto found = reference->Content().keys.find(name);
+    return found == reference->Content().keys.end() ? "" : withoutPadding(asText(&found->second));
+}
+
+using rowMaker = std::function<std::vector<std::string>(const memoryInstance&)>;
+
+/// How the instances of a class are shown.
+struct section {
+    std::string title;
+    std::vector<std::string> headings;
+    rowMaker row;
+};
+
+std::vector<std::string> deviceRow(const memoryInstance& device) {
+    return {property(device, "Name"),
+            property(device, "VendorID"),
+            property(device, "ProductID"),
+            property(device, "Revision"),
+            property(device, "serialNum"),
+            typeName(device),
+            address(device)};
+}
+
+std::vector<std::string> opticalRow(const memoryInstance& drive) {
+    return {property(drive, "DeviceID"),
+            abilities(drive, {{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}}),
+            abilities(drive, {{"CdRWrite", "CD-R"},
+                              {"CdRwWrite", "CD-RW"},
+                              {"DvdRWrite", "DVD-R"},
+                              {"DvdRamWrite", "DVD-RAM"}})};
+}
+
+std::vector<std::string> firmwareElementRow(const memoryInstance& element) {
+    return {property(element, "SoftwareElementId"), property(element, "Name"),
+            property(element, "Manufacturer"), property(element, "Version")};
+}
+
+std::vector<std::string> firmwareRow(const memoryInstance& association) {
+    return {key(association, "Dependent", "DeviceID"), key(association, "Dependent", "CreationClassName"),
+            key(association, "Antecedent", "Version"), key(association, "Antecedent", "SoftwareElementId")};
+}
+
+const std::map<std::string, section>& sections() {
+    static const std::vector<std::string> deviceHeadings{"Node",   "Vendor", "Product", "Rev",
+                                                         "Serial", "Type",   "H:C:T:L"};
+    static const std::map<std::string, section> table{
+        {"KORVA_SysBusDevice", {"Bus devices", deviceHeadings, deviceRow}},
+        {"KORVA_SCSIDevice", {"SCSI devices", deviceHeadings, deviceRow}},
+        {"KORVA_SCSITapeDrive", {"SCSI tape drives", deviceHeadings, deviceRow}},
+        {"KORVA_ATADevice", {"ATA devices", deviceHeadings, deviceRow}},
+        {"KORVA_CDVDDevice", {"Optical drives", {"Drive", "Reads", "Writes"}, opticalRow}},
+        {"KORVA_SysBusDeviceFirmwareElement",
+         {"Firmware elements", {"Device identity", "Kind", "Vendor", "Version"}, firmwareElementRow}},
+        {"KORVA_SysBusDeviceFirmware",
+         {"Firmware of devices", {"Device", "Class", "Firmware", "Device identity"}, firmwareRow}},
+    };
+    return table;
+}
+
+void writeSection(const std::string& className, const queryResult& query, std::ostream& output) {
+    const section& how = sections().at(className);
+    columns rows(how.headings);
+    std::size_t count = 0;
+    for (const auto& instance : query.instances) {
+        if (instance->declaration().name != className)
+            continue;
+        rows.add(how.row(*instance));
+        ++count;
+    }
+    output << how.title << " (" << className << "): " << (count == 0 ? "none" : std::to_string(count))
+           << '\n';
+    if (count > 0)
+        rows.write(output);
+}
+
+} // namespace
+
+void writeTable(const runResult& result, std::ostream& output) {
+    bool first = true;
+    for (const auto& query : result.queries) {
+        std::set<std::string> shown;
+        for (const auto& className : query.classes) {
+            if (!shown.insert(className).second)
+                continue;
+            output << (first ? "" : "\n");
+            first = false;
+            writeSection(className, query, output);
+        }
+    }
+}
+
+} // namespace inventory
