@@ -3,9 +3,12 @@
 #include "inventory/options.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
+#include "inventory/scratchdirectory.h"
 #include "inventory/simulatedrun.h"
 #include "inventory/tableoutput.h"
 #include "minihost/minihost.h"
+
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -18,6 +21,20 @@ constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 
 void writeError(const std::string& text) {
     std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n';
+}
+
+/// The last word on an exception that nothing can catch.
+[[noreturn]] void reportUncaught() {
+    std::string text = "of an unknown type";
+    try {
+        std::rethrow_exception(std::current_exception());
+    } catch (const std::exception& failure) {
+        text = failure.what();
+    } catch (...) { // the text says so
+    }
+    writeError("uncaught exception, as from a plug-in that fails while it is loaded: " + text);
+    inventory::scratchDirectory::removeAtOnce();
+    ::_exit(failed);
 }
 
 void logToStandardError(int highestLevel) {
@@ -69,6 +86,7 @@ int runCommandLine(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    std::set_terminate(reportUncaught);
     try {
         const int status = runCommandLine(argc, argv);
         if (std::cout.flush())

@@ -111,7 +111,7 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
                    "Name a virtual device of the management controller that is\n"
                    "left out: 0=DISK-NODE or 1=OPTICAL-DRIVE; repeatable")
         ->type_name("KIND=TEXT")
-        ->expected(1);
+        ->allow_extra_args(false);
     app.add_option("--machine", options.machineFile, "Show the simulated machine of this file instead")
         ->type_name("FILE");
     app.add_option("--plugin", options.plugin, "Load this plug-in instead of libscsidev.pi.so")

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 namespace inventory {
@@ -18,11 +19,24 @@ namespace {
 constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 // For the signal handler: no more than what may be used in one.
-char directory[PATH_MAX];
+char directory[PATH_MAX]; // empty: there is none
 int previous = -1;
 
-/// Removes the directory and the files in it. Calls only what is safe in a signal handler.
-void removeDirectory() {
+extern "C" void removeAndExit(int signal) {
+    scratchDirectory::removeAtOnce();
+    ::_exit(128 + signal);
+}
+
+std::string parentDirectory() {
+    const char* wanted = std::getenv("TMPDIR");
+    return std::filesystem::absolute(wanted != nullptr && *wanted != '\0' ? wanted : "/tmp").string();
+}
+
+} // namespace
+
+void scratchDirectory::removeAtOnce() {
+    if (directory[0] == '\0')
+        return;
     alignas(dirent64) char entries[4096];
     const int fd = ::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     for (ssize_t got; (got = ::getdents64(fd, entries, sizeof entries)) > 0;) {
@@ -36,22 +50,6 @@ void removeDirectory() {
     ::rmdir(directory);
 }
 
-extern "C" void removeAndExit(int signal) {
-    removeDirectory();
-    ::_exit(128 + signal);
-}
-
-[[noreturn]] void fail(const std::string& what) {
-    throw std::runtime_error(what + ": " + std::strerror(errno));
-}
-
-std::string parentDirectory() {
-    const char* wanted = std::getenv("TMPDIR");
-    return wanted != nullptr && *wanted != '\0' ? wanted : "/tmp";
-}
-
-} // namespace
-
 scratchDirectory::scratchDirectory() {
     const std::string name = parentDirectory() + "/scsidev-inventory-XXXXXX";
     if (name.size() >= sizeof directory)
@@ -59,14 +57,15 @@ scratchDirectory::scratchDirectory() {
     name.copy(directory, name.size());
     directory[name.size()] = '\0';
     previous = ::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (::mkdtemp(directory) == nullptr)
-        fail(name + ": cannot make a temporary directory");
     for (const int signal : endingSignals) {
         if (std::signal(signal, removeAndExit) == SIG_IGN)
             std::signal(signal, SIG_IGN); // started with nohup, say
     }
-    if (::chdir(directory) != 0)
-        fail(std::string(directory) + ": cannot be entered");
+    if (::mkdtemp(directory) == nullptr || ::chdir(directory) != 0) {
+        const int error = errno;
+        removeAtOnce();
+        throw std::runtime_error(name + ": cannot make a temporary directory: " + std::strerror(error));
+    }
 }
 
 scratchDirectory::~scratchDirectory() {
@@ -76,7 +75,8 @@ scratchDirectory::~scratchDirectory() {
         if (std::signal(signal, SIG_DFL) == SIG_IGN)
             std::signal(signal, SIG_IGN);
     }
-    removeDirectory();
+    removeAtOnce();
+    directory[0] = '\0';
 }
 
 } // namespace inventory

@@ -1,0 +1,90 @@
+#include "minihost/childprocess.h"
+#include "minihost/cimcontent.h"
+#include "minihost/classtable.h"
+#include "minihost/memorynamespace.h"
+#include "plugin/host/addtovectorcallback.h"
+#include "plugin/host/osspecific.h"
+#include "tests/simulatedmachine.h"
+
+#include <sys/wait.h>
+
+#include <cerrno>
+#include <chrono>
+
+using minihost::outputOf;
+using NHALDEN20::TCIMValue;
+using namespace std::chrono_literals;
+
+TEST(ChildProcess, ReturnsWhatTheCommandPrints) {
+    const struct {
+        const char* why;
+        std::string command;
+        strings arguments;
+        std::string output;
+    } cases[] = {
+        {"arguments see no shell", "printf", {"%s|", "a b", "$HOME"}, "a b|$HOME|"},
+        {"standard error is not output", "sh", {"-c", "echo wrong >&2; echo right"}, "right\n"},
+        {"standard input is empty", "cat", {}, ""},
+        {"no such command", "no-such-command-here", {}, ""},
+        {"more than a pipe holds",
+         "sh",
+         {"-c", "head -c 200000 /dev/zero | tr '\\0' x"},
+         std::string(200000, 'x')},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(outputOf(c.command, c.arguments, 10s), c.output) << c.why;
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left";
+    EXPECT_EQ(errno, ECHILD);
+}
+
+TEST(ChildProcess, EndsACommandThatTakesTooLong) {
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(outputOf("sh", {"-c", "echo early; exec sleep 60"}, 200ms), "early\n");
+    EXPECT_EQ(outputOf("sh", {"-c", "exec >&-; exec sleep 60"}, 200ms), "")
+        << "its output closed, it still runs";
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+}
+
+TEST(OsServices, GiveNothingForAMissingFile) {
+    EXPECT_EQ(NHALDEN20::TOSSpecific::CaptureFile("no-such-file"), "");
+}
+
+TEST(Values, AreIndependentCopies) {
+    TCIMValue list(NHALDEN20::kCIMStringArray, 0, {TCIMValue("a"), TCIMValue("b")});
+    TCIMValue copy = list;
+    static_cast<std::vector<TCIMValue>&>(copy)[0] = "changed";
+    EXPECT_EQ(static_cast<std::string>(static_cast<std::vector<TCIMValue>&>(list)[0]), "a");
+    EXPECT_THROW(static_cast<void>(static_cast<std::string>(TCIMValue(true))), std::runtime_error);
+    EXPECT_TRUE(static_cast<std::vector<TCIMValue>&>(copy = TCIMValue("text")).empty());
+}
+
+TEST(Namespace, EnumeratesAClassWithItsSubclassesInCommitOrder) {
+    minihost::memoryNamespace ns;
+    const auto commit = [&ns](const char* className) {
+        ns.GetClass(className, {})->CreateInstance({})->AddToClass({});
+    };
+    for (const char* name :
+         {"KORVA_ATADevice", "KORVA_CDVDDevice", "KORVA_SCSIDevice", "KORVA_SCSITapeDrive"})
+        commit(name);
+    ns.GetClass("KORVA_SCSIDevice", {})->CreateInstance({}); // not committed
+    std::vector<boost::shared_ptr<NHALDEN20::ICIMInstance>> found;
+    const NHALDEN20::TAddToVectorCallback<NHALDEN20::ICIMInstance> add(&found);
+    ns.GetClass("KORVA_SysBusDevice", {})->EnumerateInstances(add, true, {});
+    strings names;
+    for (const auto& instance : found)
+        names.push_back(instance->GetInstanceClass({})->GetClassName({}));
+    EXPECT_EQ(names, (strings{"KORVA_ATADevice", "KORVA_SCSIDevice", "KORVA_SCSITapeDrive"}));
+    EXPECT_THROW(ns.GetClass("KORVA_Other", {}), std::invalid_argument);
+}
+
+TEST(ObjectPath, HoldsTheKeysThatWereSetInAlphabeticalOrder) {
+    minihost::memoryNamespace ns;
+    const auto instance = ns.GetClass("KORVA_SysBusDeviceFirmwareElement", {})->CreateInstance({});
+    EXPECT_EQ(minihost::objectPath(instance->GetReference({})), "KORVA_SysBusDeviceFirmwareElement");
+    instance->SetProperty("Version", "a\"b\\c", {});
+    instance->SetProperty("Manufacturer", "no key", {});
+    instance->SetProperty("SoftwareElementState", static_cast<unsigned short>(2), {});
+    EXPECT_EQ(minihost::objectPath(instance->GetReference({})),
+              R"(KORVA_SysBusDeviceFirmwareElement.SoftwareElementState=2,Version="a\"b\\c")");
+}

@@ -1,0 +1,253 @@
+// The program and the plug-in as they are shipped, in processes of their own.
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
+const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";
+const std::string oddPlugin = "--plugin " TEST_DIRECTORY "/libodd-plugin.so";
+const std::string machines = SOURCE_DIRECTORY "/machines/";
+const std::string onRackServer = "SCSIDEV_MACHINE=" + machines +
+                                 "rack-server.json LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
+
+std::string contentOf(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// Runs shell commands in an empty directory, which is the temporary directory too and must be empty
+/// afterwards.
+class Program : public testing::Test {
+protected:
+    Program() { fs::create_directories(work()); }
+    ~Program() override { fs::remove_all(root_); }
+
+    /// `%` stands for the program.
+    void run(std::string command) {
+        if (const std::size_t mark = command.find('%'); mark != std::string::npos)
+            command.replace(mark, 1, program);
+        const std::string script = "cd " + work().string() + " && export TMPDIR=" + work().string() +
+                                   " && { " + command + "; } >../out 2>../err";
+        const int result = std::system(script.c_str());
+        status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
+        output = contentOf(root_ / "out");
+        errors = contentOf(root_ / "err");
+        EXPECT_TRUE(fs::is_empty(work())) << "something is left behind by " << command;
+    }
+
+    /// A file of this content, outside the working directory.
+    std::string fileWith(const std::string& content) {
+        std::ofstream(root_ / "file.json") << content;
+        return (root_ / "file.json").string();
+    }
+
+    int status = -1;
+    std::string output, errors;
+
+private:
+    fs::path work() const { return root_ / "work"; }
+
+    fs::path root_ = fs::temp_directory_path() / ("scsidev-test-" + std::to_string(::getpid()));
+};
+
+} // namespace
+
+TEST_F(Program, PrintsWhatStandsBesideTheMachineFile) {
+    std::size_t compared = 0;
+    for (const auto& entry : fs::directory_iterator(machines)) {
+        const fs::path expected = SOURCE_DIRECTORY "/tests/expected/" / entry.path().stem();
+        SCOPED_TRACE("rewrite with script/rewrite-expected, then read the difference: " + expected.string());
+        run("% --machine " + entry.path().string());
+        EXPECT_EQ(output, contentOf(expected.string() + ".txt"));
+        run("% --format json --log-level 3 --machine " + entry.path().string());
+        EXPECT_EQ(output, contentOf(expected.string() + ".json"));
+        EXPECT_EQ(errors, contentOf(expected.string() + ".log"));
+        EXPECT_EQ(status, 0);
+        ++compared;
+    }
+    EXPECT_GE(compared, 2U);
+}
+
+TEST_F(Program, RefusesWrongUsage) {
+    const struct {
+        const char *arguments, *message;
+    } cases[] = {
+        {"''", "an empty class name in the query ''"},
+        {"KORVA_SCSIDevice,,KORVA_ATADevice",
+         "an empty class name in the query 'KORVA_SCSIDevice,,KORVA_ATADevice'"},
+        {"KORVA_SCSIDevice,", "an empty class name"},
+        {"KORVA_CDVDevice",
+         "unknown class 'KORVA_CDVDevice' (did you mean KORVA_CDVDDevice?); the classes are "
+         "KORVA_SysBusDevice, KORVA_SCSIDevice, "},
+        {"--fromat json", "unknown option '--fromat' (did you mean --format?)"},
+        {"--format xml", "--format: expected one of json, table, found 'xml'"},
+        {"--log-level 3x", "--log-level: expected a whole number from 0 up, found '3x'"},
+        {"--log-level", "--log-level: a value is missing"},
+        {"--virtual-device 2=x", "--virtual-device: expected 0=TEXT or 1=TEXT, found '2=x'"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.arguments);
+        run(std::string("% ") + c.arguments);
+        EXPECT_EQ(status, 2);
+        EXPECT_EQ(output, "");
+        EXPECT_THAT(errors, AllOf(HasSubstr(c.message), HasSubstr("try --help"), testing::EndsWith("\n")));
+        EXPECT_EQ(errors.find('\n'), errors.size() - 1) << "one line";
+    }
+}
+
+TEST_F(Program, SaysInOneLineWhyARunFailed) {
+    const struct {
+        std::string command, message;
+    } cases[] = {
+        {"% --machine missing.json", "missing.json: cannot be read: No such file or directory"},
+        {"% --machine .", ": cannot be read: Is a directory"},
+        {"% --machine " + fileWith("{\"nodes\": {\"/dev/sg0\": {\"inquiry\": {\"data\": \"000\"}}}}"),
+         "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
+        {"% --plugin missing.so", "missing.so: cannot open shared object file"},
+        {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
+        {"ODD_PLUGIN=nothing % " + oddPlugin,
+         "expected the library to register one plug-in, it registered 0"},
+        {"ODD_PLUGIN=load % " + oddPlugin, "a plug-in that fails while it is loaded: odd \\x1b[2J load"},
+        {"ODD_PLUGIN=init % " + oddPlugin, "Init failed: odd \\x1b[2J init"},
+        {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
+        {"% --machine " + machines + "empty.json --format json >/dev/full", "No space left on device"},
+        {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
+        {"SCSIDEV_MACHINE=" + machines + "empty.json % --machine " + machines + "empty.json",
+         "was not preloaded"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        run(c.command);
+        EXPECT_EQ(status, 1);
+        EXPECT_EQ(output, "");
+        EXPECT_THAT(errors, AllOf(HasSubstr("scsidev-inventory: "), HasSubstr(c.message)));
+    }
+}
+
+TEST_F(Program, AQueryThatFailsKeepsWhatWasCommittedBefore) {
+    run("ODD_PLUGIN=query % --format json KORVA_ATADevice KORVA_SCSIDevice " + oddPlugin);
+    EXPECT_EQ(status, 1);
+    const auto document = nlohmann::json::parse(output);
+    ASSERT_EQ(document["queries"].size(), 1U) << "the run ends with it";
+    EXPECT_EQ(document["queries"][0]["error"], "odd \x1b[2J query");
+    EXPECT_EQ(document["queries"][0]["instances"].size(), 1U);
+    EXPECT_THAT(errors, HasSubstr("scsidev-inventory: the query failed: odd \\x1b[2J query\n"));
+
+    run("ODD_PLUGIN=query % KORVA_ATADevice " + oddPlugin);
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(output, HasSubstr("ATA devices (KORVA_ATADevice): 1\n"));
+}
+
+TEST_F(Program, EveryByteSurvivesInJsonAndNoneDrivesATerminal) {
+    run("% --format json KORVA_ATADevice " + oddPlugin);
+    EXPECT_EQ(errors, "[1] one \\\\ \\n\\t\\x7f\\xff line\n");
+    std::string everyCodePoint;
+    for (int byte = 0; byte < 256; ++byte) {
+        if (byte >= 0x80)
+            everyCodePoint += static_cast<char>(0xC0 | byte >> 6);
+        everyCodePoint += static_cast<char>(byte < 0x80 ? byte : 0x80 | (byte & 0x3F));
+    }
+    const auto document = nlohmann::json::parse(output);
+    EXPECT_EQ(document["queries"][0]["instances"][0]["properties"]["ProductID"], everyCodePoint);
+    const std::string json = output;
+    run("% KORVA_ATADevice " + oddPlugin);
+    for (const char c : json + output)
+        ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << static_cast<int>(c);
+}
+
+TEST_F(Program, ASignalRemovesTheWorkingDirectory) {
+    run("ODD_PLUGIN=terminate % " + oddPlugin);
+    EXPECT_EQ(status, 128 + SIGTERM);
+}
+
+TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
+    run("% --machine " + machines +
+        "rack-server.json --format json --log-level 0 --virtual-device 0=/dev/sg0 "
+        "KORVA_SCSITapeDrive,KORVA_ATADevice KORVA_SysBusDeviceFirmwareElement KORVA_SysBusDeviceFirmware");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(errors, "simulated machine: 10 s of sleeping skipped\n") << "the device is ready from then on";
+    const auto queries = nlohmann::json::parse(output)["queries"];
+    ASSERT_EQ(queries.size(), 3U);
+    EXPECT_EQ(queries[0]["classes"], (std::vector<std::string>{"KORVA_SCSITapeDrive", "KORVA_ATADevice"}));
+    std::vector<std::string> classes;
+    for (const auto& instance : queries[0]["instances"])
+        classes.push_back(instance["class"]);
+    EXPECT_EQ(classes, (std::vector<std::string>{"KORVA_SCSITapeDrive", "KORVA_SCSITapeDrive"}))
+        << "with tapes first, other devices have to be cartridge drives to be shown";
+    EXPECT_EQ(queries[1]["instances"].size(), 8U) << "the named virtual device is left out";
+    EXPECT_EQ(queries[2]["instances"].size(), 2U);
+}
+
+TEST_F(Program, ExplainsWhyThereIsNothingToSee) {
+    run("% --machine " + machines + "empty.json");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(errors, "no devices found on the simulated machine\n");
+
+    const std::string refused = fileWith(R"({"nodes": {"/dev/sg0": {"open": "EACCES"}, "/dev/sg1": {},
+                                                      "/dev/hda": {"open": "EPERM"}, "/dev/sr0": {"open": "EACCES"}}})");
+    const bool root = ::geteuid() == 0;
+    run("% --machine " + refused);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(errors, std::string(root ? "" : "not running as root: ") +
+                          "2 of 3 device nodes could not be opened" + (root ? "\n" : "; try sudo\n"));
+}
+
+TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
+    const struct {
+        const char* command;
+        std::vector<const char*> texts;
+    } cases[] = {
+        {"sg_inq /dev/sg0",
+         {"Vendor identification: NORDHAV", "Product identification: MERIDIAN 600-10K",
+          "Product revision level: NH04", "PDT=0", "version=0x06"}},
+        {"sg_inq --page=0x80 /dev/sg0", {"Unit serial number: NM6A0017F3C2"}},
+        {"sg_inq --page=0x80 /dev/sg7; true", {"field in cdb illegal"}},
+        {"sg_inq /dev/sg11; true", {"No such file or directory"}},
+        {"hdparm -I /dev/sdc",
+         {"Model Number:       STILLWATER 480-GP SATA SSD", "Serial Number:      SW48017C0A2216",
+          "Firmware Revision:  SWFW2.17", "Likely used: 9"}},
+        {"cat /proc/sys/dev/cdrom/info", {"drive name:\t\tsr1\tsr0\n", "Can write DVD-RAM:\t0\t1\n"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command);
+        run("export " + onRackServer + "; " + c.command);
+        EXPECT_EQ(status, 0);
+        for (const char* text : c.texts)
+            EXPECT_THAT(output + errors, HasSubstr(text));
+    }
+    run("SCSIDEV_MACHINE=missing.json LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so env true");
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(errors, HasSubstr("simulated machine: missing.json: cannot be read"));
+}
+
+TEST_F(Program, ThePluginBringsNothingAndNeedsOnlyTheContract) {
+    run("nm -D --defined-only " + plugin);
+    EXPECT_EQ(output, "") << "no exported symbols";
+    run("nm -DC --undefined-only " + plugin);
+    EXPECT_THAT(output, AllOf(HasSubstr("NHALDEN20::TRootObject::GetPluginManager()"),
+                              Not(HasSubstr("minihost")), Not(HasSubstr("simulator"))));
+    run("readelf -dW " + plugin);
+    EXPECT_THAT(output, AllOf(HasSubstr("Library runpath: [$ORIGIN]"), HasSubstr("BIND_NOW"),
+                              Not(HasSubstr("TEXTREL"))));
+    run("readelf -lW " + plugin);
+    EXPECT_THAT(output, HasSubstr("GNU_RELRO"));
+}

@@ -1,0 +1,152 @@
+#include "tests/simulatedmachine.h"
+
+#include "minihost/cimcontent.h"
+#include "minihost/minihost.h"
+
+#include <algorithm>
+#include <utility>
+#include <variant>
+
+namespace {
+
+simulator::kernel* installed = nullptr;
+
+/// The object that the plug-in created when this program was loaded, as it does for any host.
+struct loadedPlugin {
+    NHALDEN20::IPluginCallbacks* callbacks = minihost::registeredPlugins().at(0);
+    ~loadedPlugin() { callbacks->PrepareForUnload(); }
+} loaded;
+
+std::string padded(std::string text, std::size_t size) {
+    text.resize(size, ' ');
+    return text;
+}
+
+simulator::bytes bytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+struct asText {
+    std::string operator()(std::monostate /*empty*/) const { return "(empty)"; }
+    std::string operator()(const std::string& text) const { return text; }
+    std::string operator()(bool flag) const { return flag ? "true" : "false"; }
+    std::string operator()(std::uint16_t number) const { return std::to_string(number); }
+    std::string operator()(const NHALDEN20::TCIMReference& reference) const {
+        return minihost::objectPath(reference);
+    }
+    std::string operator()(const std::vector<NHALDEN20::TCIMValue>& elements) const {
+        std::string text;
+        for (const auto& element : elements)
+            text += '{' + std::visit(*this, element.Content().value) + '}';
+        return text;
+    }
+};
+
+} // namespace
+
+simulator::kernel* simulator::activeKernel() {
+    return installed;
+}
+
+SimulatedMachine::SimulatedMachine() : kernel_(simulator::machine(), simulator::kernel::calls::kept) {
+    installed = &kernel_;
+    minihost::setLogSink(
+        [this](int level, const std::string& text) { log_.push_back(std::to_string(level) + ' ' + text); });
+}
+
+SimulatedMachine::~SimulatedMachine() {
+    installed = nullptr;
+    minihost::setLogSink(nullptr);
+    for (const int kind : {0, 1})
+        minihost::setVirtualDevices(kind, {});
+}
+
+void SimulatedMachine::TearDown() {
+    EXPECT_EQ(kernel_.openDescriptors(), 0U) << "every node is closed again";
+    EXPECT_THAT(calls(), testing::Not(testing::Contains(testing::HasSubstr("unknown"))));
+}
+
+simulator::node& SimulatedMachine::sgNode(const std::string& path, const simulator::scsiAnswer& inquiry) {
+    simulator::node& node = at(path);
+    node.sgVersion = simulator::numberAnswer{30536, 0};
+    node.emulated = simulator::numberAnswer{0, 0};
+    node.inquiry = inquiry;
+    return node;
+}
+
+strings SimulatedMachine::takeLog() {
+    return std::exchange(log_, {});
+}
+
+TScsidevPluginCallbacks::classList Plugin::classes(const strings& names) {
+    TScsidevPluginCallbacks::classList list;
+    for (const auto& name : names)
+        list.push_back(namespace_.GetClass(name, {}));
+    return list;
+}
+
+boost::shared_ptr<NHALDEN20::ICIMNamespace> Plugin::ns() {
+    return {&namespace_, [](NHALDEN20::ICIMNamespace* /*ns*/) {
+            }};
+}
+
+std::vector<properties> Plugin::query(const strings& classNames) {
+    auto requested = classes(classNames);
+    const std::size_t before = namespace_.instances().size();
+    plugin_->GetData(ns(), requested);
+    std::vector<properties> result;
+    for (std::size_t i = before; i < namespace_.instances().size(); ++i) {
+        const auto& instance = *namespace_.instances()[i];
+        properties texts{{"class", instance.declaration().name}};
+        for (const auto& [name, value] : instance.properties())
+            texts[name] = std::visit(asText(), value.Content().value);
+        result.push_back(texts);
+    }
+    return result;
+}
+
+strings Plugin::each(const std::vector<properties>& instances, const std::string& name) {
+    strings values;
+    for (const auto& instance : instances)
+        values.push_back(instance.count(name) != 0 ? instance.at(name) : "(unset)");
+    return values;
+}
+
+simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor,
+                              const std::string& product, const std::string& revision) {
+    simulator::scsiAnswer answer;
+    answer.data = bytesOf(std::string("\0\0\5\2\37\0\0\0", 8) + padded(vendor, 8) + padded(product, 16) +
+                          padded(revision, 4));
+    answer.data[0] = peripheralByte;
+    return answer;
+}
+
+simulator::scsiAnswer serialPage(const std::string& serialNumber) {
+    simulator::scsiAnswer answer;
+    answer.data = bytesOf(std::string("\0\x80\0", 3) + static_cast<char>(serialNumber.size()) + serialNumber);
+    return answer;
+}
+
+simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq) {
+    simulator::scsiAnswer answer;
+    answer.sense = {0x70, 0, key, 0, 0, 0, 0, 10, 0, 0, 0, 0, asc, ascq, 0, 0, 0, 0};
+    answer.status = 2;
+    answer.maskedStatus = 1;
+    answer.driverStatus = 8;
+    answer.info = 1;
+    return answer;
+}
+
+simulator::driveAnswer identify(const std::string& model, const std::string& serialNumber,
+                                const std::string& firmware) {
+    simulator::driveAnswer answer;
+    answer.data.assign(512, 0);
+    const auto put = [&answer](std::size_t offset, const std::string& text) {
+        for (std::size_t i = 0; i < text.size(); ++i)
+            answer.data[offset + (i ^ 1U)] = static_cast<unsigned char>(text[i]);
+    };
+    put(20, padded(serialNumber, 20));
+    put(46, padded(firmware, 8));
+    put(54, padded(model, 40));
+    return answer;
+}

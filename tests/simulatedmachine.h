@@ -1,0 +1,66 @@
+#pragma once
+
+#include "minihost/memorynamespace.h"
+#include "plugin/scsidev_linux.h"
+#include "simulator/kernel.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+using strings = std::vector<std::string>;
+
+/// A simulated machine under this process, and the host's log. At the end nothing may be left open, and
+/// nothing may have been asked that the simulation does not know.
+class SimulatedMachine : public ::testing::Test {
+protected:
+    SimulatedMachine();
+    ~SimulatedMachine() override;
+    void TearDown() override;
+
+    simulator::machine& machine() { return kernel_.simulated(); }
+    simulator::node& at(const std::string& path) { return machine().nodes[path]; }
+    /// A node of the sg driver, version 3.5, not emulated, that answers INQUIRY with `inquiry`.
+    simulator::node& sgNode(const std::string& path, const simulator::scsiAnswer& inquiry);
+
+    const strings& calls() const { return kernel_.recordedCalls(); }
+    unsigned secondsSlept() const { return kernel_.secondsSlept(); }
+    /// The log so far, each line as "LEVEL TEXT"; empties it.
+    strings takeLog();
+
+private:
+    simulator::kernel kernel_;
+    strings log_;
+};
+
+/// The texts of the properties of one instance: numbers in decimal, flags as true, references as paths.
+using properties = std::map<std::string, std::string>;
+
+/// A plug-in object on the simulated machine, and a namespace for its instances.
+class Plugin : public SimulatedMachine {
+protected:
+    /// Runs one query and returns the instances committed during it.
+    std::vector<properties> query(const strings& classNames);
+    /// The value of one property of each instance.
+    static strings each(const std::vector<properties>& instances, const std::string& name);
+
+    TScsidevPluginCallbacks::classList classes(const strings& names);
+    boost::shared_ptr<NHALDEN20::ICIMNamespace> ns();
+
+    minihost::memoryNamespace namespace_;
+    std::unique_ptr<TScsidevPluginCallbacks> plugin_ = std::make_unique<TScsidevPluginCallbacks>();
+};
+
+// Answers of devices. Texts are padded with blanks to their field.
+
+simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor,
+                              const std::string& product, const std::string& revision = "0001");
+simulator::scsiAnswer serialPage(const std::string& serialNumber);
+/// A CHECK CONDITION with fixed-format sense.
+simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq);
+simulator::driveAnswer identify(const std::string& model, const std::string& serialNumber = "SERIAL",
+                                const std::string& firmware = "FW1");
