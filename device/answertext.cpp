@@ -13,6 +13,4 @@ std::string swappedText(const unsigned char* bytes, std::size_t size) {
     return text;
 }
 
-std::string upToZero(const std::string& text) {
-    return text.substr(0, text.find('\0'));
-}
+std::string upToZero(const std::string& text) { return text.substr(0, text.find('\0')); }

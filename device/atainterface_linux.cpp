@@ -15,15 +15,7 @@
 
 namespace {
 
-enum commandRegister {
-    feature,
-    sectorCount,
-    sectorNumber,
-    cylinderLow,
-    cylinderHigh,
-    deviceSelect,
-    commandCode
-};
+enum commandRegister { feature, sectorCount, sectorNumber, cylinderLow, cylinderHigh, deviceSelect, commandCode };
 
 constexpr unsigned char smartReturnStatus = 0xDA;
 constexpr std::size_t requestSize = 516;    // 4 register bytes and one sector of HDIO_DRIVE_CMD

@@ -12,8 +12,7 @@ struct identifyDeviceCommand {
     explicit identifyDeviceCommand(unsigned char select = 0) : registers{0, 1, 0, 0, 0, select, opcode} {}
 
     static constexpr unsigned char opcode = 0xEC;
-    unsigned char
-        registers[7]; ///< feature, sector count, sector, cylinder low and high, device/select, command
+    unsigned char registers[7]; ///< feature, sector count, sector, cylinder low and high, device/select, command
 };
 
 /// Reads the text fields of an IDENTIFY DEVICE answer where it lies.
@@ -24,8 +23,8 @@ class identifyView {
 public:
     explicit identifyView(const unsigned char* answer) : answer_(answer) {}
 
-    std::string model() const { return swappedText(answer_ + 54, 40); } ///< words 27..46, all 40 characters
-    std::string firmware() const { return upToZero(swappedText(answer_ + 46, 8)); }      ///< words 23..26
+    std::string model() const { return swappedText(answer_ + 54, 40); }             ///< words 27..46, all 40 characters
+    std::string firmware() const { return upToZero(swappedText(answer_ + 46, 8)); } ///< words 23..26
     std::string serialNumber() const { return upToZero(swappedText(answer_ + 20, 20)); } ///< words 10..19
 
 private:

@@ -18,9 +18,7 @@ namespace {
 
 constexpr int lastLetterIndex = 25; // 'z'
 
-int openNode(const std::string& path) {
-    return ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
-}
+int openNode(const std::string& path) { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK); }
 
 } // namespace
 
@@ -28,31 +26,12 @@ bool isCartridgeDrive(const std::string& product) {
     return product.find("GoVault") != std::string::npos || product.find("RDX") != std::string::npos;
 }
 
-scsiException::scsiException(std::string message) : message_(std::move(message)) {
-}
+scsiException::scsiException(std::string message) : message_(std::move(message)) {}
 scsiException::~scsiException() = default;
-const char* scsiException::what() const noexcept {
-    return message_.c_str();
-}
+const char* scsiException::what() const noexcept { return message_.c_str(); }
 
-scsiDevice::scsiDevice()
-    : reservedText1("null"),
-      vendor("null"),
-      product("null"),
-      firmwareLevel("null"),
-      deviceType(0),
-      lun(0),
-      channel(0),
-      target(0),
-      host(0),
-      fd(-1),
-      devicePath("null"),
-      reservedText2("null") {
-}
-
-scsiDevice::~scsiDevice() {
-    CloseDevice();
-}
+scsiDevice::scsiDevice() = default;
+scsiDevice::~scsiDevice() { CloseDevice(); }
 
 int scsiDevice::GetDevice(std::string path, int index) {
     devicePath = path + std::to_string(static_cast<std::uint16_t>(index));
@@ -71,8 +50,7 @@ int scsiDevice::GetDevice() {
     return fd >= 0 ? 1 : -1;
 }
 
-void scsiDevice::GetDevice(int /*host*/, int /*target*/, int /*lun*/) {
-}
+void scsiDevice::GetDevice(int /*host*/, int /*target*/, int /*lun*/) {}
 
 void scsiDevice::CloseDevice() {
     if (fd >= 0)
@@ -105,7 +83,7 @@ int scsiDevice::initialize(std::string path, int index) {
     return 1;
 }
 
-bool scsiDevice::identifyAta(unsigned char* answer) {
+bool scsiDevice::identifyAta(unsigned char* answer) const {
     // Device 0 for an odd target, device 1 for an even one.
     identifyDeviceCommand command(static_cast<unsigned char>(0xA0 | (((target - 1) & 1) << 4)));
     try {
@@ -127,8 +105,7 @@ bool scsiDevice::identifyScsi() {
     vendor = inquiry.vendor();
     product = inquiry.product();
     firmwareLevel = inquiry.revision();
-    hostLog(progress,
-            "Vendor: " + vendor + "\nProduct: " + product + "\nFirmware Level: " + firmwareLevel + "\n");
+    hostLog(progress, "Vendor: " + vendor + "\nProduct: " + product + "\nFirmware Level: " + firmwareLevel + "\n");
     if (vendor.empty() && product.empty())
         return false;
     deviceType = isCartridgeDrive(product) ? 1 : inquiry.peripheralByte() & deviceTypeMask;

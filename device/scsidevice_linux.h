@@ -54,26 +54,26 @@ public:
     void CloseDevice();
 
     /// 3 when the open node answers ATA IDENTIFY DEVICE, 1 when it does not.
-    int getBusType();
+    int getBusType(); // NOLINT(readability-make-member-function-const): the layer's interface
 
     /// Opens the node at `path` and `index` and identifies its device, as ATA first, as SCSI disk or tape
     /// second. 1: identified; 0: nothing usable at this index; -1: stop scanning this base path.
     int initialize(std::string path, int index);
 
-    std::string reservedText1;
-    std::string vendor;        ///< INQUIRY bytes 8..15, blanks included; "null" until identified
-    std::string product;       ///< INQUIRY bytes 16..31; "null" until identified
-    std::string firmwareLevel; ///< INQUIRY bytes 32..35; "null" until identified
-    int deviceType;            ///< peripheral device type; 1 (sequential access) for cartridge drives
-    int lun;
-    int channel;
-    int target;
-    int host;
-    int fd; ///< negative when closed
-    std::string devicePath;
-    std::string reservedText2;
+    std::string reservedText1{"null"};
+    std::string vendor{"null"};        ///< INQUIRY bytes 8..15, blanks included; "null" until identified
+    std::string product{"null"};       ///< INQUIRY bytes 16..31; "null" until identified
+    std::string firmwareLevel{"null"}; ///< INQUIRY bytes 32..35; "null" until identified
+    int deviceType = 0;                ///< peripheral device type; 1 (sequential access) for cartridge drives
+    int lun = 0;
+    int channel = 0;
+    int target = 0;
+    int host = 0;
+    int fd = -1; ///< negative when closed
+    std::string devicePath{"null"};
+    std::string reservedText2{"null"};
 
 private:
-    bool identifyAta(unsigned char* answer);
+    bool identifyAta(unsigned char* answer) const;
     bool identifyScsi();
 };

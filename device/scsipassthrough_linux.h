@@ -43,9 +43,7 @@ public:
 
     unsigned char* getRawBuffer() { return dataBuffer; }
     unsigned char* getRawSense() { return senseBuffer; }
-    unsigned char getSensekey() const {
-        return senseBuffer[2];
-    } ///< whole byte; the key is in its low four bits
+    unsigned char getSensekey() const { return senseBuffer[2]; } ///< whole byte; the key is in its low four bits
     unsigned char getASC() const { return senseBuffer[12]; }
     unsigned char getASCQ() const { return senseBuffer[13]; }
 

@@ -28,8 +28,7 @@ std::string bytesAsCodePoints(const std::string& text) {
         if (byte < 0x80)
             utf8 += c;
         else
-            utf8.append(1, static_cast<char>(0xC0 | byte >> 6))
-                .append(1, static_cast<char>(0x80 | (byte & 0x3F)));
+            utf8.append(1, static_cast<char>(0xC0 | byte >> 6)).append(1, static_cast<char>(0x80 | (byte & 0x3F)));
     }
     return utf8;
 }

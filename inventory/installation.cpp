@@ -6,9 +6,7 @@ namespace inventory {
 
 namespace fs = std::filesystem;
 
-std::string executable() {
-    return fs::read_symlink("/proc/self/exe").string();
-}
+std::string executable() { return fs::read_symlink("/proc/self/exe").string(); }
 
 std::string installedFile(const std::string& name) {
     const fs::path directory = fs::path(executable()).parent_path();

@@ -19,9 +19,7 @@ namespace {
 
 constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 
-void writeError(const std::string& text) {
-    std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n';
-}
+void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
 
 /// The last word on an exception that nothing can catch.
 [[noreturn]] void reportUncaught() {

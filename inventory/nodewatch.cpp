@@ -45,15 +45,16 @@ int open(const char* path, int flags, ...) {
     static auto* const real = reinterpret_cast<openCall*>(::dlsym(RTLD_NEXT, "open"));
     std::va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(arguments, mode_t) : 0;
+    const bool createsFile = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+    const mode_t mode = createsFile ? va_arg(arguments, mode_t) : 0;
     va_end(arguments);
     return watchedOpen(real, path, flags, mode);
 }
 
+// The same on 64-bit systems, and what large-file and fortified builds of a plug-in call.
 int open64(const char* path, int flags, ...) __attribute__((alias("open")));
-int __open_2(const char* path, int flags) {
-    return open(path, flags);
-}
+
+int __open_2(const char* path, int flags) { return open(path, flags); }
 
 #pragma GCC visibility pop
 

@@ -24,8 +24,7 @@ const std::vector<std::string> defaultQueries{"KORVA_SCSIDevice",
                                               "KORVA_SysBusDeviceFirmwareElement",
                                               "KORVA_SysBusDeviceFirmware"};
 
-const std::map<std::string, outputFormat> formats{{"table", outputFormat::table},
-                                                  {"json", outputFormat::json}};
+const std::map<std::string, outputFormat> formats{{"table", outputFormat::table}, {"json", outputFormat::json}};
 
 struct usageError : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -58,8 +57,7 @@ std::vector<std::string> parseQuery(const std::string& query) {
         if (name.empty())
             throw usageError("an empty class name in the query '" + query + "'");
         if (minihost::findClass(name) == nullptr) {
-            const auto known =
-                namesOf(minihost::classTable(), [](const auto& candidate) { return candidate.name; });
+            const auto known = namesOf(minihost::classTable(), [](const auto& candidate) { return candidate.name; });
             throw usageError("unknown class '" + name + "'" + didYouMean(name, known) + "; the classes are " +
                              joined(known));
         }
@@ -114,8 +112,7 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
         ->allow_extra_args(false);
     app.add_option("--machine", options.machineFile, "Show the simulated machine of this file instead")
         ->type_name("FILE");
-    app.add_option("--plugin", options.plugin, "Load this plug-in instead of libscsidev.pi.so")
-        ->type_name("FILE");
+    app.add_option("--plugin", options.plugin, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
     app.footer("\nExamples:\n"
                "  scsidev-inventory KORVA_SCSIDevice,KORVA_SCSITapeDrive\n"
                "  scsidev-inventory --machine machines/rack-server.json --format json");
@@ -124,8 +121,7 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
 /// Names the first word of the command line that is no option, and the nearest one that is.
 std::string unknownOption(const CLI::App& app) {
     const std::string word = app.remaining().empty() ? "" : app.remaining().front();
-    const auto known =
-        namesOf(app.get_options(), [](const CLI::Option* option) { return option->get_name(); });
+    const auto known = namesOf(app.get_options(), [](const CLI::Option* option) { return option->get_name(); });
     return "unknown option '" + word + "'" + didYouMean(word.substr(0, word.find('=')), known);
 }
 
@@ -143,8 +139,7 @@ void check(const rawOptions& raw, options& options) {
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
     options.machineFile = absolutePath(options.machineFile);
-    options.plugin =
-        options.plugin.empty() ? installedFile("libscsidev.pi.so") : absolutePath(options.plugin);
+    options.plugin = options.plugin.empty() ? installedFile("libscsidev.pi.so") : absolutePath(options.plugin);
 }
 
 } // namespace

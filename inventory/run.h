@@ -13,8 +13,7 @@ namespace inventory {
 /// What one query came to.
 struct queryResult {
     std::vector<std::string> classes;
-    std::vector<boost::shared_ptr<minihost::memoryInstance>>
-        instances;                    ///< committed during it, in commit order
+    std::vector<boost::shared_ptr<minihost::memoryInstance>> instances; ///< committed during it, in commit order
     std::optional<std::string> error; ///< the text of the exception that escaped from it
 };
 

@@ -41,8 +41,8 @@ std::string property(const memoryInstance& instance, const char* name) {
 std::string address(const memoryInstance& device) {
     if (property(device, "OtherIdentifyingInfo") == property(device, "DeviceID"))
         return "";
-    return property(device, "HostAdapterID") + ':' + property(device, "Bus") + ':' +
-           property(device, "TargetID") + ':' + property(device, "Lun");
+    return property(device, "HostAdapterID") + ':' + property(device, "Bus") + ':' + property(device, "TargetID") +
+           ':' + property(device, "Lun");
 }
 
 /// "Direct Access Device" without the word that they all share.
@@ -64,8 +64,7 @@ std::string abilities(const memoryInstance& drive,
 
 std::string key(const memoryInstance& association, const char* end, const char* name) {
     const auto* value = association.find(end);
-    const auto* reference =
-        value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
+    const auto* reference = value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
     if (reference == nullptr)
         return "";
     const auto found = reference->Content().keys.find(name);
@@ -92,17 +91,16 @@ std::vector<std::string> deviceRow(const memoryInstance& device) {
 }
 
 std::vector<std::string> opticalRow(const memoryInstance& drive) {
-    return {property(drive, "DeviceID"),
-            abilities(drive, {{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}}),
-            abilities(drive, {{"CdRWrite", "CD-R"},
-                              {"CdRwWrite", "CD-RW"},
-                              {"DvdRWrite", "DVD-R"},
-                              {"DvdRamWrite", "DVD-RAM"}})};
+    return {
+        property(drive, "DeviceID"),
+        abilities(drive, {{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}}),
+        abilities(drive,
+                  {{"CdRWrite", "CD-R"}, {"CdRwWrite", "CD-RW"}, {"DvdRWrite", "DVD-R"}, {"DvdRamWrite", "DVD-RAM"}})};
 }
 
 std::vector<std::string> firmwareElementRow(const memoryInstance& element) {
-    return {property(element, "SoftwareElementId"), property(element, "Name"),
-            property(element, "Manufacturer"), property(element, "Version")};
+    return {property(element, "SoftwareElementId"), property(element, "Name"), property(element, "Manufacturer"),
+            property(element, "Version")};
 }
 
 std::vector<std::string> firmwareRow(const memoryInstance& association) {
@@ -137,8 +135,7 @@ void writeSection(const std::string& className, const queryResult& query, std::o
         rows.add(how.row(*instance));
         ++count;
     }
-    output << how.title << " (" << className << "): " << (count == 0 ? "none" : std::to_string(count))
-           << '\n';
+    output << how.title << " (" << className << "): " << (count == 0 ? "none" : std::to_string(count)) << '\n';
     if (count > 0)
         rows.write(output);
 }

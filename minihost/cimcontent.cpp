@@ -6,33 +6,23 @@
 namespace NHALDEN20 {
 
 TCIMReference::TCIMReference(boost::shared_ptr<ICIMNamespace> ns, TContext keys)
-    : content_(new TContent{std::move(ns), std::move(keys), ""}) {
-}
-TCIMReference::TCIMReference(const TCIMReference& other) : content_(new TContent(*other.content_)) {
-}
+    : content_(new TContent{std::move(ns), std::move(keys), ""}) {}
+TCIMReference::TCIMReference(const TCIMReference& other) : content_(new TContent(*other.content_)) {}
 TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
     *content_ = *other.content_;
     return *this;
 }
 TCIMReference::~TCIMReference() = default;
 
-TCIMValue::TCIMValue() : content_(new TContent) {
-}
-TCIMValue::TCIMValue(const std::string& text) : content_(new TContent{text}) {
-}
-TCIMValue::TCIMValue(const char* text) : TCIMValue(std::string(text)) {
-}
-TCIMValue::TCIMValue(bool flag) : content_(new TContent{flag}) {
-}
-TCIMValue::TCIMValue(unsigned short number) : content_(new TContent{number}) {
-}
-TCIMValue::TCIMValue(TCIMReference& reference) : content_(new TContent{reference}) {
-}
+TCIMValue::TCIMValue() : content_(new TContent) {}
+TCIMValue::TCIMValue(const std::string& text) : content_(new TContent{text}) {}
+TCIMValue::TCIMValue(const char* text) : TCIMValue(std::string(text)) {}
+TCIMValue::TCIMValue(bool flag) : content_(new TContent{flag}) {}
+TCIMValue::TCIMValue(unsigned short number) : content_(new TContent{number}) {}
+TCIMValue::TCIMValue(TCIMReference& reference) : content_(new TContent{reference}) {}
 TCIMValue::TCIMValue(TCIMType /*type*/, unsigned int /*count*/, const std::vector<TCIMValue>& elements)
-    : content_(new TContent{elements}) {
-}
-TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {
-}
+    : content_(new TContent{elements}) {}
+TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {}
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
     *content_ = *other.content_;
     return *this;

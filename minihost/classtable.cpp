@@ -5,8 +5,8 @@
 namespace minihost {
 
 const std::vector<classDeclaration>& classTable() {
-    static const std::vector<const char*> deviceKeys{"CreationClassName", "DeviceID",
-                                                     "SystemCreationClassName", "SystemName"};
+    static const std::vector<const char*> deviceKeys{"CreationClassName", "DeviceID", "SystemCreationClassName",
+                                                     "SystemName"};
     static const std::vector<classDeclaration> table{
         {"KORVA_SysBusDevice", "", deviceKeys},
         {"KORVA_SCSIDevice", "KORVA_SysBusDevice", deviceKeys},

@@ -44,7 +44,7 @@ private:
 
 class memoryPropertyHandle : public NHALDEN20::ICIMPropertyHandle {
 public:
-    explicit memoryPropertyHandle(TCIMValue value) : value_(std::move(value)) {}
+    explicit memoryPropertyHandle(const TCIMValue& value) : value_(value) {}
     TCIMValue GetValue() override { return value_; }
 
 private:
@@ -54,8 +54,7 @@ private:
 } // namespace
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
-    : namespace_(ns), declaration_(declaration) {
-}
+    : namespace_(ns), declaration_(declaration) {}
 
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     TContext keys;
@@ -72,14 +71,13 @@ boost::shared_ptr<ICIMClass> memoryInstance::GetInstanceClass(const TContext& co
     return namespace_.GetClass(declaration_.name, context);
 }
 
-boost::shared_ptr<NHALDEN20::ICIMPropertyHandle>
-memoryInstance::GetPropertyHandle(const std::string& name, const TContext& /*context*/) {
+boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> memoryInstance::GetPropertyHandle(const std::string& name,
+                                                                                   const TContext& /*context*/) {
     const TCIMValue* value = find(name);
     return boost::make_shared<memoryPropertyHandle>(value == nullptr ? TCIMValue() : *value);
 }
 
-void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value,
-                                 const TContext& /*context*/) {
+void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value, const TContext& /*context*/) {
     for (auto& [knownName, knownValue] : properties_) {
         if (knownName == name) {
             knownValue = value;
@@ -97,9 +95,7 @@ const TCIMValue* memoryInstance::find(const std::string& name) const {
     return nullptr;
 }
 
-void memoryInstance::CommitToClass(const TContext& /*context*/) {
-    namespace_.commit(shared_from_this());
-}
+void memoryInstance::CommitToClass(const TContext& /*context*/) { namespace_.commit(shared_from_this()); }
 
 memoryNamespace::memoryNamespace() {
     for (const auto& declaration : classTable())
@@ -113,8 +109,6 @@ boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, 
     return found->second;
 }
 
-void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) {
-    instances_.push_back(instance);
-}
+void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { instances_.push_back(instance); }
 
 } // namespace minihost

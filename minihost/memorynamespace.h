@@ -26,8 +26,8 @@ public:
 
     NHALDEN20::TCIMReference GetReference(const NHALDEN20::TContext& context) override;
     boost::shared_ptr<NHALDEN20::ICIMClass> GetInstanceClass(const NHALDEN20::TContext& context) override;
-    boost::shared_ptr<NHALDEN20::ICIMPropertyHandle>
-    GetPropertyHandle(const std::string& name, const NHALDEN20::TContext& context) override;
+    boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> GetPropertyHandle(const std::string& name,
+                                                                       const NHALDEN20::TContext& context) override;
     void SetProperty(const std::string& name, const NHALDEN20::TCIMValue& value,
                      const NHALDEN20::TContext& context) override;
 
@@ -52,8 +52,7 @@ public:
     memoryNamespace();
 
     /// Throws std::invalid_argument for a class that the class table does not have.
-    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name,
-                                                     NHALDEN20::TContext context) override;
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name, NHALDEN20::TContext context) override;
 
     /// The committed instances of all classes, in commit order.
     const std::vector<boost::shared_ptr<memoryInstance>>& instances() const { return instances_; }

@@ -20,9 +20,7 @@ std::vector<std::string>& virtualDevices(int kind) {
 
 } // namespace
 
-void minihost::setVirtualDevices(int kind, std::vector<std::string> names) {
-    virtualDevices(kind) = std::move(names);
-}
+void minihost::setVirtualDevices(int kind, std::vector<std::string> names) { virtualDevices(kind) = std::move(names); }
 
 namespace NHALDEN20 {
 

@@ -42,9 +42,7 @@ public:
 
 } // namespace
 
-void setLogSink(logSink sink) {
-    logger().sink = std::move(sink);
-}
+void setLogSink(logSink sink) { logger().sink = std::move(sink); }
 
 std::vector<IPluginCallbacks*>& registeredPlugins() {
     static std::vector<IPluginCallbacks*> plugins;
@@ -55,9 +53,7 @@ std::vector<IPluginCallbacks*>& registeredPlugins() {
 
 namespace NHALDEN20 {
 
-ILogger* TRootObject::GetCoreLogger() {
-    return &minihost::logger();
-}
+ILogger* TRootObject::GetCoreLogger() { return &minihost::logger(); }
 
 boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() {
     static const auto manager = boost::make_shared<minihost::pluginManager>();

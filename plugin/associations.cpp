@@ -23,8 +23,7 @@ bool deviceMatches(ICIMInstance& device, const std::string& key) {
 }
 
 bool firmwareMatches(ICIMInstance& element, const std::string& key) {
-    return key.find(static_cast<std::string>(property(element, softwareElementIdProperty))) !=
-           std::string::npos;
+    return key.find(static_cast<std::string>(property(element, softwareElementIdProperty))) != std::string::npos;
 }
 
 } // namespace
@@ -33,8 +32,7 @@ bool firmwareMatches(ICIMInstance& element, const std::string& key) {
 // decides.
 bool TScsidevPluginCallbacks::findRefs(std::string key, std::string /*firmwareLevel*/,
                                        boost::shared_ptr<ICIMInstance> association) {
-    const auto firstMatch = [&key](const instanceList& instances,
-                                   bool (*matches)(ICIMInstance&, const std::string&)) {
+    const auto firstMatch = [&key](const instanceList& instances, bool (*matches)(ICIMInstance&, const std::string&)) {
         const auto found = std::find_if(instances.begin(), instances.end(),
                                         [&](const auto& instance) { return matches(*instance, key); });
         return found == instances.end() ? nullptr : found->get();

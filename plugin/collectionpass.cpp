@@ -44,6 +44,5 @@ void TScsidevPluginCallbacks::readExistingInstances(ICIMNamespace& ns, const std
                                                     instanceList& instances) {
     const TContext queryContext{{NHALDEN20::kContextName, NHALDEN20::kPluginNSPName}};
     ns.GetClass(className, queryContext)
-        ->EnumerateInstances(NHALDEN20::TAddToVectorCallback<NHALDEN20::ICIMInstance>(&instances), true,
-                             TContext());
+        ->EnumerateInstances(NHALDEN20::TAddToVectorCallback<NHALDEN20::ICIMInstance>(&instances), true, TContext());
 }

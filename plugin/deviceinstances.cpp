@@ -69,8 +69,8 @@ std::string firmwareElementName(const busDevice& record) {
 } // namespace
 
 void TScsidevPluginCallbacks::GetBusDevice(classList& requested, boost::shared_ptr<ICIMNamespace> ns) {
-    for (std::size_t i = 0; i < storedDevices_.size(); ++i) {
-        const std::unique_ptr<busDevice> record(storedDevices_[i]);
+    for (busDevice* const stored : storedDevices_) {
+        const std::unique_ptr<busDevice> record(stored);
         try {
             returnDevice(requested, record.get(), ns);
         } catch (...) { // one record's failure costs no other record
@@ -100,13 +100,11 @@ void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* reco
 bool TScsidevPluginCallbacks::chooseDeviceInstance(classList& requested, const busDevice& record,
                                                    boost::shared_ptr<ICIMInstance>& instance) {
     if (record.busType == BusTypeScsi)
-        return wasRequested(requested, scsiDeviceClass, instance) ||
-               wasRequested(requested, tapeDriveClass, instance);
+        return wasRequested(requested, scsiDeviceClass, instance) || wasRequested(requested, tapeDriveClass, instance);
     return record.busType == BusTypeAta && wasRequested(requested, ataDeviceClass, instance);
 }
 
-void TScsidevPluginCallbacks::writeAssociation(const busDevice& record,
-                                               boost::shared_ptr<ICIMInstance> association) {
+void TScsidevPluginCallbacks::writeAssociation(const busDevice& record, boost::shared_ptr<ICIMInstance> association) {
     hostLog(progress, "Making association for " + record.devicePath + " " + record.firmwareLevel + " " +
                           std::to_string(existingDevices_.size()) + " " +
                           std::to_string(existingFirmwareElements_.size()));

@@ -35,8 +35,8 @@ constexpr const char* deviceTypeNames[] = {
 } // namespace
 
 void busDevice::initialize() {
-    for (std::string* text : {&devicePath, &nodeName, &product, &vendor, &firmwareLevel, &deviceType,
-                              &serialNumber, &identity, &model, &inquiryText})
+    for (std::string* text : {&devicePath, &nodeName, &product, &vendor, &firmwareLevel, &deviceType, &serialNumber,
+                              &identity, &model, &inquiryText})
         text->clear();
     port = target = bus = lun = busType = 0;
 }
@@ -44,9 +44,8 @@ void busDevice::initialize() {
 void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
     auto copy = std::make_unique<busDevice>(*record);
     storedDevices_.reserve(storedDevices_.size() + 1); // nothing below can fail
-    const auto stored =
-        std::find_if(storedDevices_.begin(), storedDevices_.end(),
-                     [&copy](const busDevice* other) { return other->devicePath == copy->devicePath; });
+    const auto stored = std::find_if(storedDevices_.begin(), storedDevices_.end(),
+                                     [&copy](const busDevice* other) { return other->devicePath == copy->devicePath; });
     if (stored != storedDevices_.end()) {
         delete *stored;
         storedDevices_.erase(stored);

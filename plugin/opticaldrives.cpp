@@ -28,9 +28,7 @@ constexpr const char* capabilityKeys[capabilityCount] = {"read DVD", "write DVD-
                                                          "write DVD-R:", "write CD-R:", "write CD-RW"};
 
 /// `name` behind its last slash.
-std::string bareName(const std::string& name) {
-    return name.substr(name.rfind('/') + 1);
-}
+std::string bareName(const std::string& name) { return name.substr(name.rfind('/') + 1); }
 
 } // namespace
 

@@ -31,13 +31,9 @@ constexpr unsigned char diskByte = 0;
 constexpr unsigned char tapeByte = 1;
 constexpr unsigned char opticalDriveByte = 5;
 
-bool isDiskOrTape(unsigned char peripheralByte) {
-    return peripheralByte == diskByte || peripheralByte == tapeByte;
-}
+bool isDiskOrTape(unsigned char peripheralByte) { return peripheralByte == diskByte || peripheralByte == tapeByte; }
 
-bool isAtaVendor(const busDevice& record) {
-    return record.vendor.find("ATA") != std::string::npos;
-}
+bool isAtaVendor(const busDevice& record) { return record.vendor.find("ATA") != std::string::npos; }
 
 /// `text` without outer blanks and tabs; a text made only of these stays as it is.
 std::string trimmed(const std::string& text) {
@@ -110,8 +106,7 @@ void readIdentify(const identifyView& answer, busDevice& record) {
 
 } // namespace
 
-void TScsidevPluginCallbacks::collectData(std::string nodeBase,
-                                          boost::shared_ptr<NHALDEN20::ICIMNamespace> ns,
+void TScsidevPluginCallbacks::collectData(std::string nodeBase, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns,
                                           classList& /*requested*/) {
     const bool scsiNodes = nodeBase == "/dev/sg" || nodeBase == "/dev/sd";
     scsiDevice device;
@@ -134,8 +129,7 @@ void TScsidevPluginCallbacks::collectData(std::string nodeBase,
 bool TScsidevPluginCallbacks::collectScsiNode(scsiDevice& device, busDevice& record,
                                               boost::shared_ptr<NHALDEN20::ICIMNamespace> ns) {
     scsiPassThrough passThrough{};
-    if (passThrough.execSCSICommand(&device, inquiry_cmd, inquiryCommandLength) != 0 ||
-        record.busType != BusTypeScsi)
+    if (passThrough.execSCSICommand(&device, inquiry_cmd, inquiryCommandLength) != 0 || record.busType != BusTypeScsi)
         return false;
     hostLog(progress, "SCSI Inquiry returned good...");
     const inquiryView inquiry(passThrough.getRawBuffer());
@@ -167,8 +161,7 @@ bool TScsidevPluginCallbacks::isExcluded(unsigned char peripheralByte, const bus
 }
 
 /// Identifies the device by IDENTIFY DEVICE and stores its record. A device that fails it is left as it is.
-void TScsidevPluginCallbacks::collectAtaDevice(scsiDevice& device, int index, bool scsiDone,
-                                               busDevice& record) {
+void TScsidevPluginCallbacks::collectAtaDevice(scsiDevice& device, int index, bool scsiDone, busDevice& record) {
     hostLog(progress, "Scsi:ATA Inquiry started");
     if (isAtaVendor(record))
         device.GetDevice("/dev/sd", index); // the generic node does not take ATA commands

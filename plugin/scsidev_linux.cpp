@@ -15,9 +15,7 @@ const std::string kContextName("nspID");
 
 /// Creates the plug-in object, which the host owns from its registration on.
 /// The priority places it before this file's constants, which take the default one (65535).
-[[gnu::constructor(65534)]] void scsidevInit() {
-    new TScsidevPluginCallbacks;
-}
+[[gnu::constructor(65534)]] void scsidevInit() { new TScsidevPluginCallbacks; }
 
 TScsidevPluginCallbacks::TScsidevPluginCallbacks() {
     const boost::shared_ptr<NHALDEN20::ICIMNamespace> manager = NHALDEN20::TRootObject::GetPluginManager();
@@ -26,36 +24,19 @@ TScsidevPluginCallbacks::TScsidevPluginCallbacks() {
 
 TScsidevPluginCallbacks::~TScsidevPluginCallbacks() = default;
 
-int TScsidevPluginCallbacks::GetType() {
-    return 0;
-}
-std::string TScsidevPluginCallbacks::GetName() {
-    return "SCSI/IDE Device Collector";
-}
-std::string TScsidevPluginCallbacks::GetVersion() {
-    return "1.0";
-}
-std::string TScsidevPluginCallbacks::GetInterfaceVersion() {
-    return "1.0";
-}
+int TScsidevPluginCallbacks::GetType() { return 0; }
+std::string TScsidevPluginCallbacks::GetName() { return "SCSI/IDE Device Collector"; }
+std::string TScsidevPluginCallbacks::GetVersion() { return "1.0"; }
+std::string TScsidevPluginCallbacks::GetInterfaceVersion() { return "1.0"; }
 
-void TScsidevPluginCallbacks::PrepareForUnload() {
-    delete this;
-}
-void TScsidevPluginCallbacks::DeInit() {
-}
+void TScsidevPluginCallbacks::PrepareForUnload() { delete this; }
+void TScsidevPluginCallbacks::DeInit() {}
 
 void TScsidevPluginCallbacks::IterateDrives(std::string /*nodeBase*/, classList& /*requested*/,
-                                            boost::shared_ptr<NHALDEN20::ICIMNamespace> /*ns*/) {
-}
-void TScsidevPluginCallbacks::GetSCSISerialNumber(int /*fd*/, busDevice* /*record*/) {
-}
-void TScsidevPluginCallbacks::GetIDESerialNumber(int /*fd*/, busDevice* /*record*/) {
-}
-void TScsidevPluginCallbacks::GetOpticalCapabilities(classList& /*requested*/, int /*fd*/,
-                                                     busDevice* /*record*/, cdvdDevice* /*drive*/) {
-}
-void TScsidevPluginCallbacks::processDrive(int /*fd*/, busDevice* /*record*/) {
-}
-void TScsidevPluginCallbacks::processDevice(unsigned char* /*inquiry*/, busDevice* /*record*/) {
-}
+                                            boost::shared_ptr<NHALDEN20::ICIMNamespace> /*ns*/) {}
+void TScsidevPluginCallbacks::GetSCSISerialNumber(int /*fd*/, busDevice* /*record*/) {}
+void TScsidevPluginCallbacks::GetIDESerialNumber(int /*fd*/, busDevice* /*record*/) {}
+void TScsidevPluginCallbacks::GetOpticalCapabilities(classList& /*requested*/, int /*fd*/, busDevice* /*record*/,
+                                                     cdvdDevice* /*drive*/) {}
+void TScsidevPluginCallbacks::processDrive(int /*fd*/, busDevice* /*record*/) {}
+void TScsidevPluginCallbacks::processDevice(unsigned char* /*inquiry*/, busDevice* /*record*/) {}

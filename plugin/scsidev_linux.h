@@ -29,8 +29,7 @@ extern const std::string kContextName;   ///< "nspID"
 ///
 /// The host owns it and calls one operation at a time. What Init and GetData gather stays until the object is
 /// deleted. Each operation's definition stands in the source file that is named for its job.
-class TScsidevPluginCallbacks : public NHALDEN20::IPluginCallbacks,
-                                public NHALDEN20::IPluginBasicQueryCallbacks {
+class TScsidevPluginCallbacks : public NHALDEN20::IPluginCallbacks, public NHALDEN20::IPluginBasicQueryCallbacks {
 public:
     using classList = std::vector<boost::shared_ptr<NHALDEN20::ICIMClass>>;
     using instanceList = std::vector<boost::shared_ptr<NHALDEN20::ICIMInstance>>;
@@ -83,25 +82,21 @@ public:
 
     /// Probes the 32 nodes of the family `nodeBase` and stores a record for each accepted device.
     /// An exception that is not a device's (an all-blank product under the exclusion test) ends the walk.
-    void collectData(std::string nodeBase, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns,
-                     classList& requested);
+    void collectData(std::string nodeBase, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns, classList& requested);
 
     /// Is `product`, without outer blanks, the quoted name of a device in the USB listing?
     /// Throws std::out_of_range for a product made of blanks only.
-    bool FindUSBDevice(boost::shared_ptr<NHALDEN20::ICIMNamespace> ns, std::string vendor,
-                       std::string product);
+    bool FindUSBDevice(boost::shared_ptr<NHALDEN20::ICIMNamespace> ns, std::string vendor, std::string product);
 
     /// Writes what the stored records give for the requested classes and destroys all of them.
     void GetBusDevice(classList& requested, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
 
     /// Writes what one record gives: an association, a device, a firmware element, or nothing.
-    void returnDevice(classList& requested, busDevice* record,
-                      boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
+    void returnDevice(classList& requested, busDevice* record, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
 
     /// Finds the first known device and the first known firmware element whose identity is part of `key` and
     /// sets them as the ends of `association`. False: no such pair, `association` is untouched.
-    bool findRefs(std::string key, std::string firmwareLevel,
-                  boost::shared_ptr<NHALDEN20::ICIMInstance> association);
+    bool findRefs(std::string key, std::string firmwareLevel, boost::shared_ptr<NHALDEN20::ICIMInstance> association);
 
     /// Puts a new instance of the requested class called `className` into `instance`.
     /// False: that class was not requested, `instance` is untouched.
@@ -119,10 +114,8 @@ public:
     void processDevice(unsigned char* inquiry, busDevice* record);
 
 private:
-    void readExistingInstances(NHALDEN20::ICIMNamespace& ns, const std::string& className,
-                               instanceList& instances);
-    bool collectScsiNode(scsiDevice& device, busDevice& record,
-                         boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
+    void readExistingInstances(NHALDEN20::ICIMNamespace& ns, const std::string& className, instanceList& instances);
+    bool collectScsiNode(scsiDevice& device, busDevice& record, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
     bool isExcluded(unsigned char peripheralByte, const busDevice& record,
                     boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
     void collectAtaDevice(scsiDevice& device, int index, bool scsiDone, busDevice& record);

@@ -13,17 +13,13 @@
 namespace {
 
 /// Position of the first colon; -1 when there is none, so that the text behind it is all of the text.
-int colonPosition(const std::string& text) {
-    return static_cast<int>(text.find(':'));
-}
+int colonPosition(const std::string& text) { return static_cast<int>(text.find(':')); }
 
 /// No position of a colon is the text's length: kept as the branch of a text that ends before its colon.
-bool endsBeforeColon(const std::string& text) {
-    return colonPosition(text) == static_cast<int>(text.length());
-}
+bool endsBeforeColon(const std::string& text) { return colonPosition(text) == static_cast<int>(text.length()); }
 
 std::string behindColon(const std::string& text) {
-    return text.substr(static_cast<std::size_t>(colonPosition(text) + 1));
+    return text.substr(static_cast<std::size_t>(colonPosition(text)) + 1);
 }
 
 int reportParseError(const std::string& line) {
@@ -34,11 +30,8 @@ int reportParseError(const std::string& line) {
 
 } // namespace
 
-Tsubstring::Tsubstring(std::string pattern) : pattern_(std::move(pattern)) {
-}
-bool Tsubstring::operator()(std::string text) const {
-    return text.find(pattern_) != std::string::npos;
-}
+Tsubstring::Tsubstring(std::string pattern) : pattern_(std::move(pattern)) {}
+bool Tsubstring::operator()(std::string text) const { return text.find(pattern_) != std::string::npos; }
 
 std::vector<std::string> TScsidevPluginCallbacks::SplitBySeperator(std::string text, std::string separators) {
     const boost::char_separator<char> dropped(separators.c_str());

@@ -60,16 +60,7 @@ int hostName(char* name, std::size_t size) {
     return real(name, size);
 }
 
-bool createsFile(int flags) {
-    return (flags & (O_CREAT | O_TMPFILE)) != 0;
-}
-
-/// Reads the mode that stands behind `flags` where the call creates a file.
-mode_t modeOf(int flags, std::va_list& arguments) {
-    const mode_t mode = createsFile(flags) ? va_arg(arguments, mode_t) : 0;
-    va_end(arguments);
-    return mode;
-}
+bool createsFile(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE; }
 
 /// Replaces the path of the optical-drive table among a command's arguments by an inherited descriptor, so
 /// that a child which is not interposed reads the simulated table too.
@@ -113,23 +104,23 @@ int open(const char* path, int flags, ...) {
     static auto* const real = behind<openCall>("open");
     std::va_list arguments;
     va_start(arguments, flags);
-    return openAnywhere(real, path, flags, modeOf(flags, arguments));
+    const mode_t mode = createsFile(flags) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return openAnywhere(real, path, flags, mode);
 }
 
 int open64(const char* path, int flags, ...) {
     static auto* const real = behind<openCall>("open64");
     std::va_list arguments;
     va_start(arguments, flags);
-    return openAnywhere(real, path, flags, modeOf(flags, arguments));
+    const mode_t mode = createsFile(flags) ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    return openAnywhere(real, path, flags, mode);
 }
 
-int __open_2(const char* path, int flags) {
-    return open(path, flags);
-}
+int __open_2(const char* path, int flags) { return open(path, flags); }
 
-int __open64_2(const char* path, int flags) {
-    return open64(path, flags);
-}
+int __open64_2(const char* path, int flags) { return open64(path, flags); }
 
 FILE* fopen(const char* path, const char* mode) {
     static auto* const real = behind<fopenCall>("fopen");
@@ -171,17 +162,12 @@ int system(const char* command) {
     static auto* const real = behind<int(const char*)>("system");
     kernel* simulated = activeKernel();
     int status = 0;
-    return simulated != nullptr && command != nullptr && simulated->system(command, status) ? status
-                                                                                            : real(command);
+    return simulated != nullptr && command != nullptr && simulated->system(command, status) ? status : real(command);
 }
 
-int gethostname(char* name, std::size_t size) noexcept {
-    return hostName(name, size);
-}
+int gethostname(char* name, std::size_t size) noexcept { return hostName(name, size); }
 
-int __gethostname_chk(char* name, std::size_t size, std::size_t /*room*/) noexcept {
-    return hostName(name, size);
-}
+int __gethostname_chk(char* name, std::size_t size, std::size_t /*room*/) noexcept { return hostName(name, size); }
 
 int posix_spawnp(pid_t* child, const char* file, const posix_spawn_file_actions_t* actions,
                  const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment) {

@@ -20,8 +20,7 @@ public:
             open_.emplace_back();
         } else if (event == json::parse_event_t::object_end) {
             open_.pop_back();
-        } else if (event == json::parse_event_t::key &&
-                   !open_.back().insert(parsed.get<std::string>()).second) {
+        } else if (event == json::parse_event_t::key && !open_.back().insert(parsed.get<std::string>()).second) {
             throw std::invalid_argument("the member " + parsed.dump() + " stands twice in one object");
         }
         return true;
@@ -59,8 +58,8 @@ jsonPlace jsonPlace::parse(const std::string& text, const std::string& file) {
 }
 
 void jsonPlace::fail(const std::string& expected) const {
-    throw machineFileError(file_ + ": " + (place_.empty() ? "the document" : place_) + ": expected " +
-                           expected + ", found " + excerpt(*value_));
+    throw machineFileError(file_ + ": " + (place_.empty() ? "the document" : place_) + ": expected " + expected +
+                           ", found " + excerpt(*value_));
 }
 
 jsonPlace jsonPlace::at(const json& value, const std::string& step) const {
@@ -83,12 +82,10 @@ std::string jsonPlace::text() const {
 }
 
 int jsonPlace::number(long long least, long long largest) const {
-    const std::string expected =
-        "a whole number from " + std::to_string(least) + " to " + std::to_string(largest);
+    const std::string expected = "a whole number from " + std::to_string(least) + " to " + std::to_string(largest);
     if (!value_->is_number_integer())
         fail(expected);
-    if (value_->is_number_unsigned() &&
-        value_->get<unsigned long long>() > static_cast<unsigned long long>(largest))
+    if (value_->is_number_unsigned() && value_->get<unsigned long long>() > static_cast<unsigned long long>(largest))
         fail(expected);
     const auto number = value_->get<long long>();
     if (number < least || number > largest)
@@ -108,8 +105,7 @@ std::optional<jsonPlace> jsonPlace::find(const char* name) const {
     if (found == value_->end())
         return std::nullopt;
     const bool plain = std::string(name).find_first_not_of("0123456789") != std::string::npos;
-    return at(*found,
-              plain ? (place_.empty() ? name : std::string(".") + name) : '[' + std::string(name) + ']');
+    return at(*found, plain ? (place_.empty() ? name : std::string(".") + name) : '[' + std::string(name) + ']');
 }
 
 jsonPlace jsonPlace::member(const char* name) const {
@@ -129,9 +125,8 @@ void jsonPlace::allowMembers(std::initializer_list<const char*> names) const {
         std::string known;
         for (const char* candidate : names)
             known += (known.empty() ? "" : ", ") + std::string(candidate);
-        throw machineFileError(file_ + ": " + (place_.empty() ? "the document" : place_) +
-                               ": unknown member " + json(name).dump(-1, ' ', true) + ", expected one of " +
-                               known);
+        throw machineFileError(file_ + ": " + (place_.empty() ? "the document" : place_) + ": unknown member " +
+                               json(name).dump(-1, ' ', true) + ", expected one of " + known);
     }
 }
 

@@ -16,7 +16,7 @@ namespace simulator {
 
 namespace {
 
-constexpr std::size_t largestFile = 16 * 1024 * 1024; // bytes
+constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
 constexpr int largestByte = 0xFF;
 constexpr int largestNumber = 0x7FFFFFFF;
 
@@ -48,7 +48,7 @@ bytes hexBytes(const jsonPlace& place) {
 bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
     if (const auto zeros = place.find("zeros"))
-        return bytes(static_cast<std::size_t>(zeros->number(0, largestFile)), 0);
+        return bytes(zeros->number(0, largestFile), 0);
     const auto swapped = place.find("swapped");
     std::string text = (swapped ? *swapped : place.member("text")).text();
     const auto size = static_cast<std::size_t>(place.member("size").number(0, largestFile));
@@ -83,8 +83,7 @@ std::string linesAt(const jsonPlace& place) {
 
 std::vector<std::string> textsAt(const jsonPlace& place) {
     std::vector<std::string> texts;
-    place.forEachElement("a list of texts",
-                         [&texts](const jsonPlace& text) { texts.push_back(text.text()); });
+    place.forEachElement("a list of texts", [&texts](const jsonPlace& text) { texts.push_back(text.text()); });
     return texts;
 }
 
@@ -139,8 +138,7 @@ scsiAnswer scsiAt(const jsonPlace& place) {
     answer.maskedStatus =
         static_cast<unsigned char>(numberOf("maskedStatus", answer.status >> 1 & statusMask, largestByte));
     answer.hostStatus = static_cast<unsigned short>(numberOf("hostStatus", 0, 0xFFFF));
-    answer.driverStatus =
-        static_cast<unsigned short>(numberOf("driverStatus", sensed ? driverSense : 0, 0xFFFF));
+    answer.driverStatus = static_cast<unsigned short>(numberOf("driverStatus", sensed ? driverSense : 0, 0xFFFF));
     const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
     answer.info = static_cast<unsigned>(numberOf("info", check ? SG_INFO_CHECK : SG_INFO_OK, largestNumber));
     return answer;
@@ -155,8 +153,7 @@ driveAnswer driveAt(const jsonPlace& place) {
 
 /// One answer, or a list of answers to be used in turn.
 template <typename Answer>
-void answersAt(const jsonPlace& node, const char* name, answers<Answer>& target,
-               Answer (*read)(const jsonPlace&)) {
+void answersAt(const jsonPlace& node, const char* name, answers<Answer>& target, Answer (*read)(const jsonPlace&)) {
     const auto place = node.find(name);
     if (!place)
         return;
@@ -165,16 +162,15 @@ void answersAt(const jsonPlace& node, const char* name, answers<Answer>& target,
         return;
     }
     std::vector<Answer> list;
-    place->forEachElement("a list of answers",
-                          [&](const jsonPlace& element) { list.push_back(read(element)); });
+    place->forEachElement("a list of answers", [&](const jsonPlace& element) { list.push_back(read(element)); });
     if (list.empty())
         place->fail("at least one answer");
     target = list;
 }
 
 node nodeAt(const jsonPlace& place) {
-    place.allowMembers({"open", "sgVersion", "emulated", "address", "inquiry", "serialPage", "identify",
-                        "task", "opticalCapability"});
+    place.allowMembers(
+        {"open", "sgVersion", "emulated", "address", "inquiry", "serialPage", "identify", "task", "opticalCapability"});
     node result;
     answersAt(place, "open", result.open, openAt);
     answersAt(place, "sgVersion", result.sgVersion, numberAt);
@@ -207,9 +203,9 @@ machine machineAt(const jsonPlace& place) {
         }
     }
     if (const auto nodes = place.find("nodes")) {
-        nodes->forEachMember(
-            "an object of nodes by path",
-            [&result](const std::string& path, const jsonPlace& node) { result.nodes[path] = nodeAt(node); });
+        nodes->forEachMember("an object of nodes by path", [&result](const std::string& path, const jsonPlace& node) {
+            result.nodes[path] = nodeAt(node);
+        });
     }
     return result;
 }

@@ -32,11 +32,7 @@ simulator::kernel* loaded = nullptr; // never destroyed: calls come until the ve
 
 } // namespace
 
-simulator::kernel* simulator::activeKernel() {
-    return loaded;
-}
+simulator::kernel* simulator::activeKernel() { return loaded; }
 
 // The mark by which a program tells that the library is there.
-extern "C" __attribute__((visibility("default"))) bool scsidevMachineIsSimulated() {
-    return loaded != nullptr;
-}
+extern "C" __attribute__((visibility("default"))) bool scsidevMachineIsSimulated() { return loaded != nullptr; }

@@ -93,8 +93,7 @@ requestResult sgIo(node& node, sg_io_hdr& header) {
     return {};
 }
 
-requestResult driveCommand(answers<driveAnswer>& replies, unsigned char* target, std::size_t room,
-                           int refusal) {
+requestResult driveCommand(answers<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
     if (replies.empty())
         return {0, refusal};
     const driveAnswer& reply = replies.next();
@@ -129,15 +128,11 @@ requestResult address(answers<addressAnswer>& replies, sg_scsi_id* id) {
     return {};
 }
 
-requestResult written(requestResult result) {
-    return {0, result.error};
-}
+requestResult written(requestResult result) { return {0, result.error}; }
 
 /// What a node says to a request that its driver does not know. An sg node that was opened for reading
 /// refuses it.
-int refusalOf(const std::string& path) {
-    return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY;
-}
+int refusalOf(const std::string& path) { return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY; }
 
 } // namespace
 
@@ -152,14 +147,13 @@ requestResult answer(const std::string& path, node& node, unsigned long request,
     case SG_GET_SCSI_ID:
         return address(node.address, static_cast<sg_scsi_id*>(argument));
     case SG_IO:
-        return node.inquiry.empty() ? requestResult{0, EINVAL}
-                                    : sgIo(node, *static_cast<sg_io_hdr*>(argument));
+        return node.inquiry.empty() ? requestResult{0, EINVAL} : sgIo(node, *static_cast<sg_io_hdr*>(argument));
     case CDROM_GET_CAPABILITY:
         return number(node.opticalCapability, refusal, nullptr);
     case HDIO_DRIVE_CMD:
-        return registers[0] == identifyOpcode ? driveCommand(node.identify, registers + registerBytes,
-                                                             registers[3] * sectorSize, refusal)
-                                              : requestResult{0, node.identify.empty() ? refusal : EIO};
+        return registers[0] == identifyOpcode
+                   ? driveCommand(node.identify, registers + registerBytes, registers[3] * sectorSize, refusal)
+                   : requestResult{0, node.identify.empty() ? refusal : EIO};
     case HDIO_DRIVE_TASK:
         return driveCommand(node.task, registers, taskBytes, refusal);
     default:

@@ -32,9 +32,8 @@ protected:
         strings nodes;
         for (const std::string& path : each(associations, "Dependent")) {
             const std::size_t begin = path.find("DeviceID=\"");
-            nodes.push_back(begin == std::string::npos
-                                ? ""
-                                : path.substr(begin + 10, path.find('"', begin + 10) - begin - 10));
+            nodes.push_back(
+                begin == std::string::npos ? "" : path.substr(begin + 10, path.find('"', begin + 10) - begin - 10));
         }
         return nodes;
     }
@@ -47,18 +46,16 @@ TEST_F(Associations, TieEachDeviceToItsFirmware) {
     query({element});
     const auto associations = query({firmware});
     ASSERT_EQ(associations.size(), 1U);
-    EXPECT_EQ(
-        associations[0],
-        (properties{
-            {"class", firmware},
-            {"Purpose", "6"},
-            {"LoadedOnDevice", "true"},
-            {"UpgradeableOnDevice", "true"},
-            {"Dependent", "KORVA_SCSIDevice.CreationClassName=\"KORVA_SCSIDevice\",DeviceID=\"/dev/sg0\","
-                          "SystemCreationClassName=\"KORVA_ComputerSystem\",SystemName=\"rack-07\""},
-            {"Antecedent", "KORVA_SysBusDeviceFirmwareElement.Name=\"SCSI Device\","
-                           "SoftwareElementId=\"Port:1|Target:3|Bus:0|Lun:10\",SoftwareElementState=2,"
-                           "TargetOperatingSystem=58,Version=\"0001\""}}));
+    EXPECT_EQ(associations[0],
+              (properties{{"class", firmware},
+                          {"Purpose", "6"},
+                          {"LoadedOnDevice", "true"},
+                          {"UpgradeableOnDevice", "true"},
+                          {"Dependent", "KORVA_SCSIDevice.CreationClassName=\"KORVA_SCSIDevice\",DeviceID=\"/dev/sg0\","
+                                        "SystemCreationClassName=\"KORVA_ComputerSystem\",SystemName=\"rack-07\""},
+                          {"Antecedent", "KORVA_SysBusDeviceFirmwareElement.Name=\"SCSI Device\","
+                                         "SoftwareElementId=\"Port:1|Target:3|Bus:0|Lun:10\",SoftwareElementState=2,"
+                                         "TargetOperatingSystem=58,Version=\"0001\""}}));
     const auto& written = namespace_.instances().back()->properties();
     EXPECT_EQ(written[0].first, "Dependent");
     EXPECT_EQ(written[1].first, "Antecedent");

@@ -54,21 +54,19 @@ TEST_F(AtaInterface, DoesNotIdentifyAnOpticalDrive) {
     at("/dev/hda").opticalCapability = numberAnswer{0x2FFFFF, 0}; // success is any answer but -1
     EXPECT_EQ(send(identifyDevice), "device is a cdrom");
     EXPECT_EQ(takeLog(), strings{"3 Aborting inquiry to cdrom..."});
-    EXPECT_EQ(calls(), (strings{"open /dev/hd0", "open /dev/hda", "ioctl /dev/hda CDROM_GET_CAPABILITY",
-                                "close /dev/hda"}));
+    EXPECT_EQ(calls(),
+              (strings{"open /dev/hd0", "open /dev/hda", "ioctl /dev/hda CDROM_GET_CAPABILITY", "close /dev/hda"}));
     EXPECT_EQ(out_[0], untouched);
 
     std::vector<unsigned char> identifyPacketDevice = identifyDevice;
     identifyPacketDevice[6] = 0xA1;
-    EXPECT_EQ(send(identifyPacketDevice), "ATA 0command returned fail: ")
-        << "only IDENTIFY DEVICE is guarded";
+    EXPECT_EQ(send(identifyPacketDevice), "ATA 0command returned fail: ") << "only IDENTIFY DEVICE is guarded";
 }
 
 TEST_F(AtaInterface, ReturnsTheTaskRegistersOfSmartStatus) {
     at("/dev/hda").task = driveAnswer{0, {0x50, 0x01, 0x02, 0x03, 0xF4, 0x2C, 0x06}};
     EXPECT_EQ(send(smartReturnStatus, &ataInterface::executeCommand, 6), "");
-    EXPECT_TRUE(
-        std::equal(out_, out_ + 6, std::vector<unsigned char>{0x01, 0x02, 0x03, 0xF4, 0x2C, 0x06}.begin()));
+    EXPECT_TRUE(std::equal(out_, out_ + 6, std::vector<unsigned char>{0x01, 0x02, 0x03, 0xF4, 0x2C, 0x06}.begin()));
     EXPECT_EQ(calls()[2], "ioctl /dev/hda HDIO_DRIVE_TASK b0 da 00 00 4f c2 00");
 }
 

@@ -36,9 +36,8 @@ TEST_F(DeviceHandle, TriesTheNumberedNodeBeforeTheLetteredOne) {
         EXPECT_EQ(device_.devicePath, c.path);
         EXPECT_EQ(device_.fd >= 0, c.result == 1);
     }
-    EXPECT_EQ(calls(),
-              (strings{"open /dev/sg0", "close /dev/sg0", "open /dev/sd2", "open /dev/sdc", "close /dev/sdc",
-                       "open /dev/sd0", "open /dev/sda", "open /dev/hd26", "open /dev/hd{"}));
+    EXPECT_EQ(calls(), (strings{"open /dev/sg0", "close /dev/sg0", "open /dev/sd2", "open /dev/sdc", "close /dev/sdc",
+                                "open /dev/sd0", "open /dev/sda", "open /dev/hd26", "open /dev/hd{"}));
     EXPECT_EQ(device_.GetDevice("/dev/sg", 65536), 1) << "the number is taken as 16 bits";
 }
 

@@ -34,8 +34,7 @@ TEST_F(Plugin, WritesTheSameSeventeenPropertiesOfEachDevice) {
         names.push_back(property.first);
     EXPECT_EQ(names, (strings{"CreationClassName", "SystemCreationClassName", "SystemName", "Caption", "Name",
                               "DeviceID", "ElementName", "ProductID", "VendorID", "Revision", "HostAdapterID",
-                              "TargetID", "Bus", "Lun", "DeviceType", "serialNum", "Model",
-                              "OtherIdentifyingInfo"}));
+                              "TargetID", "Bus", "Lun", "DeviceType", "serialNum", "Model", "OtherIdentifyingInfo"}));
 
     const properties inScsi{{"class", scsi},
                             {"CreationClassName", scsi},
@@ -79,8 +78,7 @@ TEST_F(Plugin, WritesAFirmwareElementForEachDevice) {
                                        {"Name", "SCSI Device"}}));
     EXPECT_EQ(elements[1].at("Name"), "ATA Device");
     EXPECT_EQ(elements[1].at("SoftwareElementId"), "/dev/hda");
-    EXPECT_EQ(each(query({element, ata}), "class"), (strings{element, ata}))
-        << "a device class that fits wins";
+    EXPECT_EQ(each(query({element, ata}), "class"), (strings{element, ata})) << "a device class that fits wins";
 
     busDevice strange = recordOf(7, "X", "");
     plugin_->StoreBusDevice(&strange);

@@ -22,9 +22,7 @@ std::string refusal(const std::string& text) {
 }
 
 /// A machine with /dev/sg0 whose INQUIRY is answered so.
-std::string withInquiry(const std::string& answer) {
-    return R"({"nodes": {"/dev/sg0": {"inquiry": )" + answer + "}}}";
-}
+std::string withInquiry(const std::string& answer) { return R"({"nodes": {"/dev/sg0": {"inquiry": )" + answer + "}}}"; }
 
 } // namespace
 
@@ -72,8 +70,7 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     } cases[] = {
         {"{\"name\": ", "file.json: not a JSON document: parse error at line 1, column 10"},
         {"[]", "file.json: the document: expected an object, found a list"},
-        {R"({"nam": "x"})",
-         "file.json: the document: unknown member \"nam\", expected one of name, modprobe,"},
+        {R"({"nam": "x"})", "file.json: the document: unknown member \"nam\", expected one of name, modprobe,"},
         {R"({"name": "a", "name": "b"})", "file.json: the member \"name\" stands twice in one object"},
         {R"({"name": "\u0100"})", "file.json: name: expected characters up to U+00FF, found \"\\u0100\""},
         {R"({"modprobe": 256})", "file.json: modprobe: expected a whole number from 0 to 255, found 256"},
@@ -81,11 +78,9 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {R"({"modprobe": 18446744073709551615})", "expected a whole number from 0 to 255"},
         {R"({"virtualDevices": {"0": "sr0"}})", "file.json: virtualDevices[0]: expected a list of texts"},
         {R"({"nodes": {"/dev/sg0": 1}})", "file.json: nodes[\"/dev/sg0\"]: expected an object, found 1"},
-        {R"({"nodes": {"/dev/sg0": {"open": false}}})",
-         "open: expected true, or the name of an error, found false"},
+        {R"({"nodes": {"/dev/sg0": {"open": false}}})", "open: expected true, or the name of an error, found false"},
         {R"({"nodes": {"/dev/sg0": {"address": {"host": 1}}}})", "address: expected a member \"channel\""},
-        {withInquiry(R"("EWHAT")"),
-         inquiryPlace + ": expected the name of an error, such as \"EIO\", found \"EWHAT\""},
+        {withInquiry(R"("EWHAT")"), inquiryPlace + ": expected the name of an error, such as \"EIO\", found \"EWHAT\""},
         {withInquiry("[]"), inquiryPlace + ": expected at least one answer"},
         {withInquiry(R"([{"data": "00"}, {"data": "000"}])"),
          inquiryPlace + "[1].data: expected pairs of hex digits, found \"000\""},

@@ -26,10 +26,7 @@ TEST(ChildProcess, ReturnsWhatTheCommandPrints) {
         {"standard error is not output", "sh", {"-c", "echo wrong >&2; echo right"}, "right\n"},
         {"standard input is empty", "cat", {}, ""},
         {"no such command", "no-such-command-here", {}, ""},
-        {"more than a pipe holds",
-         "sh",
-         {"-c", "head -c 200000 /dev/zero | tr '\\0' x"},
-         std::string(200000, 'x')},
+        {"more than a pipe holds", "sh", {"-c", "head -c 200000 /dev/zero | tr '\\0' x"}, std::string(200000, 'x')},
     };
     for (const auto& c : cases)
         EXPECT_EQ(outputOf(c.command, c.arguments, 10s), c.output) << c.why;
@@ -40,15 +37,12 @@ TEST(ChildProcess, ReturnsWhatTheCommandPrints) {
 TEST(ChildProcess, EndsACommandThatTakesTooLong) {
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(outputOf("sh", {"-c", "echo early; exec sleep 60"}, 200ms), "early\n");
-    EXPECT_EQ(outputOf("sh", {"-c", "exec >&-; exec sleep 60"}, 200ms), "")
-        << "its output closed, it still runs";
+    EXPECT_EQ(outputOf("sh", {"-c", "exec >&-; exec sleep 60"}, 200ms), "") << "its output closed, it still runs";
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
 }
 
-TEST(OsServices, GiveNothingForAMissingFile) {
-    EXPECT_EQ(NHALDEN20::TOSSpecific::CaptureFile("no-such-file"), "");
-}
+TEST(OsServices, GiveNothingForAMissingFile) { EXPECT_EQ(NHALDEN20::TOSSpecific::CaptureFile("no-such-file"), ""); }
 
 TEST(Values, AreIndependentCopies) {
     TCIMValue list(NHALDEN20::kCIMStringArray, 0, {TCIMValue("a"), TCIMValue("b")});
@@ -64,8 +58,7 @@ TEST(Namespace, EnumeratesAClassWithItsSubclassesInCommitOrder) {
     const auto commit = [&ns](const char* className) {
         ns.GetClass(className, {})->CreateInstance({})->AddToClass({});
     };
-    for (const char* name :
-         {"KORVA_ATADevice", "KORVA_CDVDDevice", "KORVA_SCSIDevice", "KORVA_SCSITapeDrive"})
+    for (const char* name : {"KORVA_ATADevice", "KORVA_CDVDDevice", "KORVA_SCSIDevice", "KORVA_SCSITapeDrive"})
         commit(name);
     ns.GetClass("KORVA_SCSIDevice", {})->CreateInstance({}); // not committed
     std::vector<boost::shared_ptr<NHALDEN20::ICIMInstance>> found;

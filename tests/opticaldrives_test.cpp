@@ -122,8 +122,7 @@ TEST_F(Plugin, LeavesOutVirtualOpticalDrives) {
     minihost::setVirtualDevices(1, {"the drive sr01"});
     plugin_->Init();
     EXPECT_EQ(each(query(optical), "Name"), strings{"sr1"});
-    EXPECT_EQ(takeLog().back(),
-              "3 TScsidevPluginCallbacks::IterateCDromdrives : Ignoring Virtual Device sr0");
+    EXPECT_EQ(takeLog().back(), "3 TScsidevPluginCallbacks::IterateCDromdrives : Ignoring Virtual Device sr0");
 }
 
 TEST_F(Plugin, PassesOverTheTableForEachClassUntilAnotherOne) {

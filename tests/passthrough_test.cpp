@@ -145,8 +145,7 @@ TEST_F(PassThrough, RetriesWhatPassesAndReportsWhatDoesNot) {
     const scsiAnswer attention = check(6, 0x29, 0), markedAttention = check(0x86, 0x29, 0);
     const scsiAnswer becomingReady = check(2, 4, 1), notReady = check(2, 4, 2), noMedium = check(2, 0x3A, 0);
     const scsiAnswer changed = check(0, 0x28, 0), changedElsewhere = check(0, 0x28, 1);
-    const std::string retry = "3 Retry condition...", status = "3 SG SCSI status=\x02",
-                      driver = "3 SG Driver status=8";
+    const std::string retry = "3 Retry condition...", status = "3 SG SCSI status=\x02", driver = "3 SG Driver status=8";
     const auto sense = [](const std::string& key, const std::string& codes) {
         return "3 SCSI sense data: 700" + key + "0000a0000" + codes + "0000";
     };
@@ -158,11 +157,7 @@ TEST_F(PassThrough, RetriesWhatPassesAndReportsWhatDoesNot) {
         strings log;
     } cases[] = {
         {"unit attention, then good", {attention, good}, 0, 5, {retry, sense("6", "290"), status, driver}},
-        {"key 6 below the filemark bit",
-         {markedAttention, good},
-         0,
-         5,
-         {retry, sense("86", "290"), status, driver}},
+        {"key 6 below the filemark bit", {markedAttention, good}, 0, 5, {retry, sense("86", "290"), status, driver}},
         {"becoming ready", {becomingReady, good}, 0, 5, {retry, sense("2", "41"), status, driver}},
         {"medium may have changed", {changed, good}, 0, 5, {retry, sense("0", "280"), status, driver}},
         {"not ready for another reason", {notReady, good}, -1, 0, {sense("2", "42"), status, driver}},

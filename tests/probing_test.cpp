@@ -38,10 +38,10 @@ TEST_F(Plugin, ProbesADiskWithThePrescribedCalls) {
                        "ioctl /dev/sg0 SG_IO 12 01 80 00 ff 00 length 36", "close /dev/sg0"}));
     EXPECT_EQ(calls().size(), 1U + 8 + 31 * 2 + 32 * 2) << "absent nodes are opened by two names and no more";
     EXPECT_EQ(calls().back(), "open /dev/hd\x80") << "index 31 is the last; letters run past z";
-    EXPECT_EQ(sgPart(takeLog()), (strings{"3 SCSI Inquiry returned good...",
-                                          "3 Vendor: ACME\nProduct: ROADRUNNER 4000\nFirmware Level: 1.02\n",
-                                          "3 Get SCSI ID passed...", "3 Trying serial number...",
-                                          "3 Serial Number:   SN-0001"}));
+    EXPECT_EQ(
+        sgPart(takeLog()),
+        (strings{"3 SCSI Inquiry returned good...", "3 Vendor: ACME\nProduct: ROADRUNNER 4000\nFirmware Level: 1.02\n",
+                 "3 Get SCSI ID passed...", "3 Trying serial number...", "3 Serial Number:   SN-0001"}));
     ASSERT_EQ(found.size(), 1U);
     EXPECT_EQ(found[0].at("OtherIdentifyingInfo"), "{Port:2|Target:3|Bus:1|Lun:4}");
     EXPECT_EQ(found[0].at("serialNum"), "  SN-0001");
@@ -54,18 +54,16 @@ TEST_F(Plugin, TakesTextsAsTheDeviceSendsThem) {
         scsiAnswer answer;
         std::string vendor, product, type;
     } cases[] = {
-        {"outer blanks and tabs go", inquiry(13, " \tACME\t ", "\t A  B \t"), "ACME", "A  B",
-         "Enclosure Device"},
-        {"a text of blanks stays", inquiry(13, "ACME", "\t"), "ACME", "\t" + std::string(15, ' '),
-         "Enclosure Device"},
+        {"outer blanks and tabs go", inquiry(13, " \tACME\t ", "\t A  B \t"), "ACME", "A  B", "Enclosure Device"},
+        {"a text of blanks stays", inquiry(13, "ACME", "\t"), "ACME", "\t" + std::string(15, ' '), "Enclosure Device"},
         {"no product: the vendor", inquiry(13, "ACME", nul), "ACME", "ACME", "Enclosure Device"},
         {"a text ends at its zero byte", inquiry(13, "AC" + nul + "ME", "X" + nul + "Y"), "AC", "X",
          "Enclosure Device"},
         {"any byte may stand in it", inquiry(13, "\xff\x1b[2J", "\x01\"\\"), "\xff\x1b[2J", "\x01\"\\",
          "Enclosure Device"},
         {"four bits are the type", inquiry(0x31, "ACME", "X"), "ACME", "X", "Sequential Access Device"},
-        {"qualifier bits make it no disk", inquiry(0x20, "ACME", std::string(16, ' ')), "ACME",
-         std::string(16, ' '), "Direct Access Device"},
+        {"qualifier bits make it no disk", inquiry(0x20, "ACME", std::string(16, ' ')), "ACME", std::string(16, ' '),
+         "Direct Access Device"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
@@ -142,10 +140,9 @@ TEST_F(Plugin, LeavesOutVirtualMedia) {
         takeLog();
         EXPECT_EQ(query(scsiDevices).size(), c.stored ? 1U : 0U);
         const bool listed = std::string(c.path) == "/dev/sg4" && c.type < 2;
-        EXPECT_EQ(
-            testing::Matches(testing::Contains(
-                "3 TScsidevPluginCallbacks::collectData : Ignoring Virtual Device /dev/sg4"))(takeLog()),
-            listed);
+        EXPECT_EQ(testing::Matches(testing::Contains(
+                      "3 TScsidevPluginCallbacks::collectData : Ignoring Virtual Device /dev/sg4"))(takeLog()),
+                  listed);
     }
 }
 
@@ -183,8 +180,7 @@ TEST_F(Plugin, AsksAnAtaDiskBehindAScsiNodeAgain) {
     EXPECT_THAT(calls(), testing::IsSupersetOf({"close /dev/sg2", "open /dev/sd2", "open /dev/sdc"}));
 
     block.identify = simulator::driveAnswer{EIO, {}};
-    EXPECT_EQ(each(query(scsiDevices), "VendorID"), strings{"ATA"})
-        << "a failed IDENTIFY leaves the first record";
+    EXPECT_EQ(each(query(scsiDevices), "VendorID"), strings{"ATA"}) << "a failed IDENTIFY leaves the first record";
     machine().nodes.erase("/dev/sdc");
     EXPECT_EQ(each(query(scsiDevices), "VendorID"), strings{"ATA"});
     EXPECT_THAT(calls(), testing::Contains("ioctl closed HDIO_DRIVE_CMD ec 00 00 01"));

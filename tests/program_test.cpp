@@ -26,8 +26,8 @@ const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
 const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";
 const std::string oddPlugin = "--plugin " TEST_DIRECTORY "/libodd-plugin.so";
 const std::string machines = SOURCE_DIRECTORY "/machines/";
-const std::string onRackServer = "SCSIDEV_MACHINE=" + machines +
-                                 "rack-server.json LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
+const std::string onRackServer =
+    "SCSIDEV_MACHINE=" + machines + "rack-server.json LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
 
 std::string contentOf(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -45,8 +45,8 @@ protected:
     void run(std::string command) {
         if (const std::size_t mark = command.find('%'); mark != std::string::npos)
             command.replace(mark, 1, program);
-        const std::string script = "cd " + work().string() + " && export TMPDIR=" + work().string() +
-                                   " && { " + command + "; } >../out 2>../err";
+        const std::string script = "cd " + work().string() + " && export TMPDIR=" + work().string() + " && { " +
+                                   command + "; } >../out 2>../err";
         const int result = std::system(script.c_str());
         status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
         output = contentOf(root_ / "out");
@@ -92,12 +92,10 @@ TEST_F(Program, RefusesWrongUsage) {
         const char *arguments, *message;
     } cases[] = {
         {"''", "an empty class name in the query ''"},
-        {"KORVA_SCSIDevice,,KORVA_ATADevice",
-         "an empty class name in the query 'KORVA_SCSIDevice,,KORVA_ATADevice'"},
+        {"KORVA_SCSIDevice,,KORVA_ATADevice", "an empty class name in the query 'KORVA_SCSIDevice,,KORVA_ATADevice'"},
         {"KORVA_SCSIDevice,", "an empty class name"},
-        {"KORVA_CDVDevice",
-         "unknown class 'KORVA_CDVDevice' (did you mean KORVA_CDVDDevice?); the classes are "
-         "KORVA_SysBusDevice, KORVA_SCSIDevice, "},
+        {"KORVA_CDVDevice", "unknown class 'KORVA_CDVDevice' (did you mean KORVA_CDVDDevice?); the classes are "
+                            "KORVA_SysBusDevice, KORVA_SCSIDevice, "},
         {"--fromat json", "unknown option '--fromat' (did you mean --format?)"},
         {"--format xml", "--format: expected one of json, table, found 'xml'"},
         {"--log-level 3x", "--log-level: expected a whole number from 0 up, found '3x'"},
@@ -124,15 +122,13 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
          "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
         {"% --plugin missing.so", "missing.so: cannot open shared object file"},
         {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
-        {"ODD_PLUGIN=nothing % " + oddPlugin,
-         "expected the library to register one plug-in, it registered 0"},
+        {"ODD_PLUGIN=nothing % " + oddPlugin, "expected the library to register one plug-in, it registered 0"},
         {"ODD_PLUGIN=load % " + oddPlugin, "a plug-in that fails while it is loaded: odd \\x1b[2J load"},
         {"ODD_PLUGIN=init % " + oddPlugin, "Init failed: odd \\x1b[2J init"},
         {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
         {"% --machine " + machines + "empty.json --format json >/dev/full", "No space left on device"},
         {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
-        {"SCSIDEV_MACHINE=" + machines + "empty.json % --machine " + machines + "empty.json",
-         "was not preloaded"},
+        {"SCSIDEV_MACHINE=" + machines + "empty.json % --machine " + machines + "empty.json", "was not preloaded"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.command);
@@ -207,8 +203,8 @@ TEST_F(Program, ExplainsWhyThereIsNothingToSee) {
     const bool root = ::geteuid() == 0;
     run("% --machine " + refused);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(errors, std::string(root ? "" : "not running as root: ") +
-                          "2 of 3 device nodes could not be opened" + (root ? "\n" : "; try sudo\n"));
+    EXPECT_EQ(errors, std::string(root ? "" : "not running as root: ") + "2 of 3 device nodes could not be opened" +
+                          (root ? "\n" : "; try sudo\n"));
 }
 
 TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
@@ -217,8 +213,8 @@ TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
         std::vector<const char*> texts;
     } cases[] = {
         {"sg_inq /dev/sg0",
-         {"Vendor identification: NORDHAV", "Product identification: MERIDIAN 600-10K",
-          "Product revision level: NH04", "PDT=0", "version=0x06"}},
+         {"Vendor identification: NORDHAV", "Product identification: MERIDIAN 600-10K", "Product revision level: NH04",
+          "PDT=0", "version=0x06"}},
         {"sg_inq --page=0x80 /dev/sg0", {"Unit serial number: NM6A0017F3C2"}},
         {"sg_inq --page=0x80 /dev/sg7; true", {"field in cdb illegal"}},
         {"sg_inq /dev/sg11; true", {"No such file or directory"}},
@@ -243,11 +239,11 @@ TEST_F(Program, ThePluginBringsNothingAndNeedsOnlyTheContract) {
     run("nm -D --defined-only " + plugin);
     EXPECT_EQ(output, "") << "no exported symbols";
     run("nm -DC --undefined-only " + plugin);
-    EXPECT_THAT(output, AllOf(HasSubstr("NHALDEN20::TRootObject::GetPluginManager()"),
-                              Not(HasSubstr("minihost")), Not(HasSubstr("simulator"))));
+    EXPECT_THAT(output, AllOf(HasSubstr("NHALDEN20::TRootObject::GetPluginManager()"), Not(HasSubstr("minihost")),
+                              Not(HasSubstr("simulator"))));
     run("readelf -dW " + plugin);
-    EXPECT_THAT(output, AllOf(HasSubstr("Library runpath: [$ORIGIN]"), HasSubstr("BIND_NOW"),
-                              Not(HasSubstr("TEXTREL"))));
+    EXPECT_THAT(output,
+                AllOf(HasSubstr("Library runpath: [$ORIGIN]"), HasSubstr("BIND_NOW"), Not(HasSubstr("TEXTREL"))));
     run("readelf -lW " + plugin);
     EXPECT_THAT(output, HasSubstr("GNU_RELRO"));
 }

@@ -22,18 +22,14 @@ std::string padded(std::string text, std::size_t size) {
     return text;
 }
 
-simulator::bytes bytesOf(const std::string& text) {
-    return {text.begin(), text.end()};
-}
+simulator::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 struct asText {
     std::string operator()(std::monostate /*empty*/) const { return "(empty)"; }
     std::string operator()(const std::string& text) const { return text; }
     std::string operator()(bool flag) const { return flag ? "true" : "false"; }
     std::string operator()(std::uint16_t number) const { return std::to_string(number); }
-    std::string operator()(const NHALDEN20::TCIMReference& reference) const {
-        return minihost::objectPath(reference);
-    }
+    std::string operator()(const NHALDEN20::TCIMReference& reference) const { return minihost::objectPath(reference); }
     std::string operator()(const std::vector<NHALDEN20::TCIMValue>& elements) const {
         std::string text;
         for (const auto& element : elements)
@@ -44,9 +40,7 @@ struct asText {
 
 } // namespace
 
-simulator::kernel* simulator::activeKernel() {
-    return installed;
-}
+simulator::kernel* simulator::activeKernel() { return installed; }
 
 SimulatedMachine::SimulatedMachine() : kernel_(simulator::machine(), simulator::kernel::calls::kept) {
     installed = &kernel_;
@@ -74,9 +68,7 @@ simulator::node& SimulatedMachine::sgNode(const std::string& path, const simulat
     return node;
 }
 
-strings SimulatedMachine::takeLog() {
-    return std::exchange(log_, {});
-}
+strings SimulatedMachine::takeLog() { return std::exchange(log_, {}); }
 
 TScsidevPluginCallbacks::classList Plugin::classes(const strings& names) {
     TScsidevPluginCallbacks::classList list;
@@ -112,11 +104,11 @@ strings Plugin::each(const std::vector<properties>& instances, const std::string
     return values;
 }
 
-simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor,
-                              const std::string& product, const std::string& revision) {
+simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product,
+                              const std::string& revision) {
     simulator::scsiAnswer answer;
-    answer.data = bytesOf(std::string("\0\0\5\2\37\0\0\0", 8) + padded(vendor, 8) + padded(product, 16) +
-                          padded(revision, 4));
+    answer.data =
+        bytesOf(std::string("\0\0\5\2\37\0\0\0", 8) + padded(vendor, 8) + padded(product, 16) + padded(revision, 4));
     answer.data[0] = peripheralByte;
     return answer;
 }

@@ -19,11 +19,7 @@ TEST_F(Plugin, TakesWhatStandsBehindTheFirstColon) {
     const struct {
         const char *text, *rest;
     } cases[] = {
-        {"drive name:\t\tsr0", "\t\tsr0"},
-        {"no colon", "no colon"},
-        {"a:b:c", "b:c"},
-        {"ends:", ""},
-        {"", ""},
+        {"drive name:\t\tsr0", "\t\tsr0"}, {"no colon", "no colon"}, {"a:b:c", "b:c"}, {"ends:", ""}, {"", ""},
     };
     for (const auto& c : cases)
         EXPECT_EQ(plugin_->ColonFilter(c.text), c.rest) << c.text;

@@ -22,8 +22,8 @@ namespace NHALDEN20 __attribute__((visibility("default"))) {
 
         /// Calls `callback` for each committed instance of the class, in commit order, until it returns
         /// false.
-        virtual void EnumerateInstances(boost::function<bool(boost::shared_ptr<ICIMInstance>)> callback,
-                                        bool flag, const TContext& context) = 0;
+        virtual void EnumerateInstances(boost::function<bool(boost::shared_ptr<ICIMInstance>)> callback, bool flag,
+                                        const TContext& context) = 0;
 
         ICIMClass() = default;
         ICIMClass(const ICIMClass&) = delete;

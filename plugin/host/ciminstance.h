@@ -34,8 +34,7 @@ namespace NHALDEN20 __attribute__((visibility("default"))) {
         virtual boost::shared_ptr<ICIMPropertyHandle> GetPropertyHandle(const std::string& name,
                                                                         const TContext& context) = 0;
 
-        virtual void SetProperty(const std::string& name, const TCIMValue& value,
-                                 const TContext& context) = 0;
+        virtual void SetProperty(const std::string& name, const TCIMValue& value, const TContext& context) = 0;
 
         /// Commits the filled instance into its class in the namespace.
         void AddToClass(TContext context) { CommitToClass(context); }
