@@ -8,7 +8,4 @@ namespace inventory {
 /// newline as \n, tab as \t, any other byte outside 0x20..0x7E as \x and two lower-case hex digits.
 std::string escaped(const std::string& text);
 
-/// `text` in UTF-8 with every byte as the code point of the same number.
-std::string bytesAsCodePoints(const std::string& text);
-
 } // namespace inventory

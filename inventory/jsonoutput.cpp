@@ -1,7 +1,7 @@
 #include "inventory/jsonoutput.h"
 
-#include "inventory/escape.h"
 #include "minihost/cimcontent.h"
+#include "simulator/codepoints.h"
 
 #include <nlohmann/json.hpp>
 
@@ -10,6 +10,7 @@
 namespace inventory {
 
 using json = nlohmann::ordered_json;
+using simulator::bytesAsCodePoints;
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "inventory/escape.h"
 #include "inventory/jsonoutput.h"
 #include "inventory/options.h"
+#include "inventory/preloadedrun.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
 #include "inventory/scratchdirectory.h"
-#include "inventory/simulatedrun.h"
 #include "inventory/tableoutput.h"
 #include "minihost/minihost.h"
 
@@ -56,11 +56,15 @@ void writeResult(const inventory::runResult& result, inventory::outputFormat for
 int show(inventory::options options, char* const* argv) {
     if (!options.machineFile.empty())
         inventory::simulateMachine(options, argv);
+    if (!options.recordFile.empty())
+        inventory::startRecording(options, argv);
     logToStandardError(options.logLevel);
     minihost::memoryNamespace ns;
     const inventory::runResult result = inventory::run(options, ns);
     writeResult(result, options.format);
     inventory::writeRemarks(result, inventory::isSimulated(), std::cerr);
+    if (!options.recordFile.empty())
+        inventory::writeRecording(options);
     if (result.failed())
         writeError("the query failed: " + *result.queries.back().error);
     return result.failed() ? failed : succeeded;

@@ -112,6 +112,11 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
         ->allow_extra_args(false);
     app.add_option("--machine", options.machineFile, "Show the simulated machine of this file instead")
         ->type_name("FILE");
+    app.add_option("--record", options.recordFile,
+                   "Record this machine's answers into a machine file, for a\n"
+                   "bug report; serial numbers are part of it")
+        ->type_name("FILE");
+    app.add_flag("--force", options.force, "Let --record replace the file");
     app.add_option("--plugin", options.plugin, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
     app.footer("\nExamples:\n"
                "  scsidev-inventory KORVA_SCSIDevice,KORVA_SCSITapeDrive\n"
@@ -138,7 +143,10 @@ void check(const rawOptions& raw, options& options) {
         options.queries.push_back(parseQuery(query));
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
+    if (options.force && options.recordFile.empty())
+        throw usageError("--force goes with --record only");
     options.machineFile = absolutePath(options.machineFile);
+    options.recordFile = absolutePath(options.recordFile);
     options.plugin = options.plugin.empty() ? installedFile("libscsidev.pi.so") : absolutePath(options.plugin);
 }
 

@@ -15,6 +15,8 @@ struct options {
     std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
     std::string machineFile;                    ///< empty: this machine
     std::string plugin;
+    std::string recordFile; ///< empty: nothing is recorded
+    bool force = false;     ///< the file to record into may be replaced
 };
 
 /// The outcome of reading a command line: options to run with, or a text to print and an exit status.

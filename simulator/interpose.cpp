@@ -3,6 +3,7 @@
 // builds call other names, so these stand here too.
 
 #include "simulator/kernel.h"
+#include "simulator/recorder.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -20,7 +21,9 @@
 #include <vector>
 
 using simulator::activeKernel;
+using simulator::activeRecorder;
 using simulator::kernel;
+using simulator::recorder;
 
 namespace {
 
@@ -33,21 +36,45 @@ Function* behind(const char* name) {
 using openCall = int(const char*, int, mode_t);
 using fopenCall = FILE*(const char*, const char*);
 
-int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
-    if (kernel* simulated = activeKernel()) {
-        if (kernel::owns(path))
-            return simulated->open(path);
-        if (std::strcmp(path, simulator::opticalTablePath) == 0)
-            return simulated->openOpticalTable();
+/// The kernel that answers for `path`, or null for the real one.
+kernel* owner(const char* path) {
+    kernel* const simulated = activeKernel();
+    return simulated != nullptr && kernel::owns(path) ? simulated : nullptr;
+}
+
+/// The kernel that answers for `fd`, or null for the real one. A descriptor that is none belongs to any.
+kernel* owner(int fd) {
+    kernel* const simulated = activeKernel();
+    return simulated != nullptr && (fd < 0 || simulated->owns(fd)) ? simulated : nullptr;
+}
+
+bool isSimulatedTable(const char* path) {
+    return activeKernel() != nullptr && std::strcmp(path, simulator::opticalTablePath) == 0;
+}
+
+/// Tells the recorder, if there is one, without touching errno.
+template <typename Tell>
+void tellRecorder(Tell tell) {
+    if (recorder* const recording = activeRecorder()) {
+        const int error = errno;
+        tell(*recording, error);
+        errno = error;
     }
-    return realOpen(path, flags, mode);
+}
+
+int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
+    if (isSimulatedTable(path))
+        return activeKernel()->openOpticalTable();
+    kernel* const simulated = owner(path);
+    const int fd = simulated != nullptr ? simulated->open(path) : realOpen(path, flags, mode);
+    tellRecorder([&](recorder& recording, int error) { recording.opened(path, fd, error); });
+    return fd;
 }
 
 FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
-    kernel* simulated = activeKernel();
-    if (simulated == nullptr || std::strcmp(path, simulator::opticalTablePath) != 0)
+    if (!isSimulatedTable(path))
         return realFopen(path, mode);
-    const int fd = simulated->openOpticalTable();
+    const int fd = activeKernel()->openOpticalTable();
     return fd < 0 ? nullptr : ::fdopen(fd, mode);
 }
 
@@ -73,7 +100,10 @@ public:
         const auto found = std::find_if(list_.begin(), list_.end() - 1, [](const char* argument) {
             return std::strcmp(argument, simulator::opticalTablePath) == 0;
         });
-        if (simulated == nullptr || found == list_.end() - 1)
+        if (found == list_.end() - 1)
+            return;
+        tellRecorder([](recorder& recording, int /*error*/) { recording.readsOpticalTable(); });
+        if (simulated == nullptr)
             return;
         table_ = simulated->openOpticalTable();
         path_ = "/dev/fd/" + std::to_string(table_); // no file at all where the machine has no table
@@ -134,8 +164,9 @@ FILE* fopen64(const char* path, const char* mode) {
 
 int close(int fd) {
     static auto* const real = behind<int(int)>("close");
-    kernel* simulated = activeKernel();
-    return simulated != nullptr && simulated->owns(fd) ? simulated->close(fd) : real(fd);
+    tellRecorder([fd](recorder& recording, int /*error*/) { recording.closed(fd); });
+    kernel* const simulated = owner(fd);
+    return simulated != nullptr ? simulated->close(fd) : real(fd);
 }
 
 int ioctl(int fd, unsigned long request, ...) noexcept {
@@ -144,9 +175,10 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
-    kernel* simulated = activeKernel();
-    return simulated != nullptr && (fd < 0 || simulated->owns(fd)) ? simulated->ioctl(fd, request, argument)
-                                                                   : real(fd, request, argument);
+    kernel* const simulated = owner(fd);
+    const int result = simulated != nullptr ? simulated->ioctl(fd, request, argument) : real(fd, request, argument);
+    tellRecorder([&](recorder& recording, int error) { recording.answered(fd, request, argument, result, error); });
+    return result;
 }
 
 unsigned sleep(unsigned seconds) {
@@ -160,9 +192,14 @@ unsigned sleep(unsigned seconds) {
 
 int system(const char* command) {
     static auto* const real = behind<int(const char*)>("system");
-    kernel* simulated = activeKernel();
+    if (command == nullptr)
+        return real(command);
     int status = 0;
-    return simulated != nullptr && command != nullptr && simulated->system(command, status) ? status : real(command);
+    kernel* const simulated = activeKernel();
+    if (simulated == nullptr || !simulated->system(command, status))
+        status = real(command);
+    tellRecorder([&](recorder& recording, int /*error*/) { recording.ran(command, status); });
+    return status;
 }
 
 int gethostname(char* name, std::size_t size) noexcept { return hostName(name, size); }

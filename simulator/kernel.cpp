@@ -1,6 +1,7 @@
 #include "simulator/kernel.h"
 
 #include "simulator/requests.h"
+#include "simulator/shellcommand.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -58,6 +59,8 @@ int kernel::openOpticalTable() {
 }
 
 int kernel::close(int fd) {
+    if (!owns(fd))
+        return fail(EBADF);
     note([&] { return "close " + open_[fd]; });
     open_.erase(fd);
     return ::close(fd);
@@ -80,19 +83,19 @@ void kernel::sleep(unsigned seconds) {
 }
 
 bool kernel::system(const std::string& command, int& status) {
-    const auto startsWith = [&command](const char* name) {
-        return command.rfind(name, 0) == 0;
-    };
-    const std::size_t redirection = command.rfind("> ");
-    if (startsWith("modprobe ")) {
-        status = machine_.modprobeStatus << 8;
-    } else if (startsWith("hwinfo ") && redirection != std::string::npos) {
-        std::ofstream(command.substr(redirection + 2), std::ios::binary) << machine_.usbListing;
-        status = 0;
-    } else if (startsWith("rm -f ")) {
-        std::remove(command.substr(6).c_str());
-        status = 0;
-    } else {
+    const shellCommand known = commandOf(command);
+    status = 0;
+    switch (known.kind) {
+    case shellCommand::modprobe:
+        status = (machine_.modprobe.empty() ? 0 : machine_.modprobe.next()) << 8;
+        break;
+    case shellCommand::usbQuery:
+        std::ofstream(known.file, std::ios::binary) << machine_.usbListing;
+        break;
+    case shellCommand::removal:
+        std::remove(known.file.c_str());
+        break;
+    case shellCommand::other:
         return false;
     }
     note([&] { return "system " + command; });

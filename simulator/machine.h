@@ -21,6 +21,8 @@ public:
     bool empty() const { return list_.empty(); }
     const std::vector<T>& all() const { return list_; }
 
+    void add(T answer) { list_.push_back(std::move(answer)); }
+
     /// The next answer. There must be one.
     const T& next() { return list_[position_ + 1 < list_.size() ? position_++ : position_]; }
 
@@ -52,6 +54,7 @@ struct scsiAnswer {
     unsigned short hostStatus = 0;
     unsigned short driverStatus = 0;
     unsigned info = 0;
+    std::optional<int> residual; ///< none: what the data leaves of the buffer
 };
 
 /// One HDIO request: an errno, or what the drive sent.
@@ -76,7 +79,7 @@ struct node {
 /// A machine as its kernel, its shell commands and its management controller show it.
 struct machine {
     std::string name = "simulated";
-    int modprobeStatus = 0;                     ///< exit status of any modprobe command
+    answers<int> modprobe;                      ///< exit status of any modprobe command; none: 0
     std::string usbListing;                     ///< what the USB query writes into its file
     std::optional<std::string> opticalTable;    ///< /proc/sys/dev/cdrom/info; none: there is no such file
     std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1

@@ -92,6 +92,8 @@ numberAnswer numberAt(const jsonPlace& place) {
                           : numberAnswer{place.number(-largestNumber, largestNumber), 0};
 }
 
+int exitStatusAt(const jsonPlace& place) { return place.number(0, largestByte); }
+
 numberAnswer openAt(const jsonPlace& place) {
     if (place.isText())
         return {0, errnoAt(place)};
@@ -124,7 +126,7 @@ scsiAnswer scsiAt(const jsonPlace& place) {
         answer.error = errnoAt(place);
         return answer;
     }
-    place.allowMembers({"data", "sense", "status", "maskedStatus", "hostStatus", "driverStatus", "info"});
+    place.allowMembers({"data", "sense", "status", "maskedStatus", "hostStatus", "driverStatus", "info", "residual"});
     if (const auto data = place.find("data"))
         answer.data = bytesAt(*data);
     if (const auto sense = place.find("sense"))
@@ -141,6 +143,8 @@ scsiAnswer scsiAt(const jsonPlace& place) {
     answer.driverStatus = static_cast<unsigned short>(numberOf("driverStatus", sensed ? driverSense : 0, 0xFFFF));
     const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
     answer.info = static_cast<unsigned>(numberOf("info", check ? SG_INFO_CHECK : SG_INFO_OK, largestNumber));
+    if (const auto residual = place.find("residual"))
+        answer.residual = residual->number(-largestNumber, largestNumber);
     return answer;
 }
 
@@ -189,8 +193,7 @@ machine machineAt(const jsonPlace& place) {
     machine result;
     if (const auto name = place.find("name"))
         result.name = name->text();
-    if (const auto modprobe = place.find("modprobe"))
-        result.modprobeStatus = modprobe->number(0, largestByte);
+    answersAt(place, "modprobe", result.modprobe, exitStatusAt);
     if (const auto usb = place.find("usb"))
         result.usbListing = linesAt(*usb);
     if (const auto table = place.find("opticalTable"))

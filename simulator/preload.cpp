@@ -1,8 +1,10 @@
-// The preload library: the machine file that the environment names takes the place of this machine's devices.
+// The preload library: the machine file that the environment names takes the place of this machine's devices, or what
+// this machine's devices answer is recorded.
 
 #include "simulator/preload.h"
 #include "simulator/kernel.h"
 #include "simulator/machinefile.h"
+#include "simulator/recorder.h"
 
 #include <unistd.h>
 
@@ -11,9 +13,24 @@
 
 namespace {
 
-simulator::kernel* loaded = nullptr; // never destroyed: calls come until the very end of the process
+// Never destroyed: calls come until the very end of the process.
+simulator::kernel* loaded = nullptr;
+simulator::recorder* recording = nullptr;
+
+/// Child processes are not recorded.
+void startRecording(const char* preloadForChildren) {
+    if (*preloadForChildren == '\0')
+        ::unsetenv("LD_PRELOAD");
+    else
+        ::setenv("LD_PRELOAD", preloadForChildren, 1);
+    ::unsetenv(simulator::recordVariable);
+    recording = new simulator::recorder;
+}
 
 [[gnu::constructor]] void load() {
+    if (const char* preloadForChildren = std::getenv(simulator::recordVariable)) {
+        startRecording(preloadForChildren);
+    }
     const char* path = std::getenv(simulator::machineVariable);
     if (path == nullptr)
         return;
@@ -34,5 +51,16 @@ simulator::kernel* loaded = nullptr; // never destroyed: calls come until the ve
 
 simulator::kernel* simulator::activeKernel() { return loaded; }
 
-// The mark by which a program tells that the library is there.
-extern "C" __attribute__((visibility("default"))) bool scsidevMachineIsSimulated() { return loaded != nullptr; }
+simulator::recorder* simulator::activeRecorder() { return recording; }
+
+extern "C" {
+
+#pragma GCC visibility push(default)
+
+bool scsidevMachineIsSimulated() { return loaded != nullptr; }
+
+simulator::machine* scsidevRecordedMachine() { return recording == nullptr ? nullptr : &recording->recorded(); }
+
+#pragma GCC visibility pop
+
+} // extern "C"

@@ -49,17 +49,14 @@ scsiAnswer supportedPages(const node& node) {
     return page;
 }
 
+bool asksForPage(const unsigned char* cdb, unsigned char page) { return cdb[1] == 1 && cdb[2] == page; }
+
 scsiAnswer deviceAnswer(node& node, const unsigned char* cdb) {
-    const bool vitalProductData = cdb[1] == 1;
+    if (auto* const own = answersTo(node, cdb); own != nullptr && !own->empty())
+        return own->next();
     if (cdb[0] != inquiryOpcode)
         return illegalRequest(invalidOpcode);
-    if (cdb[1] == 0)
-        return node.inquiry.next();
-    if (vitalProductData && cdb[2] == serialNumberPage && !node.serialPage.empty())
-        return node.serialPage.next();
-    if (vitalProductData && cdb[2] == supportedPagesPage)
-        return supportedPages(node);
-    return illegalRequest(invalidField);
+    return asksForPage(cdb, supportedPagesPage) ? supportedPages(node) : illegalRequest(invalidField);
 }
 
 std::size_t allocationLength(const unsigned char* inquiryCdb) {
@@ -84,7 +81,7 @@ requestResult sgIo(node& node, sg_io_hdr& header) {
     if (header.sbp != nullptr)
         std::copy_n(reply.sense.begin(), senseSent, header.sbp);
     header.sb_len_wr = static_cast<unsigned char>(senseSent);
-    header.resid = static_cast<int>(header.dxfer_len - sent);
+    header.resid = reply.residual.value_or(static_cast<int>(header.dxfer_len - sent));
     header.status = reply.status;
     header.masked_status = reply.maskedStatus;
     header.host_status = reply.hostStatus;
@@ -135,6 +132,14 @@ requestResult written(requestResult result) { return {0, result.error}; }
 int refusalOf(const std::string& path) { return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY; }
 
 } // namespace
+
+answers<scsiAnswer>* answersTo(node& node, const unsigned char* cdb) {
+    if (cdb[0] != inquiryOpcode)
+        return nullptr;
+    if (cdb[1] == 0)
+        return &node.inquiry;
+    return asksForPage(cdb, serialNumberPage) ? &node.serialPage : nullptr;
+}
 
 requestResult answer(const std::string& path, node& node, unsigned long request, void* argument) {
     const int refusal = refusalOf(path);

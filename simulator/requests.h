@@ -17,6 +17,9 @@ struct requestResult {
 /// refuses them.
 requestResult answer(const std::string& path, node& node, unsigned long request, void* argument);
 
+/// The answers of a node to a SCSI command, or null where it has none of its own.
+answers<scsiAnswer>* answersTo(node& node, const unsigned char* cdb);
+
 /// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".
 std::string requestText(unsigned long request, const void* argument);
 

@@ -24,7 +24,7 @@ TEST_F(Plugin, SkipsTheScsiNodesWithoutTheirDriver) {
     EXPECT_EQ(query({"KORVA_SCSIDevice"}).size(), 1U);
     EXPECT_EQ(calls()[0], "system modprobe sg >/dev/null 2>&1");
     takeLog();
-    machine().modprobeStatus = 1;
+    machine().modprobe = 1;
     EXPECT_EQ(query({"KORVA_SCSIDevice"}).size(), 0U);
     EXPECT_EQ(takeLog(), (strings{"0 sg module is not loaded correctly", gettingHd, gettingOptical}));
 }

@@ -1,6 +1,7 @@
 #include "inventory/columns.h"
 #include "inventory/escape.h"
 #include "inventory/tableoutput.h"
+#include "simulator/codepoints.h"
 #include "tests/simulatedmachine.h"
 
 #include <sstream>
@@ -18,7 +19,7 @@ std::string tableOf(const inventory::queryResult& query) {
 TEST(Escape, LeavesOnlyPrintableAscii) {
     EXPECT_EQ(inventory::escaped("a\\b\n\t\x1b[2J\x7f\xff" + std::string(1, '\0') + "~ \"'"),
               "a\\\\b\\n\\t\\x1b[2J\\x7f\\xff\\x00~ \"'");
-    EXPECT_EQ(inventory::bytesAsCodePoints("A\x80\xff"), "A\u0080\u00ff");
+    EXPECT_EQ(simulator::bytesAsCodePoints("A\x80\xff"), "A\u0080\u00ff");
 }
 
 TEST(Columns, AreAsWideAsTheirLongestText) {

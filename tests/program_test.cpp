@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,15 @@ const std::string onRackServer =
 std::string contentOf(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// The log's part of what stands on standard error.
+std::string logLines(const std::string& errors) {
+    std::istringstream lines(errors);
+    std::string log;
+    for (std::string line; std::getline(lines, line);)
+        log += line.front() == '[' ? line + '\n' : "";
+    return log;
 }
 
 /// Runs shell commands in an empty directory, which is the temporary directory too and must be empty
@@ -191,6 +201,32 @@ TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
         << "with tapes first, other devices have to be cartridge drives to be shown";
     EXPECT_EQ(queries[1]["instances"].size(), 8U) << "the named virtual device is left out";
     EXPECT_EQ(queries[2]["instances"].size(), 2U);
+}
+
+TEST_F(Program, ARecordingReplaysToTheSameOutput) {
+    const std::string recording = fileWith("");
+    run("% --record " + recording);
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(errors, HasSubstr("is there already; --force replaces it"));
+    for (const char* machine : {"rack-server.json", "empty.json"}) {
+        SCOPED_TRACE(machine);
+        const std::string options = " --format json --log-level 3 --virtual-device 0=/dev/sg1 ";
+        run("% --machine " + machines + machine + options);
+        const std::string expected = output, log = logLines(errors);
+        run("% --record " + recording + " --force --machine " + machines + machine + options);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(output, expected) << "recording changes nothing of what is printed";
+        EXPECT_EQ(logLines(errors), log);
+        EXPECT_THAT(errors, HasSubstr("recorded in " + recording + ": "));
+        run("% --format json --log-level 3 --machine " + recording);
+        EXPECT_EQ(output, expected);
+        EXPECT_EQ(logLines(errors), log);
+    }
+    run("% --force");
+    EXPECT_EQ(status, 2);
+    run("% --record /nonexistent/x.json");
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(errors, HasSubstr("/nonexistent/x.json: cannot be written: No such file or directory"));
 }
 
 TEST_F(Program, ExplainsWhyThereIsNothingToSee) {

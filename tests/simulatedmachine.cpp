@@ -2,6 +2,7 @@
 
 #include "minihost/cimcontent.h"
 #include "minihost/minihost.h"
+#include "simulator/recorder.h"
 
 #include <algorithm>
 #include <utility>
@@ -41,6 +42,7 @@ struct asText {
 } // namespace
 
 simulator::kernel* simulator::activeKernel() { return installed; }
+simulator::recorder* simulator::activeRecorder() { return nullptr; }
 
 SimulatedMachine::SimulatedMachine() : kernel_(simulator::machine(), simulator::kernel::calls::kept) {
     installed = &kernel_;

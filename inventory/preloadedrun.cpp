@@ -1,0 +1,92 @@
+#include "inventory/preloadedrun.h"
+
+#include "inventory/installation.h"
+#include "plugin/host/osspecific.h"
+#include "simulator/machinefile.h"
+#include "simulator/machinewriter.h"
+#include "simulator/preload.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+namespace inventory {
+
+namespace {
+
+/// Calls a function of the preload library; what it gives, or nothing without the library.
+template <typename Result>
+Result askPreload(const char* function) {
+    auto* const found = reinterpret_cast<Result (*)()>(::dlsym(RTLD_DEFAULT, function));
+    return found == nullptr ? Result() : found();
+}
+
+/// Starts this program again under the preload library, with `variable` in its environment.
+[[noreturn]] void startAgain(char* const* argv, const char* variable, const std::string& value) {
+    const std::string library = installedFile(simulator::preloadLibrary);
+    if (::access(library.c_str(), R_OK) != 0)
+        throw std::runtime_error(library + ": cannot be preloaded: " + std::strerror(errno));
+    if (library.find_first_of(" :") != std::string::npos)
+        throw std::runtime_error(library + ": cannot be preloaded from a path with blanks or colons");
+    const char* others = std::getenv("LD_PRELOAD");
+    ::setenv("LD_PRELOAD", others == nullptr ? library.c_str() : (library + ':' + others).c_str(), 1);
+    ::setenv(variable, value.c_str(), 1);
+    ::execv("/proc/self/exe", argv);
+    throw std::runtime_error(std::string("the program cannot be started again: ") + std::strerror(errno));
+}
+
+[[noreturn]] void failNotPreloaded() {
+    throw std::runtime_error(installedFile(simulator::preloadLibrary) + ": was not preloaded");
+}
+
+simulator::machine* recordedMachine() { return askPreload<simulator::machine*>(simulator::recordedMachine); }
+
+} // namespace
+
+bool isSimulated() { return askPreload<bool>(simulator::simulatedMark); }
+
+void simulateMachine(options& options, char* const* argv) {
+    const simulator::machine machine = simulator::readMachineFile(options.machineFile);
+    if (!isSimulated()) {
+        const char* tried = std::getenv(simulator::machineVariable);
+        if (tried != nullptr && options.machineFile == tried)
+            failNotPreloaded();
+        startAgain(argv, simulator::machineVariable, options.machineFile);
+    }
+    for (const int kind : {0, 1}) {
+        const auto& names = machine.virtualDevices[kind];
+        auto& target = options.virtualDevices[kind];
+        target.insert(target.begin(), names.begin(), names.end());
+    }
+}
+
+void startRecording(const options& options, char* const* argv) {
+    if (recordedMachine() != nullptr)
+        return;
+    if (std::getenv(simulator::recordVariable) != nullptr)
+        failNotPreloaded();
+    if (!options.force && std::filesystem::exists(options.recordFile))
+        throw std::runtime_error(options.recordFile + ": is there already; --force replaces it");
+    const char* others = std::getenv("LD_PRELOAD");
+    startAgain(argv, simulator::recordVariable, others == nullptr ? "" : others);
+}
+
+void writeRecording(const options& options) {
+    simulator::machine& machine = *recordedMachine();
+    machine.name = NHALDEN20::TOSSpecific::GetMachineName();
+    for (const int kind : {0, 1})
+        machine.virtualDevices[kind] = options.virtualDevices[kind];
+    simulator::writeWholeFile(options.recordFile, simulator::machineFileText(machine), options.force);
+    std::cerr << "recorded in " << options.recordFile
+              << ": the host name, every answer of the device nodes with vendors, models and serial numbers,\n"
+                 "the optical-drive table, the USB listing and the names of virtual devices; look through it before "
+                 "you give it away\n";
+}
+
+} // namespace inventory

@@ -1,0 +1,163 @@
+#include "simulator/machinewriter.h"
+
+#include "simulator/codepoints.h"
+
+#include <nlohmann/json.hpp>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+namespace simulator {
+
+using json = nlohmann::ordered_json;
+
+namespace {
+
+json errorName(int error) {
+    const char* name = ::strerrorname_np(error);
+    return name == nullptr ? "EIO" : name;
+}
+
+json hex(const bytes& data) {
+    constexpr const char* digits = "0123456789abcdef";
+    std::string text;
+    for (const unsigned char byte : data)
+        text.append(1, digits[byte >> 4]).append(1, digits[byte & 0x0F]);
+    return text;
+}
+
+/// A text of whole lines as a list of them.
+json lines(const std::string& text) {
+    if (text.empty() || text.back() != '\n')
+        return bytesAsCodePoints(text);
+    json list = json::array();
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = text.find('\n', begin);
+        list.push_back(bytesAsCodePoints(text.substr(begin, end - begin)));
+        begin = end + 1;
+    }
+    return list;
+}
+
+json statusToJson(const int& status) { return status; }
+
+json toJson(const numberAnswer& answer) { return answer.error == 0 ? json(answer.value) : errorName(answer.error); }
+
+json openToJson(const numberAnswer& answer) { return answer.error == 0 ? json(true) : errorName(answer.error); }
+
+json toJson(const addressAnswer& answer) {
+    if (answer.error != 0)
+        return errorName(answer.error);
+    return {{"host", answer.host},
+            {"channel", answer.channel},
+            {"target", answer.target},
+            {"lun", answer.lun},
+            {"type", answer.type}};
+}
+
+json toJson(const scsiAnswer& answer) {
+    if (answer.error != 0)
+        return errorName(answer.error);
+    json members{{"data", hex(answer.data)}};
+    if (!answer.sense.empty())
+        members["sense"] = hex(answer.sense);
+    if (answer.info != 0 || !answer.sense.empty()) {
+        members["status"] = answer.status;
+        members["maskedStatus"] = answer.maskedStatus;
+        members["hostStatus"] = answer.hostStatus;
+        members["driverStatus"] = answer.driverStatus;
+        members["info"] = answer.info;
+    }
+    if (answer.residual.value_or(0) != 0)
+        members["residual"] = *answer.residual;
+    return members;
+}
+
+json toJson(const driveAnswer& answer) {
+    return answer.error == 0 ? json{{"data", hex(answer.data)}} : errorName(answer.error);
+}
+
+template <typename Answer>
+void put(json& target, const char* name, const answers<Answer>& answers, json (*write)(const Answer&)) {
+    std::vector<json> list;
+    std::transform(answers.all().begin(), answers.all().end(), std::back_inserter(list), write);
+    while (list.size() > 1 && list.back() == list[list.size() - 2])
+        list.pop_back();
+    if (!list.empty())
+        target[name] = list.size() == 1 ? list.front() : json(list);
+}
+
+bool everPresent(const node& node) {
+    const auto& opens = node.open.all();
+    return opens.empty() ||
+           std::any_of(opens.begin(), opens.end(), [](const auto& answer) { return answer.error != ENOENT; });
+}
+
+json nodeToJson(const node& node) {
+    json members = json::object();
+    put(members, "open", node.open, openToJson);
+    put(members, "sgVersion", node.sgVersion, toJson);
+    put(members, "emulated", node.emulated, toJson);
+    put(members, "address", node.address, toJson);
+    put(members, "inquiry", node.inquiry, toJson);
+    put(members, "serialPage", node.serialPage, toJson);
+    put(members, "identify", node.identify, toJson);
+    put(members, "task", node.task, toJson);
+    put(members, "opticalCapability", node.opticalCapability, toJson);
+    return members;
+}
+
+[[noreturn]] void fail(const std::string& path, int error) {
+    throw std::runtime_error(path + ": cannot be written: " + std::strerror(error));
+}
+
+} // namespace
+
+std::string machineFileText(const machine& machine) {
+    json document{{"name", bytesAsCodePoints(machine.name)}};
+    put(document, "modprobe", machine.modprobe, statusToJson);
+    document["usb"] = lines(machine.usbListing);
+    for (const int kind : {0, 1}) {
+        json& names = document["virtualDevices"][std::to_string(kind)] = json::array();
+        for (const auto& name : machine.virtualDevices[kind])
+            names.push_back(bytesAsCodePoints(name));
+    }
+    if (machine.opticalTable)
+        document["opticalTable"] = lines(*machine.opticalTable);
+    document["nodes"] = json::object();
+    for (const auto& [path, node] : machine.nodes) {
+        if (everPresent(node))
+            document["nodes"][bytesAsCodePoints(path)] = nodeToJson(node);
+    }
+    return document.dump(2, ' ', true) + '\n';
+}
+
+void writeWholeFile(const std::string& path, const std::string& text, bool replace) {
+    std::string temporary = path + ".XXXXXX";
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0)
+        fail(path, errno);
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    std::size_t written = 0;
+    ssize_t step = 0;
+    while (written < text.size() && (step = ::write(fd, text.data() + written, text.size() - written)) > 0)
+        written += static_cast<std::size_t>(step);
+    const bool whole = written == text.size() && ::fchmod(fd, 0666 & ~mask) == 0 && ::fsync(fd) == 0;
+    int error = whole ? 0 : errno;
+    ::close(fd);
+    if (whole && ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0)
+        return;
+    error = whole ? errno : error;
+    ::unlink(temporary.c_str());
+    fail(path, error);
+}
+
+} // namespace simulator

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "simulator/machine.h"
+
+#include <string>
+
+namespace simulator {
+
+/// The machine file (docs/machine-files.md) of a machine, as it is now: nodes that never were there are left out, and
+/// so are answers at the end of a list that only repeat the one before.
+std::string machineFileText(const machine& machine);
+
+/// Writes `text` to the file at `path`, all of it or nothing. Throws std::runtime_error when that fails, and when there
+/// is such a file already and `replace` is false.
+void writeWholeFile(const std::string& path, const std::string& text, bool replace);
+
+} // namespace simulator

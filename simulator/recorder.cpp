@@ -1,0 +1,112 @@
+#include "simulator/recorder.h"
+
+#include "simulator/kernel.h"
+#include "simulator/requests.h"
+#include "simulator/shellcommand.h"
+
+#include <linux/cdrom.h>
+#include <linux/hdreg.h>
+#include <scsi/sg.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace simulator {
+
+namespace {
+
+std::string contentOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+/// All of the data buffer belongs to the answer: the driver writes to the whole of it, and what it leaves stays.
+scsiAnswer scsiAnswerOf(const sg_io_hdr& header, int error) {
+    const auto* const data = static_cast<const unsigned char*>(header.dxferp);
+    scsiAnswer answer;
+    answer.error = error;
+    if (error != 0)
+        return answer;
+    answer.data.assign(data, data + header.dxfer_len);
+    answer.sense.assign(header.sbp, header.sbp + std::min(header.sb_len_wr, header.mx_sb_len));
+    answer.status = header.status;
+    answer.maskedStatus = header.masked_status;
+    answer.hostStatus = header.host_status;
+    answer.driverStatus = header.driver_status;
+    answer.info = header.info;
+    answer.residual = header.resid;
+    return answer;
+}
+
+addressAnswer addressAnswerOf(const sg_scsi_id& id) {
+    return {id.host_no, id.channel, id.scsi_id, id.lun, id.scsi_type, 0};
+}
+
+} // namespace
+
+void recorder::opened(const std::string& path, int fd, int error) {
+    if (!kernel::owns(path))
+        return;
+    machine_.nodes[path].open.add({0, fd >= 0 ? 0 : error});
+    if (fd >= 0)
+        open_[fd] = path;
+}
+
+void recorder::closed(int fd) { open_.erase(fd); }
+
+void recorder::answered(int fd, unsigned long request, const void* argument, int result, int error) {
+    const auto found = open_.find(fd);
+    if (found == open_.end())
+        return;
+    node& node = machine_.nodes[found->second];
+    const auto* const number = static_cast<const int*>(argument);
+    const auto* const registers = static_cast<const unsigned char*>(argument);
+    const auto* const header = static_cast<const sg_io_hdr*>(argument);
+    const bool failed = result == -1;
+    switch (request) {
+    case SG_GET_VERSION_NUM:
+        node.sgVersion.add(failed ? numberAnswer{0, error} : numberAnswer{*number, 0});
+        break;
+    case SG_EMULATED_HOST:
+        node.emulated.add(failed ? numberAnswer{0, error} : numberAnswer{*number, 0});
+        break;
+    case SG_GET_SCSI_ID:
+        node.address.add(failed ? addressAnswer{0, 0, 0, 0, 0, error}
+                                : addressAnswerOf(*static_cast<const sg_scsi_id*>(argument)));
+        break;
+    case SG_IO:
+        if (auto* answers = answersTo(node, header->cmdp))
+            answers->add(scsiAnswerOf(*header, failed ? error : 0));
+        break;
+    case CDROM_GET_CAPABILITY:
+        node.opticalCapability.add(failed ? numberAnswer{0, error} : numberAnswer{result, 0});
+        break;
+    case HDIO_DRIVE_CMD:
+        node.identify.add(failed ? driveAnswer{error, {}} : driveAnswer{0, {registers + 4, registers + 4 + 512}});
+        break;
+    default:
+        break;
+    }
+}
+
+void recorder::ran(const std::string& command, int status) {
+    switch (commandOf(command).kind) {
+    case shellCommand::modprobe:
+        machine_.modprobe.add(status == 0 ? 0 : std::max(1, WEXITSTATUS(status)));
+        break;
+    case shellCommand::usbQuery:
+        machine_.usbListing = contentOf(commandOf(command).file);
+        break;
+    default:
+        break;
+    }
+}
+
+void recorder::readsOpticalTable() {
+    if (std::ifstream(opticalTablePath).is_open())
+        machine_.opticalTable = contentOf(opticalTablePath);
+}
+
+} // namespace simulator

@@ -1,0 +1,19 @@
+#include "simulator/shellcommand.h"
+
+namespace simulator {
+
+shellCommand commandOf(const std::string& command) {
+    const auto startsWith = [&command](const char* name) {
+        return command.rfind(name, 0) == 0;
+    };
+    const std::size_t redirection = command.rfind("> ");
+    if (startsWith("modprobe "))
+        return {shellCommand::modprobe, ""};
+    if (startsWith("hwinfo ") && redirection != std::string::npos)
+        return {shellCommand::usbQuery, command.substr(redirection + 2)};
+    if (startsWith("rm -f "))
+        return {shellCommand::removal, command.substr(6)};
+    return {};
+}
+
+} // namespace simulator
