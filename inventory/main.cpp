@@ -4,13 +4,12 @@
 #include "inventory/preloadedrun.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
-#include "inventory/scratchdirectory.h"
 #include "inventory/tableoutput.h"
 #include "minihost/minihost.h"
 
-#include <unistd.h>
-
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iostream>
@@ -20,20 +19,6 @@ namespace {
 constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
-
-/// The last word on an exception that nothing can catch.
-[[noreturn]] void reportUncaught() {
-    std::string text = "of an unknown type";
-    try {
-        std::rethrow_exception(std::current_exception());
-    } catch (const std::exception& failure) {
-        text = failure.what();
-    } catch (...) { // the text says so
-    }
-    writeError("uncaught exception, as from a plug-in that fails while it is loaded: " + text);
-    inventory::scratchDirectory::removeAtOnce();
-    ::_exit(failed);
-}
 
 void logToStandardError(int highestLevel) {
     minihost::setLogSink([highestLevel](int level, const std::string& text) {
@@ -54,10 +39,8 @@ void writeResult(const inventory::runResult& result, inventory::outputFormat for
 }
 
 int show(inventory::options options, char* const* argv) {
-    if (!options.machineFile.empty())
-        inventory::simulateMachine(options, argv);
-    if (!options.recordFile.empty())
-        inventory::startRecording(options, argv);
+    inventory::simulateMachine(options, argv);
+    inventory::startRecording(options, argv);
     logToStandardError(options.logLevel);
     minihost::memoryNamespace ns;
     const inventory::runResult result = inventory::run(options, ns);
@@ -68,6 +51,15 @@ int show(inventory::options options, char* const* argv) {
     if (result.failed())
         writeError("the query failed: " + *result.queries.back().error);
     return result.failed() ? failed : succeeded;
+}
+
+/// What this process may have inherited and what its shell commands rely on.
+void prepareProcess() {
+    std::signal(SIGCHLD, SIG_DFL);               // or no exit status of a child could be had
+    std::signal(SIGPIPE, [](int /*signal*/) {}); // a closed pipe is an error of writing; children get the default
+    const char* path = std::getenv("PATH");
+    // modprobe and hwinfo stand where the path of an ordinary user does not lead.
+    ::setenv("PATH", (std::string(path == nullptr ? "/usr/bin:/bin" : path) + ":/usr/sbin:/sbin").c_str(), 1);
 }
 
 int runCommandLine(int argc, char** argv) {
@@ -88,7 +80,7 @@ int runCommandLine(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::set_terminate(reportUncaught);
+    prepareProcess();
     try {
         const int status = runCommandLine(argc, argv);
         if (std::cout.flush())

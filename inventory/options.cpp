@@ -81,8 +81,15 @@ int parseLogLevel(const std::string& text) {
     return level;
 }
 
-std::string absolutePath(const std::string& path) {
-    return path.empty() ? path : std::filesystem::absolute(path).string();
+/// The file that an option names, as an absolute path; "" where the option was not given.
+std::string fileOf(const CLI::App& app, const char* option) {
+    const CLI::Option* const given = app.get_option(option);
+    if (given->count() == 0)
+        return "";
+    const auto path = given->as<std::string>();
+    if (path.empty())
+        throw usageError(std::string(option) + ": a file name is missing");
+    return std::filesystem::absolute(path).string();
 }
 
 /// What CLI11 reads before it is checked further.
@@ -91,6 +98,7 @@ struct rawOptions {
     std::vector<std::string> virtualDevices;
     std::string format = "table";
     std::string logLevel = "1";
+    std::string file; // of any option that takes one: the option itself knows its own
 };
 
 void describe(CLI::App& app, options& options, rawOptions& raw) {
@@ -110,14 +118,13 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
                    "left out: 0=DISK-NODE or 1=OPTICAL-DRIVE; repeatable")
         ->type_name("KIND=TEXT")
         ->allow_extra_args(false);
-    app.add_option("--machine", options.machineFile, "Show the simulated machine of this file instead")
-        ->type_name("FILE");
-    app.add_option("--record", options.recordFile,
+    app.add_option("--machine", raw.file, "Show the simulated machine of this file instead")->type_name("FILE");
+    app.add_option("--record", raw.file,
                    "Record this machine's answers into a machine file, for a\n"
                    "bug report; serial numbers are part of it")
         ->type_name("FILE");
     app.add_flag("--force", options.force, "Let --record replace the file");
-    app.add_option("--plugin", options.plugin, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
+    app.add_option("--plugin", raw.file, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
     app.footer("\nExamples:\n"
                "  scsidev-inventory KORVA_SCSIDevice,KORVA_SCSITapeDrive\n"
                "  scsidev-inventory --machine machines/rack-server.json --format json");
@@ -130,7 +137,7 @@ std::string unknownOption(const CLI::App& app) {
     return "unknown option '" + word + "'" + didYouMean(word.substr(0, word.find('=')), known);
 }
 
-void check(const rawOptions& raw, options& options) {
+void check(const CLI::App& app, const rawOptions& raw, options& options) {
     const auto format = formats.find(raw.format);
     if (format == formats.end()) {
         const auto known = namesOf(formats, [](const auto& candidate) { return candidate.first; });
@@ -143,11 +150,13 @@ void check(const rawOptions& raw, options& options) {
         options.queries.push_back(parseQuery(query));
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
+    options.machineFile = fileOf(app, "--machine");
+    options.recordFile = fileOf(app, "--record");
     if (options.force && options.recordFile.empty())
         throw usageError("--force goes with --record only");
-    options.machineFile = absolutePath(options.machineFile);
-    options.recordFile = absolutePath(options.recordFile);
-    options.plugin = options.plugin.empty() ? installedFile("libscsidev.pi.so") : absolutePath(options.plugin);
+    options.plugin = fileOf(app, "--plugin");
+    if (options.plugin.empty())
+        options.plugin = installedFile("libscsidev.pi.so");
 }
 
 } // namespace
@@ -160,7 +169,7 @@ commandLine readCommandLine(int argc, const char* const* argv) {
     describe(app, result.options, raw);
     try {
         app.parse(argc, argv);
-        check(raw, result.options);
+        check(app, raw, result.options);
     } catch (const CLI::CallForHelp&) {
         result.what = commandLine::outcome::help;
         result.text = app.help();

@@ -27,22 +27,31 @@ Result askPreload(const char* function) {
     return found == nullptr ? Result() : found();
 }
 
+/// Names the process that was started again, which keeps its number.
+constexpr const char* startedVariable = "SCSIDEV_STARTED";
+
+std::string thisProcess() { return std::to_string(::getpid()); }
+
+std::string environmentOf(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value == nullptr ? "" : value;
+}
+
 /// Starts this program again under the preload library, with `variable` in its environment.
 [[noreturn]] void startAgain(char* const* argv, const char* variable, const std::string& value) {
     const std::string library = installedFile(simulator::preloadLibrary);
+    if (environmentOf(startedVariable) == thisProcess() && environmentOf(variable) == value)
+        throw std::runtime_error(library + ": was not preloaded");
     if (::access(library.c_str(), R_OK) != 0)
         throw std::runtime_error(library + ": cannot be preloaded: " + std::strerror(errno));
     if (library.find_first_of(" :") != std::string::npos)
         throw std::runtime_error(library + ": cannot be preloaded from a path with blanks or colons");
-    const char* others = std::getenv("LD_PRELOAD");
-    ::setenv("LD_PRELOAD", others == nullptr ? library.c_str() : (library + ':' + others).c_str(), 1);
+    const std::string others = environmentOf("LD_PRELOAD");
+    ::setenv("LD_PRELOAD", (others.empty() ? library : library + ':' + others).c_str(), 1);
     ::setenv(variable, value.c_str(), 1);
-    ::execv("/proc/self/exe", argv);
+    ::setenv(startedVariable, thisProcess().c_str(), 1);
+    ::execv(executable().c_str(), argv);
     throw std::runtime_error(std::string("the program cannot be started again: ") + std::strerror(errno));
-}
-
-[[noreturn]] void failNotPreloaded() {
-    throw std::runtime_error(installedFile(simulator::preloadLibrary) + ": was not preloaded");
 }
 
 simulator::machine* recordedMachine() { return askPreload<simulator::machine*>(simulator::recordedMachine); }
@@ -52,13 +61,14 @@ simulator::machine* recordedMachine() { return askPreload<simulator::machine*>(s
 bool isSimulated() { return askPreload<bool>(simulator::simulatedMark); }
 
 void simulateMachine(options& options, char* const* argv) {
+    const std::string simulated = isSimulated() ? environmentOf(simulator::machineVariable) : "";
+    if (options.machineFile.empty())
+        options.machineFile = simulated;
+    if (options.machineFile.empty())
+        return;
     const simulator::machine machine = simulator::readMachineFile(options.machineFile);
-    if (!isSimulated()) {
-        const char* tried = std::getenv(simulator::machineVariable);
-        if (tried != nullptr && options.machineFile == tried)
-            failNotPreloaded();
+    if (options.machineFile != simulated)
         startAgain(argv, simulator::machineVariable, options.machineFile);
-    }
     for (const int kind : {0, 1}) {
         const auto& names = machine.virtualDevices[kind];
         auto& target = options.virtualDevices[kind];
@@ -67,14 +77,11 @@ void simulateMachine(options& options, char* const* argv) {
 }
 
 void startRecording(const options& options, char* const* argv) {
-    if (recordedMachine() != nullptr)
+    if (options.recordFile.empty() || recordedMachine() != nullptr)
         return;
-    if (std::getenv(simulator::recordVariable) != nullptr)
-        failNotPreloaded();
     if (!options.force && std::filesystem::exists(options.recordFile))
         throw std::runtime_error(options.recordFile + ": is there already; --force replaces it");
-    const char* others = std::getenv("LD_PRELOAD");
-    startAgain(argv, simulator::recordVariable, others == nullptr ? "" : others);
+    startAgain(argv, simulator::recordVariable, environmentOf("LD_PRELOAD"));
 }
 
 void writeRecording(const options& options) {

@@ -11,10 +11,11 @@ namespace inventory {
 /// Is this process running on a simulated machine?
 bool isSimulated();
 
-/// Makes `options.machineFile` this process's machine and adds its virtual devices to `options`.
+/// Makes `options.machineFile`, where there is one, this process's machine. Adds the virtual devices of the simulated
+/// machine to `options`.
 void simulateMachine(options& options, char* const* argv);
 
-/// Makes this process record what the machine answers.
+/// Makes this process record what the machine answers where `options.recordFile` asks for it.
 void startRecording(const options& options, char* const* argv);
 
 /// Writes what was recorded to `options.recordFile` and says on standard error what the file holds.

@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,11 +20,27 @@ namespace {
 constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 // For the signal handler: no more than what may be used in one.
-char directory[PATH_MAX]; // empty: there is none
+char directory[PATH_MAX];
 int previous = -1;
 
+/// Removes the directory, if it is there, and the files in it. Calls only what is safe in a signal handler.
+void removeAtOnce() {
+    alignas(dirent64) char entries[4096];
+    // Straight to the kernel: open and close may be interposed.
+    const auto fd = static_cast<int>(::syscall(SYS_openat, AT_FDCWD, directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    for (ssize_t got; (got = ::getdents64(fd, entries, sizeof entries)) > 0;) {
+        for (ssize_t offset = 0; offset < got;) {
+            const auto* entry = reinterpret_cast<const dirent64*>(entries + offset);
+            ::unlinkat(fd, entry->d_name, 0); // fails, as it should, for . and ..
+            offset += entry->d_reclen;
+        }
+    }
+    ::syscall(SYS_close, fd);
+    ::rmdir(directory);
+}
+
 extern "C" void removeAndExit(int signal) {
-    scratchDirectory::removeAtOnce();
+    removeAtOnce();
     ::_exit(128 + signal);
 }
 
@@ -33,22 +50,6 @@ std::string parentDirectory() {
 }
 
 } // namespace
-
-void scratchDirectory::removeAtOnce() {
-    if (directory[0] == '\0')
-        return;
-    alignas(dirent64) char entries[4096];
-    const int fd = ::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    for (ssize_t got; (got = ::getdents64(fd, entries, sizeof entries)) > 0;) {
-        for (ssize_t offset = 0; offset < got;) {
-            const auto* entry = reinterpret_cast<const dirent64*>(entries + offset);
-            ::unlinkat(fd, entry->d_name, 0); // fails, as it should, for . and ..
-            offset += entry->d_reclen;
-        }
-    }
-    ::close(fd);
-    ::rmdir(directory);
-}
 
 scratchDirectory::scratchDirectory() {
     const std::string name = parentDirectory() + "/scsidev-inventory-XXXXXX";
@@ -71,12 +72,11 @@ scratchDirectory::scratchDirectory() {
 scratchDirectory::~scratchDirectory() {
     [[maybe_unused]] const int result = ::fchdir(previous);
     ::close(previous);
+    removeAtOnce();
     for (const int signal : endingSignals) {
         if (std::signal(signal, SIG_DFL) == SIG_IGN)
             std::signal(signal, SIG_IGN);
     }
-    removeAtOnce();
-    directory[0] = '\0';
 }
 
 } // namespace inventory

@@ -13,9 +13,6 @@ public:
     ~scratchDirectory();
     scratchDirectory(const scratchDirectory&) = delete;
     scratchDirectory& operator=(const scratchDirectory&) = delete;
-
-    /// Removes the directory, if there is one, on a way out that unwinds nothing. Safe in a signal handler.
-    static void removeAtOnce();
 };
 
 } // namespace inventory

@@ -10,9 +10,17 @@ namespace {
 
 void* load(const std::string& path) {
     registeredPlugins().clear();
-    // What a plug-in throws now cannot be caught: there is no way back through the dynamic loader.
-    if (void* library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL))
-        return library;
+    // dlopen is declared to throw nothing, but what a library's initialisers throw does come through it: only a call
+    // that the compiler cannot look into leaves the handlers in place.
+    void* (*const volatile open)(const char*, int) = ::dlopen;
+    try {
+        if (void* library = open(path.c_str(), RTLD_NOW | RTLD_LOCAL))
+            return library;
+    } catch (const std::exception& failure) {
+        throw pluginError(path + ": the plug-in failed while it was loaded: " + failure.what());
+    } catch (...) {
+        throw pluginError(path + ": the plug-in failed while it was loaded");
+    }
     throw pluginError(std::string("the plug-in cannot be loaded: ") + ::dlerror());
 }
 
@@ -21,14 +29,19 @@ void* load(const std::string& path) {
 pluginLibrary::handle::handle(const std::string& path) : library_(load(path)) {}
 pluginLibrary::handle::~handle() { ::dlclose(library_); }
 
-pluginLibrary::object::object(const std::string& path) {
-    if (registeredPlugins().size() != 1)
-        throw pluginError(path + ": expected the library to register one plug-in, it registered " +
-                          std::to_string(registeredPlugins().size()));
-    callbacks_ = registeredPlugins().front(); // NOLINT(clang-analyzer-core.CallAndMessage)
-    queries_ = dynamic_cast<NHALDEN20::IPluginBasicQueryCallbacks*>(callbacks_);
-    if (queries_ == nullptr)
-        throw pluginError(path + ": the plug-in " + callbacks_->GetName() + " does not collect data");
+pluginLibrary::object::object(const std::string& path) : callbacks_(nullptr), queries_(nullptr) {
+    const auto& registered = registeredPlugins();
+    if (registered.size() == 1) {
+        callbacks_ = registered.front();
+        queries_ = dynamic_cast<NHALDEN20::IPluginBasicQueryCallbacks*>(callbacks_);
+    }
+    if (queries_ != nullptr)
+        return;
+    const std::size_t count = registered.size();
+    for (NHALDEN20::IPluginCallbacks* unused : registered)
+        unused->PrepareForUnload();
+    throw pluginError(path + ": expected the library to register one plug-in that collects data, it registered " +
+                      std::to_string(count) + (count == 1 ? " that does not" : ""));
 }
 
 pluginLibrary::object::~object() { callbacks_->PrepareForUnload(); }

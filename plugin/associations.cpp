@@ -3,6 +3,7 @@
 #include "plugin/cimnames.h"
 
 #include <algorithm>
+#include <exception>
 
 using NHALDEN20::ICIMInstance;
 using NHALDEN20::TCIMReference;
@@ -18,8 +19,12 @@ TCIMValue property(ICIMInstance& instance, const char* name) {
 bool deviceMatches(ICIMInstance& device, const std::string& key) {
     TCIMValue value = property(device, identifyingInfoProperty);
     const std::vector<TCIMValue>& identities = value;
-    // Another provider's device may have none.
-    return !identities.empty() && key.find(static_cast<std::string>(identities.front())) != std::string::npos;
+    // Another provider's device may have none, or one that is no text.
+    try {
+        return !identities.empty() && key.find(static_cast<std::string>(identities.front())) != std::string::npos;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 bool firmwareMatches(ICIMInstance& element, const std::string& key) {
@@ -40,11 +45,11 @@ bool TScsidevPluginCallbacks::findRefs(std::string key, std::string /*firmwareLe
     ICIMInstance* device = firstMatch(existingDevices_, deviceMatches);
     if (device == nullptr)
         return false;
+    TCIMReference dependent = device->GetReference(TContext());
     ICIMInstance* element = firstMatch(existingFirmwareElements_, firmwareMatches);
     if (element == nullptr)
         return false;
 
-    TCIMReference dependent = device->GetReference(TContext());
     TCIMReference antecedent = element->GetReference(TContext());
     association->SetProperty("Dependent", TCIMValue(dependent), TContext());
     association->SetProperty("Antecedent", TCIMValue(antecedent), TContext());

@@ -33,11 +33,11 @@ void writeDeviceInstance(const busDevice& record, ICIMInstance& instance) {
     const auto set = [&instance](const char* property, const TCIMValue& value) {
         instance.SetProperty(property, value, TContext());
     };
-    const bool scsiTape = record.busType == BusTypeScsi &&
-                          instance.GetInstanceClass(TContext())->GetClassName(TContext()) == tapeDriveClass;
     const std::string fullName = record.vendor + " " + record.product;
     set("SystemCreationClassName", computerSystemClass);
     set("SystemName", NHALDEN20::TOSSpecific::GetMachineName());
+    const bool scsiTape = record.busType == BusTypeScsi &&
+                          instance.GetInstanceClass(TContext())->GetClassName(TContext()) == tapeDriveClass;
     set("Caption", scsiTape ? record.inquiryText : fullName);
     set("Name", record.nodeName);
     set("DeviceID", record.devicePath);
@@ -81,6 +81,8 @@ void TScsidevPluginCallbacks::GetBusDevice(classList& requested, boost::shared_p
 
 void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* record,
                                            boost::shared_ptr<ICIMNamespace> ns) {
+    if (requested.empty())
+        return;
     boost::shared_ptr<ICIMInstance> instance;
     if (wasRequested(requested, firmwareClass, instance)) {
         writeAssociation(*record, instance);

@@ -3,6 +3,7 @@
 // builds call other names, so these stand here too.
 
 #include "simulator/kernel.h"
+#include "simulator/nodepath.h"
 #include "simulator/recorder.h"
 
 #include <dlfcn.h>
@@ -39,7 +40,7 @@ using fopenCall = FILE*(const char*, const char*);
 /// The kernel that answers for `path`, or null for the real one.
 kernel* owner(const char* path) {
     kernel* const simulated = activeKernel();
-    return simulated != nullptr && kernel::owns(path) ? simulated : nullptr;
+    return simulated != nullptr && simulator::isNodePath(path) ? simulated : nullptr;
 }
 
 /// The kernel that answers for `fd`, or null for the real one. A descriptor that is none belongs to any.
@@ -75,7 +76,10 @@ FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
     if (!isSimulatedTable(path))
         return realFopen(path, mode);
     const int fd = activeKernel()->openOpticalTable();
-    return fd < 0 ? nullptr : ::fdopen(fd, mode);
+    FILE* const file = fd < 0 ? nullptr : ::fdopen(fd, mode);
+    if (fd >= 0 && file == nullptr)
+        ::close(fd);
+    return file;
 }
 
 int hostName(char* name, std::size_t size) {

@@ -16,20 +16,12 @@ namespace simulator {
 
 namespace {
 
-/// Families of nodes that are the simulated machine's alone, also where it has none of them.
-constexpr const char* families[] = {"/dev/sg", "/dev/sd", "/dev/hd", "/dev/sr"};
-
 int fail(int error) {
     errno = error;
     return -1;
 }
 
 } // namespace
-
-bool kernel::owns(const std::string& path) {
-    return std::any_of(std::begin(families), std::end(families),
-                       [&path](const char* family) { return path.rfind(family, 0) == 0; });
-}
 
 int kernel::open(const std::string& path) {
     note([&] { return "open " + path; });
@@ -51,8 +43,10 @@ int kernel::openOpticalTable() {
     const int fd = ::memfd_create("optical-table", 0);
     if (fd >= 0) {
         const auto& table = *machine_.opticalTable;
-        if (::write(fd, table.data(), table.size()) != static_cast<ssize_t>(table.size()))
+        if (::write(fd, table.data(), table.size()) != static_cast<ssize_t>(table.size())) {
+            ::close(fd);
             return fail(EIO);
+        }
         ::lseek(fd, 0, SEEK_SET);
     }
     return fd;

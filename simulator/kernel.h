@@ -21,8 +21,6 @@ public:
     explicit kernel(machine simulated, calls record = calls::forgotten)
         : machine_(std::move(simulated)), record_(record == calls::kept) {}
 
-    /// Does `path` belong to the simulated machine, present or not? All others are the real machine's.
-    static bool owns(const std::string& path);
     bool owns(int fd) const { return open_.count(fd) != 0; }
 
     /// The descriptor is a real one, of /dev/null, and so differs from all others of the process.

@@ -2,6 +2,7 @@
 
 #include "simulator/errnonames.h"
 #include "simulator/jsonplace.h"
+#include "simulator/nodepath.h"
 
 #include <scsi/sg.h>
 
@@ -47,8 +48,10 @@ bytes hexBytes(const jsonPlace& place) {
 /// of every word exchanged, as ATA texts come. {"zeros": N}.
 bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
-    if (const auto zeros = place.find("zeros"))
+    if (const auto zeros = place.find("zeros")) {
+        place.allowMembers({"zeros"});
         return bytes(zeros->number(0, largestFile), 0);
+    }
     const auto swapped = place.find("swapped");
     std::string text = (swapped ? *swapped : place.member("text")).text();
     const auto size = static_cast<std::size_t>(place.member("size").number(0, largestFile));
@@ -207,6 +210,8 @@ machine machineAt(const jsonPlace& place) {
     }
     if (const auto nodes = place.find("nodes")) {
         nodes->forEachMember("an object of nodes by path", [&result](const std::string& path, const jsonPlace& node) {
+            if (!isNodePath(path))
+                node.fail("a node of /dev/sg, /dev/sd, /dev/hd or /dev/sr");
             result.nodes[path] = nodeAt(node);
         });
     }

@@ -1,6 +1,7 @@
 #include "simulator/recorder.h"
 
 #include "simulator/kernel.h"
+#include "simulator/nodepath.h"
 #include "simulator/requests.h"
 #include "simulator/shellcommand.h"
 
@@ -47,7 +48,7 @@ addressAnswer addressAnswerOf(const sg_scsi_id& id) {
 } // namespace
 
 void recorder::opened(const std::string& path, int fd, int error) {
-    if (!kernel::owns(path))
+    if (!isNodePath(path))
         return;
     machine_.nodes[path].open.add({0, fd >= 0 ? 0 : error});
     if (fd >= 0)

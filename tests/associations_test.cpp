@@ -67,6 +67,8 @@ TEST_F(Associations, TakeTheFirstDeviceWhoseIdentityIsPartOfTheKey) {
         return NHALDEN20::TCIMValue(NHALDEN20::kCIMStringArray, 0, {NHALDEN20::TCIMValue(identity)});
     };
     foreignInstance(scsi);
+    foreignInstance(scsi, "OtherIdentifyingInfo",
+                    NHALDEN20::TCIMValue(NHALDEN20::kCIMStringArray, 0, {NHALDEN20::TCIMValue(true)}));
     foreignInstance(scsi, "OtherIdentifyingInfo", NHALDEN20::TCIMValue(NHALDEN20::kCIMStringArray, 0, {}));
     foreignInstance(scsi, "OtherIdentifyingInfo", identifiedBy("Port:1|Target:4|Bus:0|Lun:10 and more"));
     scsiDevice("/dev/sg0", 3);

@@ -115,6 +115,7 @@ TEST_F(Plugin, ChoosesTheClassByBusRequestAndModel) {
         {"ATA disk as SCSI device", 1, "DISK", "", {scsi}, ""},
         {"neither bus", 2, "DISK", direct, {scsi, ata}, ""},
         {"element not first", 0, "DISK", direct, {ata, element}, ""},
+        {"nothing requested", 0, "DISK", direct, {}, ""},
         {"association beats all", 0, "DISK", direct, {scsi, firmware}, ""},
     };
     for (const auto& c : cases) {

@@ -77,6 +77,8 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {R"({"modprobe": 1.5})", "file.json: modprobe: expected a whole number from 0 to 255, found 1.5"},
         {R"({"modprobe": 18446744073709551615})", "expected a whole number from 0 to 255"},
         {R"({"virtualDevices": {"0": "sr0"}})", "file.json: virtualDevices[0]: expected a list of texts"},
+        {R"({"nodes": {"sg0": {}}})", "file.json: nodes[\"sg0\"]: expected a node of /dev/sg, "},
+        {withInquiry(R"({"data": [{"zeros": 2, "text": "A"}]})"), "unknown member \"text\", expected one of zeros"},
         {R"({"nodes": {"/dev/sg0": 1}})", "file.json: nodes[\"/dev/sg0\"]: expected an object, found 1"},
         {R"({"nodes": {"/dev/sg0": {"open": false}}})", "open: expected true, or the name of an error, found false"},
         {R"({"nodes": {"/dev/sg0": {"address": {"host": 1}}}})", "address: expected a member \"channel\""},

@@ -110,6 +110,7 @@ TEST_F(Program, RefusesWrongUsage) {
         {"--format xml", "--format: expected one of json, table, found 'xml'"},
         {"--log-level 3x", "--log-level: expected a whole number from 0 up, found '3x'"},
         {"--log-level", "--log-level: a value is missing"},
+        {"--machine ''", "--machine: a file name is missing"},
         {"--virtual-device 2=x", "--virtual-device: expected 0=TEXT or 1=TEXT, found '2=x'"},
     };
     for (const auto& c : cases) {
@@ -132,13 +133,14 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
          "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
         {"% --plugin missing.so", "missing.so: cannot open shared object file"},
         {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
-        {"ODD_PLUGIN=nothing % " + oddPlugin, "expected the library to register one plug-in, it registered 0"},
-        {"ODD_PLUGIN=load % " + oddPlugin, "a plug-in that fails while it is loaded: odd \\x1b[2J load"},
+        {"ODD_PLUGIN=nothing % " + oddPlugin,
+         "expected the library to register one plug-in that collects data, it registered 0"},
+        {"ODD_PLUGIN=load % " + oddPlugin, "the plug-in failed while it was loaded: odd \\x1b[2J load"},
         {"ODD_PLUGIN=init % " + oddPlugin, "Init failed: odd \\x1b[2J init"},
         {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
         {"% --machine " + machines + "empty.json --format json >/dev/full", "No space left on device"},
         {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
-        {"SCSIDEV_MACHINE=" + machines + "empty.json % --machine " + machines + "empty.json", "was not preloaded"},
+        {"env - SCSIDEV_MACHINE=other.json PATH=/usr/bin % --machine missing.json", "missing.json: cannot be read"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.command);
@@ -180,9 +182,29 @@ TEST_F(Program, EveryByteSurvivesInJsonAndNoneDrivesATerminal) {
         ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << static_cast<int>(c);
 }
 
-TEST_F(Program, ASignalRemovesTheWorkingDirectory) {
+TEST_F(Program, LeavesNothingBehindHoweverItEnds) {
     run("ODD_PLUGIN=terminate % " + oddPlugin);
     EXPECT_EQ(status, 128 + SIGTERM);
+    run("export TMPDIR=.; ODD_PLUGIN=terminate % " + oddPlugin);
+    EXPECT_EQ(status, 128 + SIGTERM);
+    run("{ sleep 0.1; % --format json; echo $? >&2; } | true");
+    EXPECT_THAT(errors, testing::EndsWith("standard output cannot be written: Broken pipe\n1\n"));
+    run("{ % --log-level 3 --machine " + machines + "rack-server.json 2>&1 >/dev/null; } | head -n 1");
+    EXPECT_THAT(output, HasSubstr("[3] hwinfo"));
+}
+
+TEST_F(Program, DoesNotDependOnWhatItInherits) {
+    // A parent that does not wait for its children: their exit statuses would be lost.
+    run("mkdir ../bin && ln -s /bin/true ../bin/modprobe && "
+        "PATH=$PWD/../bin:$PATH perl -e '$SIG{CHLD} = q(IGNORE); exec @ARGV' % --log-level 0 KORVA_SCSIDevice");
+    EXPECT_THAT(errors, Not(HasSubstr("sg module is not loaded correctly")));
+    run("export SCSIDEV_MACHINE=" + machines + "empty.json; % --machine " + machines +
+        "rack-server.json KORVA_CDVDDevice");
+    EXPECT_THAT(output, HasSubstr("Optical drives (KORVA_CDVDDevice): 1\n"));
+    run("export " + onRackServer + "; % KORVA_CDVDDevice");
+    EXPECT_THAT(output, HasSubstr("Optical drives (KORVA_CDVDDevice): 1\n")) << "its virtual drives are left out too";
+    run("export " + onRackServer + "; % --format json --machine " + machines + "empty.json");
+    EXPECT_EQ(nlohmann::json::parse(output)["machine"], "bare-01");
 }
 
 TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
