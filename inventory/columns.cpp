@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 
 namespace inventory {
 
@@ -14,16 +15,18 @@ void columns::add(const std::vector<std::string>& texts) {
     rows_.push_back(std::move(row));
 }
 
-void columns::write(std::ostream& output) const {
+void columns::write(std::ostream& output, std::size_t width) const {
     std::vector<std::size_t> widths(rows_.front().size());
     for (const auto& row : rows_) {
         for (std::size_t i = 0; i < widths.size(); ++i)
             widths[i] = std::max(widths[i], row[i].size());
     }
+    const std::size_t texts = std::accumulate(widths.begin(), widths.end(), std::size_t{0});
+    const std::string gap(texts + 2 * widths.size() > width ? 1 : 2, ' ');
     for (const auto& row : rows_) {
         std::string line;
         for (std::size_t i = 0; i < widths.size(); ++i)
-            line += "  " + row[i] + std::string(widths[i] - row[i].size(), ' ');
+            line += gap + row[i] + std::string(widths[i] - row[i].size(), ' ');
         line.erase(line.find_last_not_of(' ') + 1);
         output << line << '\n';
     }

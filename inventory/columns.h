@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -15,8 +16,8 @@ public:
     /// escaped, and an empty one shows as "-".
     void add(const std::vector<std::string>& texts);
 
-    /// Writes the headings and rows, indented by two blanks.
-    void write(std::ostream& output) const;
+    /// Writes the headings and rows, two blanks before each column; one where that makes a line fit `width`.
+    void write(std::ostream& output, std::size_t width) const;
 
 private:
     std::vector<std::vector<std::string>> rows_;

@@ -4,8 +4,8 @@
 #include "inventory/preloadedrun.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
+#include "inventory/statusline.h"
 #include "inventory/tableoutput.h"
-#include "minihost/minihost.h"
 
 #include <cerrno>
 #include <csignal>
@@ -20,11 +20,19 @@ constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
 
-void logToStandardError(int highestLevel) {
-    minihost::setLogSink([highestLevel](int level, const std::string& text) {
-        if (level <= highestLevel)
-            std::cerr << '[' + std::to_string(level) + "] " + inventory::escaped(text) + '\n';
-    });
+/// Runs the queries, with the log and, on a terminal, what is done right now on standard error.
+inventory::runResult runVisibly(const inventory::options& options, minihost::memoryNamespace& ns,
+                                inventory::remarks& remarks) {
+    inventory::statusLine status;
+    return inventory::run(options, ns,
+                          {[&](const std::string& step) { status.show(step); },
+                           [&](int level, const std::string& text) {
+                               remarks.sawMessage(level, text);
+                               const std::string line = inventory::escaped(text);
+                               if (level <= options.logLevel)
+                                   status.write('[' + std::to_string(level) + "] " + line + '\n');
+                               status.show(line);
+                           }});
 }
 
 void writeResult(const inventory::runResult& result, inventory::outputFormat format) {
@@ -41,11 +49,11 @@ void writeResult(const inventory::runResult& result, inventory::outputFormat for
 int show(inventory::options options, char* const* argv) {
     inventory::simulateMachine(options, argv);
     inventory::startRecording(options, argv);
-    logToStandardError(options.logLevel);
     minihost::memoryNamespace ns;
-    const inventory::runResult result = inventory::run(options, ns);
+    inventory::remarks remarks;
+    const inventory::runResult result = runVisibly(options, ns, remarks);
     writeResult(result, options.format);
-    inventory::writeRemarks(result, inventory::isSimulated(), std::cerr);
+    remarks.write(result, std::cerr);
     if (!options.recordFile.empty())
         inventory::writeRecording(options);
     if (result.failed())

@@ -1,23 +1,50 @@
 #include "inventory/remarks.h"
 
 #include "inventory/nodewatch.h"
+#include "inventory/preloadedrun.h"
 
 #include <unistd.h>
 
+#include <cstdlib>
+#include <sstream>
+
 namespace inventory {
 
-void writeRemarks(const runResult& result, bool simulated, std::ostream& output) {
+namespace {
+
+bool isOnPath(const std::string& command) {
+    const char* path = std::getenv("PATH");
+    std::istringstream directories(path == nullptr ? "" : path);
+    for (std::string directory; std::getline(directories, directory, ':');) {
+        if (::access((directory + '/' + command).c_str(), X_OK) == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+void remarks::sawMessage(int level, const std::string& text) {
+    driverMissing_ = driverMissing_ || (level == 0 && text == "sg module is not loaded correctly");
+}
+
+void remarks::write(const runResult& result, std::ostream& output) const {
     const nodeCount nodes = countedNodes();
-    if (nodes.refused > 0) {
-        const bool root = ::geteuid() == 0;
+    const bool root = ::geteuid() == 0;
+    const bool found = result.instanceCount() > 0;
+    if (nodes.refused > 0)
         output << (root ? "" : "not running as root: ") << nodes.refused << " of " << nodes.present
                << " device nodes could not be opened" << (root ? "" : "; try sudo") << '\n';
-    } else if (result.instanceCount() == 0 && !result.failed()) {
+    if (driverMissing_)
+        output << (root ? "" : "not running as root: ")
+               << "the sg driver could not be loaded, SCSI devices are not shown" << (root ? "" : "; try sudo") << '\n';
+    if (found && !isSimulated() && !isOnPath("hwinfo"))
+        output << "hwinfo is not installed: virtual USB media cannot be told apart\n";
+    if (!found && nodes.refused == 0 && !result.failed())
         output << "no devices found on "
-               << (simulated ? "the simulated machine"
-                             : "this machine; to see a simulated one: --machine machines/rack-server.json")
+               << (isSimulated() ? "the simulated machine"
+                                 : "this machine; to see a simulated one: --machine machines/rack-server.json")
                << '\n';
-    }
 }
 
 } // namespace inventory

@@ -3,10 +3,21 @@
 #include "inventory/run.h"
 
 #include <ostream>
+#include <string>
 
 namespace inventory {
 
-/// Says why there may be less to see than there is: nodes that could not be opened, or no devices at all.
-void writeRemarks(const runResult& result, bool simulated, std::ostream& output);
+/// What explains why there may be less to see than there is, each once: nodes that could not be opened, a driver that
+/// is not loaded, a tool that is missing, no devices at all.
+class remarks {
+public:
+    /// Takes note of a message of the plug-in.
+    void sawMessage(int level, const std::string& text);
+
+    void write(const runResult& result, std::ostream& output) const;
+
+private:
+    bool driverMissing_ = false;
+};
 
 } // namespace inventory

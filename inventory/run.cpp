@@ -42,13 +42,16 @@ std::size_t runResult::instanceCount() const {
     return count;
 }
 
-runResult run(const options& options, minihost::memoryNamespace& ns) {
+runResult run(const options& options, minihost::memoryNamespace& ns, const runEvents& events) {
     for (const int kind : {0, 1})
         minihost::setVirtualDevices(kind, options.virtualDevices[kind]);
     runResult result{NHALDEN20::TOSSpecific::GetMachineName(), {}};
+    minihost::setLogSink(events.logged);
     const scratchDirectory scratch;
+    events.step("loading the plug-in");
     minihost::pluginLibrary plugin(options.plugin);
     for (const auto& classNames : options.queries) {
+        events.step(classNames.front());
         result.queries.push_back(runQuery(classNames, plugin, ns));
         if (result.failed())
             break;

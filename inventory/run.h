@@ -4,6 +4,7 @@
 #include "minihost/memorynamespace.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,8 +27,14 @@ struct runResult {
     std::size_t instanceCount() const;
 };
 
+/// What a run tells while it goes on.
+struct runEvents {
+    std::function<void(const std::string& step)> step;              ///< printable text: what is done now
+    std::function<void(int level, const std::string& text)> logged; ///< a message of the plug-in
+};
+
 /// Loads the plug-in, runs the queries one after the other in `ns`, which outlives the result, and unloads
 /// it. Throws minihost::pluginError when the plug-in cannot be used.
-runResult run(const options& options, minihost::memoryNamespace& ns);
+runResult run(const options& options, minihost::memoryNamespace& ns, const runEvents& events);
 
 } // namespace inventory

@@ -1,5 +1,7 @@
 #include "inventory/scratchdirectory.h"
 
+#include "inventory/statusline.h"
+
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/syscall.h>
@@ -40,6 +42,7 @@ void removeAtOnce() {
 }
 
 extern "C" void removeAndExit(int signal) {
+    statusLine::eraseAtOnce();
     removeAtOnce();
     ::_exit(128 + signal);
 }

@@ -4,7 +4,6 @@
 #include "minihost/cimcontent.h"
 
 #include <algorithm>
-#include <functional>
 #include <map>
 #include <set>
 #include <variant>
@@ -14,6 +13,8 @@ namespace inventory {
 using minihost::memoryInstance;
 
 namespace {
+
+constexpr std::size_t usualWidth = 80; // columns of a terminal
 
 std::string asText(const NHALDEN20::TCIMValue* value) {
     if (value == nullptr)
@@ -45,10 +46,22 @@ std::string address(const memoryInstance& device) {
            ':' + property(device, "Lun");
 }
 
-/// "Direct Access Device" without the word that they all share.
+/// The peripheral device type in a word or two.
 std::string typeName(const memoryInstance& device) {
+    static const std::map<std::string, std::string> words{
+        {"Direct Access Device", "disk"},
+        {"Sequential Access Device", "tape"},
+        {"Write-Once Device", "worm"},
+        {"CD-ROM Device", "optical"},
+        {"Optical Memory Device", "optical mem"},
+        {"Medium Changer Device", "changer"},
+        {"Storage Array Controller", "array"},
+        {"Simple Direct Access Device", "disk"},
+        {"Optical Card Reader Device", "card"},
+    };
     const std::string name = property(device, "DeviceType");
-    return name.substr(0, name.rfind(" Device"));
+    const auto word = words.find(name);
+    return word != words.end() ? word->second : name.substr(0, name.rfind(" Device"));
 }
 
 /// The words for those of the 16-bit `properties` that are not 0.
@@ -62,16 +75,30 @@ std::string abilities(const memoryInstance& drive,
     return words;
 }
 
-std::string key(const memoryInstance& association, const char* end, const char* name) {
-    const auto* value = association.find(end);
-    const auto* reference = value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
+const NHALDEN20::TCIMReference* end(const memoryInstance& association, const char* name) {
+    const auto* value = association.find(name);
+    return value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
+}
+
+/// A key of one end of an association.
+std::string key(const memoryInstance& association, const char* endName, const char* name) {
+    const auto* reference = end(association, endName);
     if (reference == nullptr)
         return "";
     const auto found = reference->Content().keys.find(name);
     return found == reference->Content().keys.end() ? "" : withoutPadding(asText(&found->second));
 }
 
-using rowMaker = std::function<std::vector<std::string>(const memoryInstance&)>;
+/// The devices of a run by their object paths.
+using deviceMap = std::map<std::string, const memoryInstance*>;
+
+std::string deviceName(const memoryInstance& association, const deviceMap& devices) {
+    const auto* reference = end(association, "Dependent");
+    const auto found = reference == nullptr ? devices.end() : devices.find(minihost::objectPath(*reference));
+    return found == devices.end() ? "" : property(*found->second, "ElementName");
+}
+
+using rowMaker = std::vector<std::string> (*)(const memoryInstance&, const deviceMap&);
 
 /// How the instances of a class are shown.
 struct section {
@@ -80,7 +107,7 @@ struct section {
     rowMaker row;
 };
 
-std::vector<std::string> deviceRow(const memoryInstance& device) {
+std::vector<std::string> deviceRow(const memoryInstance& device, const deviceMap& /*devices*/) {
     return {property(device, "Name"),
             property(device, "VendorID"),
             property(device, "ProductID"),
@@ -90,7 +117,7 @@ std::vector<std::string> deviceRow(const memoryInstance& device) {
             address(device)};
 }
 
-std::vector<std::string> opticalRow(const memoryInstance& drive) {
+std::vector<std::string> opticalRow(const memoryInstance& drive, const deviceMap& /*devices*/) {
     return {
         property(drive, "DeviceID"),
         abilities(drive, {{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}}),
@@ -98,13 +125,13 @@ std::vector<std::string> opticalRow(const memoryInstance& drive) {
                   {{"CdRWrite", "CD-R"}, {"CdRwWrite", "CD-RW"}, {"DvdRWrite", "DVD-R"}, {"DvdRamWrite", "DVD-RAM"}})};
 }
 
-std::vector<std::string> firmwareElementRow(const memoryInstance& element) {
+std::vector<std::string> firmwareElementRow(const memoryInstance& element, const deviceMap& /*devices*/) {
     return {property(element, "SoftwareElementId"), property(element, "Name"), property(element, "Manufacturer"),
             property(element, "Version")};
 }
 
-std::vector<std::string> firmwareRow(const memoryInstance& association) {
-    return {key(association, "Dependent", "DeviceID"), key(association, "Dependent", "CreationClassName"),
+std::vector<std::string> firmwareRow(const memoryInstance& association, const deviceMap& devices) {
+    return {key(association, "Dependent", "DeviceID"), deviceName(association, devices),
             key(association, "Antecedent", "Version"), key(association, "Antecedent", "SoftwareElementId")};
 }
 
@@ -120,38 +147,42 @@ const std::map<std::string, section>& sections() {
         {"KORVA_SysBusDeviceFirmwareElement",
          {"Firmware elements", {"Device identity", "Kind", "Vendor", "Version"}, firmwareElementRow}},
         {"KORVA_SysBusDeviceFirmware",
-         {"Firmware of devices", {"Device", "Class", "Firmware", "Device identity"}, firmwareRow}},
+         {"Firmware of devices", {"Device", "Name", "Firmware", "Device identity"}, firmwareRow}},
     };
     return table;
 }
 
-void writeSection(const std::string& className, const queryResult& query, std::ostream& output) {
+void writeSection(const std::string& className, const queryResult& query, const deviceMap& devices,
+                  std::ostream& output) {
     const section& how = sections().at(className);
     columns rows(how.headings);
     std::size_t count = 0;
     for (const auto& instance : query.instances) {
         if (instance->declaration().name != className)
             continue;
-        rows.add(how.row(*instance));
+        rows.add(how.row(*instance, devices));
         ++count;
     }
     output << how.title << " (" << className << "): " << (count == 0 ? "none" : std::to_string(count)) << '\n';
     if (count > 0)
-        rows.write(output);
+        rows.write(output, usualWidth);
 }
 
 } // namespace
 
 void writeTable(const runResult& result, std::ostream& output) {
+    deviceMap devices;
     bool first = true;
     for (const auto& query : result.queries) {
+        for (const auto& instance : query.instances)
+            devices[minihost::objectPath(instance->GetReference({}))] = instance.get();
         std::set<std::string> shown;
         for (const auto& className : query.classes) {
             if (!shown.insert(className).second)
                 continue;
             output << (first ? "" : "\n");
             first = false;
-            writeSection(className, query, output);
+            writeSection(className, query, devices, output);
         }
     }
 }

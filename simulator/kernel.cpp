@@ -71,9 +71,10 @@ int kernel::ioctl(int fd, unsigned long request, void* argument) {
     return result.error == 0 ? result.value : fail(result.error);
 }
 
-void kernel::sleep(unsigned seconds) {
+bool kernel::skipsSleep(unsigned seconds) {
     note([&] { return "sleep " + std::to_string(seconds); });
-    secondsSlept_ += seconds;
+    secondsSkipped_ += sleepsForReal_ ? 0 : seconds;
+    return !sleepsForReal_;
 }
 
 bool kernel::system(const std::string& command, int& status) {

@@ -32,8 +32,9 @@ public:
 
     int ioctl(int fd, unsigned long request, void* argument);
 
-    /// Sleeps are skipped.
-    void sleep(unsigned seconds);
+    /// Is this sleep to be skipped? All are, unless sleepForReal() was called.
+    bool skipsSleep(unsigned seconds);
+    void sleepForReal() { sleepsForReal_ = true; }
 
     /// Runs a shell command that the machine stands in for: modprobe, the USB query and the removal of its
     /// file. False: the command is none of them.
@@ -44,7 +45,7 @@ public:
     /// One line a call, such as "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM", "sleep 5".
     const std::vector<std::string>& recordedCalls() const { return calls_; }
     std::size_t openDescriptors() const { return open_.size(); }
-    unsigned secondsSlept() const { return secondsSlept_; }
+    unsigned secondsSkipped() const { return secondsSkipped_; }
 
 private:
     template <typename Text>
@@ -57,7 +58,8 @@ private:
     bool record_;
     std::map<int, std::string> open_; // descriptor to path
     std::vector<std::string> calls_;
-    unsigned secondsSlept_ = 0;
+    unsigned secondsSkipped_ = 0;
+    bool sleepsForReal_ = false;
 };
 
 /// The kernel that the interposed calls of this process go to; null: the real one.

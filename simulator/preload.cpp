@@ -36,6 +36,8 @@ void startRecording(const char* preloadForChildren) {
         return;
     try {
         loaded = new simulator::kernel(simulator::readMachineFile(path));
+        if (std::getenv(simulator::sleepVariable) != nullptr)
+            loaded->sleepForReal();
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "simulated machine: %s\n", failure.what());
         ::_exit(1);
@@ -43,8 +45,8 @@ void startRecording(const char* preloadForChildren) {
 }
 
 [[gnu::destructor]] void sayWhatWasSkipped() {
-    if (loaded != nullptr && loaded->secondsSlept() > 0)
-        std::fprintf(stderr, "simulated machine: %u s of sleeping skipped\n", loaded->secondsSlept());
+    if (loaded != nullptr && loaded->secondsSkipped() > 0)
+        std::fprintf(stderr, "simulated machine: %u s of sleeping skipped\n", loaded->secondsSkipped());
 }
 
 } // namespace

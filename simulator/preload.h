@@ -5,6 +5,9 @@ namespace simulator {
 /// The environment variable that names the machine file to the preload library.
 constexpr const char* machineVariable = "SCSIDEV_MACHINE";
 
+/// The environment variable that, set to anything, makes a simulated machine sleep for real.
+constexpr const char* sleepVariable = "SCSIDEV_SLEEP";
+
 /// The environment variable that makes the preload library record this machine instead. Its value is the LD_PRELOAD
 /// that child processes get.
 constexpr const char* recordVariable = "SCSIDEV_RECORD";

@@ -27,8 +27,11 @@ TEST(Columns, AreAsWideAsTheirLongestText) {
     rows.add({"/dev/sg10", ""});
     rows.add({"/dev/sg2", "\x1b[31m"});
     std::ostringstream output;
-    rows.write(output);
+    rows.write(output, 80);
     EXPECT_EQ(output.str(), "  Node       Name\n  /dev/sg10  -\n  /dev/sg2   \\x1b[31m\n");
+    output.str("");
+    rows.write(output, 20);
+    EXPECT_EQ(output.str(), " Node      Name\n /dev/sg10 -\n /dev/sg2  \\x1b[31m\n") << "narrower, never cut";
 }
 
 TEST_F(Plugin, TheTableShowsWhatAPersonLooksFor) {
@@ -41,9 +44,9 @@ TEST_F(Plugin, TheTableShowsWhatAPersonLooksFor) {
                        namespace_.instances(),
                        std::nullopt}),
               "SCSI devices (KORVA_SCSIDevice): 2\n"
-              "  Node      Vendor  Product  Rev   Serial  Type               H:C:T:L\n"
-              "  /dev/sg4  ACME    TAPE     0001  -       Sequential Access  1:2:3:4\n"
-              "  /dev/sg5  ACME    BOX      0001  -       Enclosure          -\n"
+              "  Node      Vendor  Product  Rev   Serial  Type       H:C:T:L\n"
+              "  /dev/sg4  ACME    TAPE     0001  -       tape       1:2:3:4\n"
+              "  /dev/sg5  ACME    BOX      0001  -       Enclosure  -\n"
               "\n"
               "ATA devices (KORVA_ATADevice): none\n"
               "\n"

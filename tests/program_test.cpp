@@ -5,9 +5,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -62,6 +65,33 @@ protected:
         output = contentOf(root_ / "out");
         errors = contentOf(root_ / "err");
         EXPECT_TRUE(fs::is_empty(work())) << "something is left behind by " << command;
+    }
+
+    /// The same on a terminal, with Ctrl-C typed once `interruptAt`, if there is any, has been shown.
+    void runOnTerminal(std::string command, const std::string& interruptAt) {
+        command.replace(command.find('%'), 1, "exec " + program);
+        int terminal = -1;
+        const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+        if (child == 0) {
+            const std::string script =
+                "cd " + work().string() + " && export TMPDIR=" + work().string() + " && " + command;
+            ::execl("/bin/sh", "sh", "-c", script.c_str(), nullptr);
+            ::_exit(127);
+        }
+        output.clear();
+        bool interrupted = interruptAt.empty();
+        char block[4096];
+        for (ssize_t got = 0; (got = ::read(terminal, block, sizeof block)) > 0;) {
+            output.append(block, static_cast<std::size_t>(got));
+            if (!interrupted && output.find(interruptAt) != std::string::npos)
+                interrupted = ::write(terminal, "\x03", 1) == 1;
+        }
+        ::close(terminal);
+        int result = 0;
+        ::waitpid(child, &result, 0);
+        status = WIFEXITED(result) ? WEXITSTATUS(result) : -1;
+        EXPECT_TRUE(interrupted) << interruptAt << " was never shown";
+        EXPECT_TRUE(fs::is_empty(work()));
     }
 
     /// A file of this content, outside the working directory.
@@ -191,6 +221,27 @@ TEST_F(Program, LeavesNothingBehindHoweverItEnds) {
     EXPECT_THAT(errors, testing::EndsWith("standard output cannot be written: Broken pipe\n1\n"));
     run("{ % --log-level 3 --machine " + machines + "rack-server.json 2>&1 >/dev/null; } | head -n 1");
     EXPECT_THAT(output, HasSubstr("[3] hwinfo"));
+}
+
+TEST_F(Program, ShowsOnATerminalWhatItDoes) {
+    const std::string command = "% --machine " + machines + "rack-server.json KORVA_SCSITapeDrive";
+    runOnTerminal(command, "");
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(output, HasSubstr("\r\x1b[K0 s  SCSI Inquiry returned good..."));
+    EXPECT_THAT(output, HasSubstr("\r\x1b[KSCSI tape drives (KORVA_SCSITapeDrive): 2\r\n")) << "gone before the result";
+
+    const auto begin = std::chrono::steady_clock::now();
+    runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...");
+    EXPECT_EQ(status, 128 + SIGINT);
+    EXPECT_THAT(output, testing::EndsWith("\r\x1b[K"));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4)) << "the sleep of 5 s is cut short";
+
+    // A shell command that the run waits for is not all that an interrupt ends.
+    const std::string slowly = "mkdir -p ../bin && printf '#!/bin/sh\\nexec sleep 30\\n' >../bin/modprobe && "
+                               "chmod +x ../bin/modprobe && PATH=$PWD/../bin:$PATH ";
+    runOnTerminal(slowly + "% KORVA_SCSIDevice", "1 s  KORVA_SCSIDevice");
+    EXPECT_EQ(status, 128 + SIGINT);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
 TEST_F(Program, DoesNotDependOnWhatItInherits) {

@@ -28,7 +28,7 @@ protected:
     simulator::node& sgNode(const std::string& path, const simulator::scsiAnswer& inquiry);
 
     const strings& calls() const { return kernel_.recordedCalls(); }
-    unsigned secondsSlept() const { return kernel_.secondsSlept(); }
+    unsigned secondsSlept() const { return kernel_.secondsSkipped(); }
     /// The log so far, each line as "LEVEL TEXT"; empties it.
     strings takeLog();
 

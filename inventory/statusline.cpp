@@ -1,0 +1,87 @@
+#include "inventory/statusline.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <iostream>
+
+namespace inventory {
+
+namespace {
+
+constexpr char eraseLine[] = "\r\x1b[K";
+volatile std::sig_atomic_t onTerminal = 0;
+
+std::size_t terminalWidth() {
+    winsize size{};
+    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
+} // namespace
+
+statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {
+    if (!enabled_)
+        return;
+    onTerminal = 1;
+    // Signals are for the thread that does the work.
+    sigset_t all, before;
+    sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    ticker_ = std::thread([this] { tick(); });
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+statusLine::~statusLine() {
+    if (!enabled_)
+        return;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        ending_ = true;
+        onTerminal = 0;
+        erase();
+    }
+    ended_.notify_one();
+    ticker_.join();
+}
+
+void statusLine::show(const std::string& step) {
+    if (!enabled_)
+        return;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    step_ = step;
+    draw();
+}
+
+void statusLine::write(const std::string& lines) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (enabled_)
+        erase();
+    std::cerr << lines;
+    if (enabled_)
+        draw();
+}
+
+void statusLine::tick() {
+    std::unique_lock<std::mutex> lock(mutex_);
+    while (!ended_.wait_for(lock, std::chrono::seconds(1), [this] { return ending_; })) {
+        ++seconds_;
+        draw();
+    }
+}
+
+void statusLine::draw() {
+    const std::string line = std::to_string(seconds_) + " s  " + step_;
+    std::cerr << eraseLine + line.substr(0, terminalWidth() - 1) << std::flush;
+}
+
+void statusLine::erase() { std::cerr << eraseLine << std::flush; }
+
+void statusLine::eraseAtOnce() {
+    if (onTerminal != 0) [[maybe_unused]]
+        const ssize_t written = ::write(STDERR_FILENO, eraseLine, sizeof eraseLine - 1);
+}
+
+} // namespace inventory

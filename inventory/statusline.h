@@ -1,0 +1,44 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace inventory {
+
+/// One line at the bottom of the terminal that shows the newest step and the seconds spent, while it lives.
+///
+/// Does nothing where standard error is no terminal. All else that is written to standard error meanwhile goes through
+/// write().
+class statusLine {
+public:
+    statusLine();
+    ~statusLine();
+    statusLine(const statusLine&) = delete;
+    statusLine& operator=(const statusLine&) = delete;
+
+    /// Shows `step`, printable text, from now on.
+    void show(const std::string& step);
+
+    /// Takes the line off the terminal when a signal ends the process. Safe in a signal handler.
+    static void eraseAtOnce();
+
+    /// Writes whole lines of text above the status line.
+    void write(const std::string& lines);
+
+private:
+    void tick();
+    void draw();
+    void erase();
+
+    bool enabled_;
+    std::mutex mutex_;
+    std::condition_variable ended_;
+    bool ending_ = false;
+    std::string step_;
+    unsigned seconds_ = 0;
+    std::thread ticker_;
+};
+
+} // namespace inventory
