@@ -88,8 +88,9 @@ void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* reco
         writeAssociation(*record, instance);
         return;
     }
+    const bool isDevice = chooseDeviceInstance(requested, *record, instance);
     const std::string firstClass = requested.front()->GetClassName(TContext());
-    if (chooseDeviceInstance(requested, *record, instance)) {
+    if (isDevice) {
         if (!belongsToRequest(*record, firstClass))
             return;
         hostLog(progress, "SCSI or ATA");
