@@ -87,6 +87,7 @@ TEST_F(Plugin, TakesOddTablesAsTheyCome) {
          {"0", "3"},
          {}},
         {"one line less", [](std::string& t) { t.resize(t.size() - 4); }, {}, {}, {}},
+        {"18 lines and a half", [](std::string& t) { t.replace(t.size() - 4, 4, "x"); }, {}, {}, {}},
         {"19 lines and a half",
          [](std::string& t) { t.replace(t.size() - 3, 3, "x"); },
          {"/dev/sr1", "/dev/sr0"},
