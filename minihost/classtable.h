@@ -5,20 +5,38 @@
 
 namespace minihost {
 
+enum class cimType { string, uint16, boolean, stringArray, reference };
+
+/// One property that a class declares.
+struct propertyDeclaration {
+    const char* name;
+    cimType type;
+    bool isKey;
+    const char* description;     ///< one sentence: where the value comes from
+    const char* referenced = ""; ///< of a reference: the class of the instances that it may name
+};
+
+enum class classKind { concrete, abstract, association };
+
 /// One class that the namespace knows.
 struct classDeclaration {
     const char* name;
-    const char* base;              ///< name of the superclass; empty for none
-    std::vector<const char*> keys; ///< key properties, those of the superclass included
+    const char* base; ///< name of the superclass; empty for none
+    classKind kind;
+    const char* description;
+    std::vector<propertyDeclaration> properties; ///< without those of the superclass
 };
 
-/// All classes, superclasses before their subclasses.
+/// All classes: superclasses before their subclasses, and referenced classes before their associations.
 const std::vector<classDeclaration>& classTable();
 
 /// The class called `name`, or null.
 const classDeclaration* findClass(const std::string& name);
 
-/// Is `name` the class `base` or one that derives from it?
+/// Is `declaration` the class `base` or one that derives from it?
 bool isKindOf(const classDeclaration& declaration, const std::string& base);
+
+/// All properties of a class, those of its superclasses first.
+std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& declaration);
 
 } // namespace minihost

@@ -58,9 +58,10 @@ memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& decl
 
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     TContext keys;
-    for (const char* key : declaration_.keys) {
-        if (const TCIMValue* value = find(key))
-            keys[key] = *value;
+    for (const propertyDeclaration* property : propertiesOf(declaration_)) {
+        const TCIMValue* value = property->isKey ? find(property->name) : nullptr;
+        if (value != nullptr)
+            keys[property->name] = *value;
     }
     TCIMReference reference(boost::shared_ptr<NHALDEN20::ICIMNamespace>(), keys);
     reference.Content().className = declaration_.name;
