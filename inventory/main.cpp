@@ -32,6 +32,9 @@ inventory::runResult runVisibly(const inventory::options& options, minihost::mem
                                if (level <= options.logLevel)
                                    status.write('[' + std::to_string(level) + "] " + line + '\n');
                                status.show(line);
+                           },
+                           [&](const std::string& text) {
+                               status.write("remark: " + inventory::escaped(text) + '\n');
                            }});
 }
 

@@ -47,6 +47,7 @@ runResult run(const options& options, minihost::memoryNamespace& ns, const runEv
         minihost::setVirtualDevices(kind, options.virtualDevices[kind]);
     runResult result{NHALDEN20::TOSSpecific::GetMachineName(), {}};
     minihost::setLogSink(events.logged);
+    minihost::setRemarkSink(events.remarked);
     const scratchDirectory scratch;
     events.step("loading the plug-in");
     minihost::pluginLibrary plugin(options.plugin);

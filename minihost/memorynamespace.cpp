@@ -1,11 +1,14 @@
 #include "minihost/memorynamespace.h"
 
 #include "minihost/cimcontent.h"
+#include "minihost/minihost.h"
+#include "minihost/typecheck.h"
 
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 using NHALDEN20::ICIMClass;
 using NHALDEN20::ICIMInstance;
@@ -51,7 +54,14 @@ private:
     TCIMValue value_;
 };
 
+remarkSink& sink() {
+    static remarkSink instance;
+    return instance;
+}
+
 } // namespace
+
+void setRemarkSink(remarkSink wanted) { sink() = std::move(wanted); }
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
     : namespace_(ns), declaration_(declaration) {}
@@ -79,6 +89,7 @@ boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> memoryInstance::GetPropertyHand
 }
 
 void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value, const TContext& /*context*/) {
+    namespace_.check(declaration_, name, value);
     for (auto& [knownName, knownValue] : properties_) {
         if (knownName == name) {
             knownValue = value;
@@ -111,5 +122,11 @@ boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, 
 }
 
 void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { instances_.push_back(instance); }
+
+void memoryNamespace::check(const classDeclaration& declaration, const std::string& property, const TCIMValue& value) {
+    const std::string wrong = mismatch(declaration, property, value);
+    if (!wrong.empty() && sink() && remarkedOn_.emplace(declaration.name, property).second)
+        sink()(wrong);
+}
 
 } // namespace minihost

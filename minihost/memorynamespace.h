@@ -9,6 +9,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,9 +61,13 @@ public:
     /// Adds `instance` as the last one; called through ICIMInstance::AddToClass.
     void commit(boost::shared_ptr<memoryInstance> instance);
 
+    /// Remarks on a property that does not suit its class; called through ICIMInstance::SetProperty.
+    void check(const classDeclaration& declaration, const std::string& property, const NHALDEN20::TCIMValue& value);
+
 private:
     std::map<std::string, boost::shared_ptr<NHALDEN20::ICIMClass>> classes_;
     std::vector<boost::shared_ptr<memoryInstance>> instances_;
+    std::set<std::pair<std::string, std::string>> remarkedOn_; ///< class and property
 };
 
 } // namespace minihost

@@ -2,6 +2,7 @@
 #include "minihost/cimcontent.h"
 #include "minihost/classtable.h"
 #include "minihost/memorynamespace.h"
+#include "minihost/minihost.h"
 #include "plugin/host/addtovectorcallback.h"
 #include "plugin/host/osspecific.h"
 #include "tests/simulatedmachine.h"
@@ -69,6 +70,53 @@ TEST(Namespace, EnumeratesAClassWithItsSubclassesInCommitOrder) {
         names.push_back(instance->GetInstanceClass({})->GetClassName({}));
     EXPECT_EQ(names, (strings{"KORVA_ATADevice", "KORVA_SCSIDevice", "KORVA_SCSITapeDrive"}));
     EXPECT_THROW(ns.GetClass("KORVA_Other", {}), std::invalid_argument);
+}
+
+TEST(Namespace, RemarksOnceOnEachPropertyThatDoesNotSuitItsClass) {
+    minihost::memoryNamespace ns;
+    strings remarks;
+    minihost::setRemarkSink([&remarks](const std::string& text) { remarks.push_back(text); });
+    const auto instanceOf = [&ns](const std::string& className) {
+        return ns.GetClass(className, {})->CreateInstance({});
+    };
+    const std::string disk = "KORVA_SCSIDevice", firmware = "KORVA_SysBusDeviceFirmware";
+    auto toDisk = instanceOf(disk)->GetReference({});
+    auto toNothing = NHALDEN20::TCIMReference({}, {});
+    const TCIMValue list(NHALDEN20::kCIMStringArray, 0, {TCIMValue("a")});
+    const TCIMValue mixedList(NHALDEN20::kCIMStringArray, 0, {TCIMValue("a"), TCIMValue(true)});
+    const unsigned short number = 1;
+    const struct {
+        std::string className, property;
+        TCIMValue value;
+        std::string remark;
+    } cases[] = {
+        {disk, "Lun", number, ""},
+        {disk, "OtherIdentifyingInfo", list, ""},
+        {disk, "Lun", TCIMValue(), ""},
+        {firmware, "LoadedOnDevice", true, ""},
+        {firmware, "Dependent", toDisk, ""},
+        {disk, "lun", number, "KORVA_SCSIDevice declares no property lun"},
+        {disk, "Lun", "1", "KORVA_SCSIDevice declares Lun as uint16, it is set as string"},
+        {disk, "Lun", true, ""},
+        {"KORVA_ATADevice", "Lun", true, "KORVA_ATADevice declares Lun as uint16, it is set as boolean"},
+        {disk, "Model", list, "KORVA_SCSIDevice declares Model as string, it is set as string[]"},
+        {disk, "OtherIdentifyingInfo", mixedList,
+         "KORVA_SCSIDevice declares OtherIdentifyingInfo as string[], it is set as array of other than strings"},
+        {disk, "Name", toDisk, "KORVA_SCSIDevice declares Name as string, it is set as reference to KORVA_SCSIDevice"},
+        {firmware, "Antecedent", toDisk,
+         "KORVA_SysBusDeviceFirmware declares Antecedent as reference to KORVA_SysBusDeviceFirmwareElement, it is set "
+         "as reference to KORVA_SCSIDevice"},
+        {firmware, "Dependent", toNothing,
+         "KORVA_SysBusDeviceFirmware declares Dependent as reference to KORVA_SysBusDevice, it is set as reference "
+         "to "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.className + '.' + c.property);
+        remarks.clear();
+        instanceOf(c.className)->SetProperty(c.property, c.value, {});
+        EXPECT_EQ(remarks, c.remark.empty() ? strings() : strings{c.remark});
+    }
+    minihost::setRemarkSink(nullptr);
 }
 
 TEST(ObjectPath, HoldsTheKeysThatWereSetInAlphabeticalOrder) {

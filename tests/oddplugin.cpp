@@ -1,5 +1,6 @@
 // A plug-in that fails at the step that ODD_PLUGIN names: load, init, query (after its first instance). It
-// sends itself SIGTERM in a query when told to "terminate", and does not register for "nothing".
+// sends itself SIGTERM in a query when told to "terminate", sets properties that its class does not declare
+// when told to "drift", and does not register for "nothing".
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
@@ -49,7 +50,12 @@ public:
         std::string everyByte;
         for (int byte = 0; byte < 256; ++byte)
             everyByte += static_cast<char>(byte);
-        instance->SetProperty("ProductID", everyByte, {});
+        for (const char* name : {"CreationClassName", "DeviceID", "SystemCreationClassName", "SystemName", "ProductID"})
+            instance->SetProperty(name, everyByte, {});
+        if (oddity() == "drift") {
+            instance->SetProperty("Odd\x1b[2J", true, {});
+            instance->SetProperty("Lun", "7", {});
+        }
         instance->AddToClass({});
         failAt("query");
         if (oddity() == "terminate")

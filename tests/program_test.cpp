@@ -211,6 +211,13 @@ TEST_F(Program, EveryByteSurvivesInJsonAndNoneDrivesATerminal) {
         ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << static_cast<int>(c);
 }
 
+TEST_F(Program, RemarksOnWhatThePluginSetsAndItsClassDoesNotDeclare) {
+    run("ODD_PLUGIN=drift % --log-level 0 KORVA_ATADevice KORVA_ATADevice " + oddPlugin);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(errors, "remark: KORVA_ATADevice declares no property Odd\\x1b[2J\n"
+                      "remark: KORVA_ATADevice declares Lun as uint16, it is set as string\n");
+}
+
 TEST_F(Program, LeavesNothingBehindHoweverItEnds) {
     run("ODD_PLUGIN=terminate % " + oddPlugin);
     EXPECT_EQ(status, 128 + SIGTERM);

@@ -48,11 +48,13 @@ SimulatedMachine::SimulatedMachine() : kernel_(simulator::machine(), simulator::
     installed = &kernel_;
     minihost::setLogSink(
         [this](int level, const std::string& text) { log_.push_back(std::to_string(level) + ' ' + text); });
+    minihost::setRemarkSink([](const std::string& text) { ADD_FAILURE() << "the host remarks: " << text; });
 }
 
 SimulatedMachine::~SimulatedMachine() {
     installed = nullptr;
     minihost::setLogSink(nullptr);
+    minihost::setRemarkSink(nullptr);
     for (const int kind : {0, 1})
         minihost::setVirtualDevices(kind, {});
 }

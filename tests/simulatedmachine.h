@@ -15,7 +15,7 @@
 using strings = std::vector<std::string>;
 
 /// A simulated machine under this process, and the host's log. At the end nothing may be left open, and
-/// nothing may have been asked that the simulation does not know.
+/// nothing may have been asked that the simulation does not know; nor may the host have anything to remark on.
 class SimulatedMachine : public ::testing::Test {
 protected:
     SimulatedMachine();
