@@ -30,7 +30,8 @@ struct TCIMValue::TContent {
 namespace minihost {
 
 /// The object path as text: CLASS.key="text",key=number,... with the keys in alphabetical order, and " and
-/// \ in texts escaped by \ (DSP0004, untyped path). Keys that were never set are left out.
+/// \ in texts escaped by \ (DSP0004, untyped path). A key that has no value of its
+/// type is left out.
 std::string objectPath(const NHALDEN20::TCIMReference& reference);
 
 } // namespace minihost

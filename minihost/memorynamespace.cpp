@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
+#include <variant>
 
 using NHALDEN20::ICIMClass;
 using NHALDEN20::ICIMInstance;
@@ -69,7 +70,7 @@ memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& decl
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     TContext keys;
     for (const propertyDeclaration* property : propertiesOf(declaration_)) {
-        const TCIMValue* value = property->isKey ? find(property->name) : nullptr;
+        const TCIMValue* value = property->isKey ? findSuitable(property->name) : nullptr;
         if (value != nullptr)
             keys[property->name] = *value;
     }
@@ -105,6 +106,12 @@ const TCIMValue* memoryInstance::find(const std::string& name) const {
             return &value;
     }
     return nullptr;
+}
+
+const TCIMValue* memoryInstance::findSuitable(const std::string& name) const {
+    const TCIMValue* value = find(name);
+    const bool isEmpty = value == nullptr || std::holds_alternative<std::monostate>(value->Content().value);
+    return isEmpty || !mismatch(declaration_, name, *value).empty() ? nullptr : value;
 }
 
 void memoryInstance::CommitToClass(const TContext& /*context*/) { namespace_.commit(shared_from_this()); }

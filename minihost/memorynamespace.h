@@ -36,6 +36,8 @@ public:
     const propertyList& properties() const { return properties_; }
     /// The value of a property, or null when it was never set.
     const NHALDEN20::TCIMValue* find(const std::string& name) const;
+    /// The same, but null as well for an empty value and for one that the class does not declare so.
+    const NHALDEN20::TCIMValue* findSuitable(const std::string& name) const;
 
 private:
     void CommitToClass(const NHALDEN20::TContext& context) override;

@@ -128,4 +128,10 @@ TEST(ObjectPath, HoldsTheKeysThatWereSetInAlphabeticalOrder) {
     instance->SetProperty("SoftwareElementState", static_cast<unsigned short>(2), {});
     EXPECT_EQ(minihost::objectPath(instance->GetReference({})),
               R"(KORVA_SysBusDeviceFirmwareElement.SoftwareElementState=2,Version="a\"b\\c")");
+    const TCIMValue list(NHALDEN20::kCIMStringArray, 0, {TCIMValue("a")});
+    for (const TCIMValue& noKey : {TCIMValue(), TCIMValue(true), list}) {
+        instance->SetProperty("Version", noKey, {});
+        EXPECT_EQ(minihost::objectPath(instance->GetReference({})),
+                  "KORVA_SysBusDeviceFirmwareElement.SoftwareElementState=2");
+    }
 }
