@@ -8,4 +8,8 @@ namespace inventory {
 /// newline as \n, tab as \t, any other byte outside 0x20..0x7E as \x and two lower-case hex digits.
 std::string escaped(const std::string& text);
 
+/// `text` as a MOF string literal, quotes included (DSP0004): " and \ escaped by \, any byte outside
+/// 0x20..0x7E as \x and four lower-case hex digits.
+std::string mofQuoted(const std::string& text);
+
 } // namespace inventory

@@ -1,5 +1,6 @@
 #include "inventory/escape.h"
 #include "inventory/jsonoutput.h"
+#include "inventory/mofoutput.h"
 #include "inventory/options.h"
 #include "inventory/preloadedrun.h"
 #include "inventory/remarks.h"
@@ -46,6 +47,9 @@ void writeResult(const inventory::runResult& result, inventory::outputFormat for
     case inventory::outputFormat::json:
         inventory::writeJson(result, std::cout);
         break;
+    case inventory::outputFormat::mof:
+        inventory::writeMof(result, std::cout);
+        break;
     }
 }
 
@@ -78,6 +82,9 @@ int runCommandLine(int argc, char** argv) {
     switch (line.what) {
     case inventory::commandLine::outcome::help:
         std::cout << line.text << '\n';
+        return succeeded;
+    case inventory::commandLine::outcome::schema:
+        inventory::writeMofSchema(std::cout);
         return succeeded;
     case inventory::commandLine::outcome::wrong:
         writeError(line.text + " (try --help)");

@@ -24,7 +24,8 @@ const std::vector<std::string> defaultQueries{"KORVA_SCSIDevice",
                                               "KORVA_SysBusDeviceFirmwareElement",
                                               "KORVA_SysBusDeviceFirmware"};
 
-const std::map<std::string, outputFormat> formats{{"table", outputFormat::table}, {"json", outputFormat::json}};
+const std::map<std::string, outputFormat> formats{
+    {"table", outputFormat::table}, {"json", outputFormat::json}, {"mof", outputFormat::mof}};
 
 struct usageError : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -94,11 +95,12 @@ std::string fileOf(const CLI::App& app, const char* option) {
 
 /// What CLI11 reads before it is checked further.
 struct rawOptions {
-    std::vector<std::string> queries{defaultQueries};
+    std::vector<std::string> queries;
     std::vector<std::string> virtualDevices;
     std::string format = "table";
     std::string logLevel = "1";
     std::string file; // of any option that takes one: the option itself knows its own
+    bool schema = false;
 };
 
 void describe(CLI::App& app, options& options, rawOptions& raw) {
@@ -108,7 +110,7 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
                    "Class names with commas between them: one query for these\n"
                    "classes in this order. Default: one query for each class of\n"
                    "devices, for firmware elements and for firmware associations");
-    app.add_option("--format", raw.format, "table or json (default: table)")->type_name("FORMAT");
+    app.add_option("--format", raw.format, "table, json or mof (default: table)")->type_name("FORMAT");
     app.add_option("--log-level", raw.logLevel,
                    "Print log messages up to this level on standard error:\n"
                    "0 failures, 1 malformed input, 3 trace (default: 1)")
@@ -125,6 +127,7 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
         ->type_name("FILE");
     app.add_flag("--force", options.force, "Let --record replace the file");
     app.add_option("--plugin", raw.file, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
+    app.add_flag("--schema", raw.schema, "Print the class declarations as MOF, and nothing else");
     app.footer("\nExamples:\n"
                "  scsidev-inventory KORVA_SCSIDevice,KORVA_SCSITapeDrive\n"
                "  scsidev-inventory --machine machines/rack-server.json --format json");
@@ -146,7 +149,9 @@ void check(const CLI::App& app, const rawOptions& raw, options& options) {
     }
     options.format = format->second;
     options.logLevel = parseLogLevel(raw.logLevel);
-    for (const auto& query : raw.queries)
+    if (raw.schema && !raw.queries.empty())
+        throw usageError("--schema: takes no QUERY, found '" + raw.queries.front() + "'");
+    for (const auto& query : raw.queries.empty() ? defaultQueries : raw.queries)
         options.queries.push_back(parseQuery(query));
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
@@ -170,6 +175,8 @@ commandLine readCommandLine(int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
         check(app, raw, result.options);
+        if (raw.schema)
+            result.what = commandLine::outcome::schema;
     } catch (const CLI::CallForHelp&) {
         result.what = commandLine::outcome::help;
         result.text = app.help();

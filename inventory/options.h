@@ -5,7 +5,7 @@
 
 namespace inventory {
 
-enum class outputFormat { table, json };
+enum class outputFormat { table, json, mof };
 
 /// What the command line asks for. File names are absolute: a run has a working directory of its own.
 struct options {
@@ -19,9 +19,10 @@ struct options {
     bool force = false;     ///< the file to record into may be replaced
 };
 
-/// The outcome of reading a command line: options to run with, or a text to print and an exit status.
+/// The outcome of reading a command line: options to run with, the wish for the class declarations, or a text
+/// to print.
 struct commandLine {
-    enum class outcome { run, help, wrong };
+    enum class outcome { run, schema, help, wrong };
 
     outcome what = outcome::run;
     inventory::options options;

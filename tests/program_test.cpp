@@ -1,5 +1,7 @@
 // The program and the plug-in as they are shipped, in processes of their own.
 
+#include "tests/mofreader.h"
+
 #include <nlohmann/json.hpp>
 
 #include <gmock/gmock.h>
@@ -14,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -93,6 +96,17 @@ protected:
         EXPECT_TRUE(fs::is_empty(work()));
     }
 
+    /// Runs the command with each of the two formats, expects the same instances, and returns the MOF.
+    mof::document mofLikeJson(const std::string& command) {
+        SCOPED_TRACE(command);
+        run(command + " --format json");
+        const auto expected = mof::instancesOf(nlohmann::json::parse(output));
+        run(command + " --format mof");
+        mof::document document = mof::read(output);
+        EXPECT_EQ(document.instances, expected);
+        return document;
+    }
+
     /// A file of this content, outside the working directory.
     std::string fileWith(const std::string& content) {
         std::ofstream(root_ / "file.json") << content;
@@ -126,6 +140,48 @@ TEST_F(Program, PrintsWhatStandsBesideTheMachineFile) {
     EXPECT_GE(compared, 2U);
 }
 
+TEST_F(Program, PrintsTheSchemaThatTheRepositoryHolds) {
+    run("% --schema --plugin missing.so");
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(output, contentOf(SOURCE_DIRECTORY "/schema/korva.mof")) << "rewrite it with script/rewrite-expected";
+    for (const auto& [name, declared] : mof::read(output).classes) {
+        EXPECT_THAT(declared.description, testing::EndsWith(".")) << name;
+        for (const auto& [property, declaredProperty] : declared.properties)
+            EXPECT_THAT(declaredProperty.description, testing::EndsWith(".")) << name << '.' << property;
+    }
+}
+
+TEST_F(Program, MofSaysOfEachMachineWhatJsonSays) {
+    std::set<std::string> classes;
+    for (const auto& entry : fs::directory_iterator(machines)) {
+        const mof::document document = mofLikeJson("% --machine " + entry.path().string());
+        EXPECT_EQ(status, 0);
+        for (const auto& instance : document.instances) {
+            classes.insert(instance["class"]);
+            for (const auto& [name, declared] : document.classes.at(instance["class"]).properties)
+                EXPECT_TRUE(instance["properties"].contains(name)) << name << " is declared and never set";
+        }
+    }
+    EXPECT_EQ(classes.size(), 6U) << "every class that is not abstract";
+}
+
+TEST_F(Program, MofIsWholeWhateverThePluginDoes) {
+    mofLikeJson("ODD_PLUGIN=query % KORVA_ATADevice " + oddPlugin);
+    EXPECT_EQ(status, 1);
+    EXPECT_THAT(output, testing::EndsWith(R"(// The last query failed: odd \x1b[2J query)"
+                                          "\n"));
+
+    run("ODD_PLUGIN=drift % --format mof KORVA_ATADevice " + oddPlugin);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(mof::read(output).instances[0]["properties"].size(), 5U);
+    EXPECT_THAT(output, HasSubstr(R"(    // Left out: KORVA_ATADevice declares no property Odd\x1b[2J)"));
+
+    run("% --format mof KORVA_SysBusDevice " + oddPlugin);
+    EXPECT_EQ(mof::read(output).instances.size(), 0U);
+    EXPECT_THAT(output, HasSubstr("// An instance of KORVA_SysBusDevice is left out: the class is abstract\n"));
+}
+
 TEST_F(Program, RefusesWrongUsage) {
     const struct {
         const char *arguments, *message;
@@ -136,10 +192,11 @@ TEST_F(Program, RefusesWrongUsage) {
         {"KORVA_CDVDevice", "unknown class 'KORVA_CDVDevice' (did you mean KORVA_CDVDDevice?); the classes are "
                             "KORVA_SysBusDevice, KORVA_SCSIDevice, "},
         {"--fromat json", "unknown option '--fromat' (did you mean --format?)"},
-        {"--format xml", "--format: expected one of json, table, found 'xml'"},
+        {"--format xml", "--format: expected one of json, mof, table, found 'xml'"},
         {"--log-level 3x", "--log-level: expected a whole number from 0 up, found '3x'"},
         {"--log-level", "--log-level: a value is missing"},
         {"--machine ''", "--machine: a file name is missing"},
+        {"--schema KORVA_SCSIDevice", "--schema: takes no QUERY, found 'KORVA_SCSIDevice'"},
         {"--virtual-device 2=x", "--virtual-device: expected 0=TEXT or 1=TEXT, found '2=x'"},
     };
     for (const auto& c : cases) {
