@@ -7,6 +7,9 @@
 #include "inventory/run.h"
 #include "inventory/statusline.h"
 #include "inventory/tableoutput.h"
+#include "inventory/terminal.h"
+
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -39,10 +42,10 @@ inventory::runResult runVisibly(const inventory::options& options, minihost::mem
                            }});
 }
 
-void writeResult(const inventory::runResult& result, inventory::outputFormat format) {
-    switch (format) {
+void writeResult(const inventory::runResult& result, const inventory::options& options) {
+    switch (options.format) {
     case inventory::outputFormat::table:
-        inventory::writeTable(result, std::cout);
+        inventory::writeTable(result, {options.allProperties, inventory::terminalWidth(STDOUT_FILENO)}, std::cout);
         break;
     case inventory::outputFormat::json:
         inventory::writeJson(result, std::cout);
@@ -59,7 +62,7 @@ int show(inventory::options options, char* const* argv) {
     minihost::memoryNamespace ns;
     inventory::remarks remarks;
     const inventory::runResult result = runVisibly(options, ns, remarks);
-    writeResult(result, options.format);
+    writeResult(result, options);
     remarks.write(result, std::cerr);
     if (!options.recordFile.empty())
         inventory::writeRecording(options);

@@ -111,6 +111,7 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
                    "classes in this order. Default: one query for each class of\n"
                    "devices, for firmware elements and for firmware associations");
     app.add_option("--format", raw.format, "table, json or mof (default: table)")->type_name("FORMAT");
+    app.add_flag("--all-properties", options.allProperties, "Below each table, list every property of each instance");
     app.add_option("--log-level", raw.logLevel,
                    "Print log messages up to this level on standard error:\n"
                    "0 failures, 1 malformed input, 3 trace (default: 1)")
@@ -148,6 +149,8 @@ void check(const CLI::App& app, const rawOptions& raw, options& options) {
                          didYouMean(raw.format, known));
     }
     options.format = format->second;
+    if (options.allProperties && options.format != outputFormat::table)
+        throw usageError("--all-properties: goes with tables, " + raw.format + " has every property anyway");
     options.logLevel = parseLogLevel(raw.logLevel);
     if (raw.schema && !raw.queries.empty())
         throw usageError("--schema: takes no QUERY, found '" + raw.queries.front() + "'");

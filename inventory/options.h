@@ -11,6 +11,7 @@ enum class outputFormat { table, json, mof };
 struct options {
     std::vector<std::vector<std::string>> queries; ///< class names, one list a query
     outputFormat format = outputFormat::table;
+    bool allProperties = false; ///< of each instance, in a table
     int logLevel = 1;
     std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
     std::string machineFile;                    ///< empty: this machine

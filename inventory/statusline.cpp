@@ -1,6 +1,7 @@
 #include "inventory/statusline.h"
 
-#include <sys/ioctl.h>
+#include "inventory/terminal.h"
+
 #include <unistd.h>
 
 #include <chrono>
@@ -14,11 +15,6 @@ namespace {
 
 constexpr char eraseLine[] = "\r\x1b[K";
 volatile std::sig_atomic_t onTerminal = 0;
-
-std::size_t terminalWidth() {
-    winsize size{};
-    return ::ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
 
 } // namespace
 
@@ -74,7 +70,7 @@ void statusLine::tick() {
 
 void statusLine::draw() {
     const std::string line = std::to_string(seconds_) + " s  " + step_;
-    std::cerr << eraseLine + line.substr(0, terminalWidth() - 1) << std::flush;
+    std::cerr << eraseLine + line.substr(0, terminalWidth(STDERR_FILENO) - 1) << std::flush;
 }
 
 void statusLine::erase() { std::cerr << eraseLine << std::flush; }

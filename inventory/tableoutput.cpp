@@ -1,11 +1,14 @@
 #include "inventory/tableoutput.h"
 
 #include "inventory/columns.h"
+#include "inventory/escape.h"
+#include "inventory/propertylist.h"
 #include "minihost/cimcontent.h"
 
 #include <algorithm>
 #include <map>
 #include <set>
+#include <sstream>
 #include <variant>
 
 namespace inventory {
@@ -13,8 +16,6 @@ namespace inventory {
 using minihost::memoryInstance;
 
 namespace {
-
-constexpr std::size_t usualWidth = 80; // columns of a terminal
 
 std::string asText(const NHALDEN20::TCIMValue* value) {
     if (value == nullptr)
@@ -153,24 +154,30 @@ const std::map<std::string, section>& sections() {
 }
 
 void writeSection(const std::string& className, const queryResult& query, const deviceMap& devices,
-                  std::ostream& output) {
+                  const tableStyle& style, std::ostream& output) {
     const section& how = sections().at(className);
     columns rows(how.headings);
+    std::ostringstream lists;
     std::size_t count = 0;
     for (const auto& instance : query.instances) {
         if (instance->declaration().name != className)
             continue;
-        rows.add(how.row(*instance, devices));
+        const std::vector<std::string> row = how.row(*instance, devices);
+        rows.add(row);
+        lists << "\n  " << escaped(row.front()) << '\n';
+        writeProperties(*instance, lists);
         ++count;
     }
     output << how.title << " (" << className << "): " << (count == 0 ? "none" : std::to_string(count)) << '\n';
     if (count > 0)
-        rows.write(output, usualWidth);
+        rows.write(output, style.width);
+    if (style.allProperties)
+        output << lists.str();
 }
 
 } // namespace
 
-void writeTable(const runResult& result, std::ostream& output) {
+void writeTable(const runResult& result, const tableStyle& style, std::ostream& output) {
     deviceMap devices;
     bool first = true;
     for (const auto& query : result.queries) {
@@ -182,7 +189,7 @@ void writeTable(const runResult& result, std::ostream& output) {
                 continue;
             output << (first ? "" : "\n");
             first = false;
-            writeSection(className, query, devices, output);
+            writeSection(className, query, devices, style, output);
         }
     }
 }

@@ -8,9 +8,9 @@
 
 namespace {
 
-std::string tableOf(const inventory::queryResult& query) {
+std::string tableOf(const inventory::queryResult& query, bool allProperties = false) {
     std::ostringstream output;
-    inventory::writeTable({"host", {query}}, output);
+    inventory::writeTable({"host", {query}}, {allProperties, 80}, output);
     return output.str();
 }
 
@@ -53,4 +53,47 @@ TEST_F(Plugin, TheTableShowsWhatAPersonLooksFor) {
               "Optical drives (KORVA_CDVDDevice): 1\n"
               "  Drive     Reads       Writes\n"
               "  /dev/sr0  CD-R CD-RW  CD-RW\n");
+}
+
+TEST(Table, ListsEveryPropertyBelowTheRows) {
+    using NHALDEN20::TCIMValue;
+    minihost::memoryNamespace ns;
+    const auto commit = [&ns](const char* className, const std::vector<std::pair<const char*, TCIMValue>>& values) {
+        const auto instance = ns.GetClass(className, {})->CreateInstance({});
+        for (const auto& [name, value] : values)
+            instance->SetProperty(name, value, {});
+        instance->AddToClass({});
+        return instance->GetReference({});
+    };
+    const TCIMValue list(NHALDEN20::kCIMStringArray, 0, {TCIMValue("a"), TCIMValue("\x1b")});
+    auto device = commit("KORVA_ATADevice", {{"Model", " \x1b[2J\xff "},
+                                             {"DeviceID", "/dev/hda"},
+                                             {"Name", "/dev/hda"},
+                                             {"serialNum", ""},
+                                             {"Lun", static_cast<unsigned short>(7)},
+                                             {"OtherIdentifyingInfo", list}});
+    commit("KORVA_SysBusDeviceFirmware", {{"LoadedOnDevice", true}, {"Dependent", TCIMValue(device)}});
+    const inventory::queryResult query{
+        {"KORVA_ATADevice", "KORVA_CDVDDevice", "KORVA_SysBusDeviceFirmware"}, ns.instances(), std::nullopt};
+    EXPECT_EQ(tableOf(query, true), "ATA devices (KORVA_ATADevice): 1\n"
+                                    "  Node      Vendor  Product  Rev  Serial  Type  H:C:T:L\n"
+                                    "  /dev/hda  -       -        -    -       -     :::7\n"
+                                    "\n"
+                                    "  /dev/hda\n"
+                                    "    Model =  \\x1b[2J\\xff \n"
+                                    "    DeviceID = /dev/hda\n"
+                                    "    Name = /dev/hda\n"
+                                    "    serialNum =\n"
+                                    "    Lun = 7\n"
+                                    "    OtherIdentifyingInfo = a, \\x1b\n"
+                                    "\n"
+                                    "Optical drives (KORVA_CDVDDevice): none\n"
+                                    "\n"
+                                    "Firmware of devices (KORVA_SysBusDeviceFirmware): 1\n"
+                                    "  Device    Name  Firmware  Device identity\n"
+                                    "  /dev/hda  -     -         -\n"
+                                    "\n"
+                                    "  /dev/hda\n"
+                                    "    LoadedOnDevice = true\n"
+                                    "    Dependent = KORVA_ATADevice.DeviceID=\"/dev/hda\"\n");
 }

@@ -196,6 +196,7 @@ TEST_F(Program, RefusesWrongUsage) {
         {"--log-level 3x", "--log-level: expected a whole number from 0 up, found '3x'"},
         {"--log-level", "--log-level: a value is missing"},
         {"--machine ''", "--machine: a file name is missing"},
+        {"--all-properties --format json", "--all-properties: goes with tables, json has every property anyway"},
         {"--schema KORVA_SCSIDevice", "--schema: takes no QUERY, found 'KORVA_SCSIDevice'"},
         {"--virtual-device 2=x", "--virtual-device: expected 0=TEXT or 1=TEXT, found '2=x'"},
     };
