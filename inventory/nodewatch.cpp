@@ -1,5 +1,11 @@
 // The program's own open(): it stands before the C library's for the plug-in too, and passes each call on.
 
+// The other names of open() are defined here as well: in a fortified or large-file build, which many compilers set up
+// by themselves, the C library's headers would turn one of them into another.
+#undef _FORTIFY_SOURCE
+#undef _FILE_OFFSET_BITS
+#undef _TIME_BITS
+
 #include "inventory/nodewatch.h"
 
 #include <dlfcn.h>
@@ -55,6 +61,8 @@ int open(const char* path, int flags, ...) {
 int open64(const char* path, int flags, ...) __attribute__((alias("open")));
 
 int __open_2(const char* path, int flags) { return open(path, flags); }
+
+int __open64_2(const char* path, int flags) { return open(path, flags); }
 
 #pragma GCC visibility pop
 

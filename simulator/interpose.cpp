@@ -2,6 +2,11 @@
 // library's; what does not belong to the simulated machine goes on to the C library. Fortified and large-file
 // builds call other names, so these stand here too.
 
+// This file itself is no such build: the C library's headers would turn one name into another.
+#undef _FORTIFY_SOURCE
+#undef _FILE_OFFSET_BITS
+#undef _TIME_BITS
+
 #include "simulator/kernel.h"
 #include "simulator/nodepath.h"
 #include "simulator/recorder.h"

@@ -407,6 +407,38 @@ TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
     EXPECT_THAT(errors, HasSubstr("simulated machine: missing.json: cannot be read"));
 }
 
+TEST_F(Program, ClientsOfEveryBuildSeeTheSimulatedMachine) {
+    const struct {
+        const char* client;
+        std::vector<const char*> calls;
+    } cases[] = {
+        {"plain-client", {" open@", " fopen@", " gethostname@"}},
+        {"large-file-client", {" open64@", " fopen64@", " gethostname@"}},
+        {"fortified-client", {" __open_2@", " fopen@", " __gethostname_chk@"}},
+        {"fortified-large-file-client", {" __open64_2@", " fopen64@", " __gethostname_chk@"}},
+    };
+    for (const auto& c : cases) {
+        const std::string client = TEST_DIRECTORY "/" + std::string(c.client);
+        SCOPED_TRACE(client);
+        run("nm -D --undefined-only " + client);
+        for (const char* call : c.calls)
+            EXPECT_THAT(output, HasSubstr(call));
+        run("export CLIENT=" + client + " " + onRackServer + "; $CLIENT /dev/sg0; $CLIENT /dev/sg11");
+        EXPECT_EQ(output, "rack-07 opened\nCD-ROM information, Id: cdrom.c 3.20 2003/12/17\n"
+                          "rack-07 No such file or directory\nCD-ROM information, Id: cdrom.c 3.20 2003/12/17\n");
+    }
+}
+
+TEST_F(Program, TakesALargeFileBuildOfThePlugin) {
+    const std::string largeFilePlugin = TEST_DIRECTORY "/liblarge-file-plugin.so";
+    run("nm -D --undefined-only " + largeFilePlugin);
+    EXPECT_THAT(output, HasSubstr(" open64@"));
+    run("% --format json --plugin " + largeFilePlugin + " --machine " + machines + "rack-server.json");
+    EXPECT_EQ(output, contentOf(SOURCE_DIRECTORY "/tests/expected/rack-server.json"));
+    run("% --plugin " + largeFilePlugin + " --machine " + fileWith(R"({"nodes": {"/dev/sg0": {"open": "EACCES"}}})"));
+    EXPECT_THAT(errors, HasSubstr("1 of 1 device nodes could not be opened")) << "the program watches open64 too";
+}
+
 TEST_F(Program, ThePluginBringsNothingAndNeedsOnlyTheContract) {
     run("nm -D --defined-only " + plugin);
     EXPECT_EQ(output, "") << "no exported symbols";
