@@ -10,3 +10,11 @@ install(DIRECTORY plugin/host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scsidev/pl
 install(DIRECTORY machines DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY} FILES_MATCHING PATTERN *.json)
 install(DIRECTORY schema DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY} OPTIONAL
   FILES_MATCHING PATTERN *.mof)
+
+add_custom_command(
+  OUTPUT scsidev-inventory.1.gz
+  COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/docs/scsidev-inventory.1 >scsidev-inventory.1.gz
+  DEPENDS docs/scsidev-inventory.1)
+add_custom_target(manual ALL DEPENDS scsidev-inventory.1.gz)
+install(FILES ${PROJECT_BINARY_DIR}/scsidev-inventory.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES completion/scsidev-inventory DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
