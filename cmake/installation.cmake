@@ -18,3 +18,6 @@ add_custom_command(
 add_custom_target(manual ALL DEPENDS scsidev-inventory.1.gz)
 install(FILES ${PROJECT_BINARY_DIR}/scsidev-inventory.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES completion/scsidev-inventory DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+
+install(FILES docs/host-contract.md docs/example-host.cpp
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${SCSIDEV_DIRECTORY})
