@@ -19,5 +19,5 @@ add_custom_target(manual ALL DEPENDS scsidev-inventory.1.gz)
 install(FILES ${PROJECT_BINARY_DIR}/scsidev-inventory.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES completion/scsidev-inventory DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-install(FILES docs/host-contract.md docs/example-host.cpp
+install(FILES docs/host-contract.md docs/example-host.cpp docs/machine-files.md
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${SCSIDEV_DIRECTORY})
