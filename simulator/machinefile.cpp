@@ -50,7 +50,7 @@ bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
     if (const auto zeros = place.find("zeros")) {
         place.allowMembers({"zeros"});
-        return bytes(zeros->number(0, largestFile), 0);
+        return bytes(static_cast<std::size_t>(zeros->number(0, largestFile)), 0);
     }
     const auto swapped = place.find("swapped");
     std::string text = (swapped ? *swapped : place.member("text")).text();
