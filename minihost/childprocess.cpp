@@ -17,6 +17,24 @@ namespace {
 
 using clock = std::chrono::steady_clock;
 
+/// Closes a descriptor.
+class descriptor {
+public:
+    explicit descriptor(int fd) : fd_(fd) {}
+    ~descriptor() { close(); }
+    descriptor(const descriptor&) = delete;
+    descriptor& operator=(const descriptor&) = delete;
+
+    void close() {
+        if (fd_ != -1)
+            ::close(fd_);
+        fd_ = -1;
+    }
+
+private:
+    int fd_;
+};
+
 /// Starts the child with `output` as its standard output. -1: it cannot be started.
 pid_t start(const std::string& command, const std::vector<std::string>& arguments, int output) {
     std::vector<char*> argv{const_cast<char*>(command.c_str())};
@@ -78,6 +96,17 @@ void reap(pid_t child, clock::time_point deadline) {
     }
 }
 
+/// Reaps the child at the end, also when memory runs out.
+struct runningChild {
+    ~runningChild() {
+        if (pid != -1)
+            reap(pid, deadline);
+    }
+
+    pid_t pid; ///< -1: none was started
+    clock::time_point deadline;
+};
+
 } // namespace
 
 std::string outputOf(const std::string& command, const std::vector<std::string>& arguments,
@@ -86,12 +115,13 @@ std::string outputOf(const std::string& command, const std::vector<std::string>&
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) == -1)
         return "";
-    const pid_t child = start(command, arguments, ends[1]);
-    ::close(ends[1]);
+    const descriptor reading(ends[0]);
+    descriptor writing(ends[1]);
+    runningChild child{start(command, arguments, ends[1]), clock::time_point::min()};
+    writing.close();
     std::string output;
-    if (child != -1)
-        reap(child, readToEnd(ends[0], deadline, output) ? deadline : clock::now());
-    ::close(ends[0]);
+    if (child.pid != -1 && readToEnd(ends[0], deadline, output))
+        child.deadline = deadline;
     return output;
 }
 
