@@ -46,11 +46,13 @@ void TScsidevPluginCallbacks::IterateCDromdrives(classList& requested) {
 
 void TScsidevPluginCallbacks::readOpticalTable() {
     std::istringstream table(TOSSpecific::SpawnProcess("cat", {tablePath}, readTimeout));
+    std::vector<std::string> lines; // half a table must not be kept
     char line[lineBufferSize];
     while (table.good()) {
         table.getline(line, sizeof line); // the last, failed read leaves an empty line, which counts as one
-        opticalLines_.emplace_back(line);
+        lines.emplace_back(line);
     }
+    opticalLines_.swap(lines);
 }
 
 std::string TScsidevPluginCallbacks::opticalLine(const std::string& key) const {
