@@ -14,23 +14,27 @@ namespace simulator {
 /// calls.
 ///
 /// A call returns what the system call would and sets errno on failure. Not for several threads at once.
+/// A derived kernel can let calls fail that the machine would answer.
 class kernel {
 public:
     enum class calls { forgotten, kept };
 
     explicit kernel(machine simulated, calls record = calls::forgotten)
         : machine_(std::move(simulated)), record_(record == calls::kept) {}
+    virtual ~kernel() = default;
+    kernel(const kernel&) = delete;
+    kernel& operator=(const kernel&) = delete;
 
     bool owns(int fd) const { return open_.count(fd) != 0; }
 
     /// The descriptor is a real one, of /dev/null, and so differs from all others of the process.
-    int open(const std::string& path);
-    int close(int fd);
+    virtual int open(const std::string& path);
+    virtual int close(int fd);
 
     /// A descriptor of a new file that holds the optical-drive table; inherited by child processes.
     int openOpticalTable();
 
-    int ioctl(int fd, unsigned long request, void* argument);
+    virtual int ioctl(int fd, unsigned long request, void* argument);
 
     /// Is this sleep to be skipped? All are, unless sleepForReal() was called.
     bool skipsSleep(unsigned seconds);
@@ -38,7 +42,7 @@ public:
 
     /// Runs a shell command that the machine stands in for: modprobe, the USB query and the removal of its
     /// file. False: the command is none of them.
-    bool system(const std::string& command, int& status);
+    virtual bool system(const std::string& command, int& status);
 
     machine& simulated() { return machine_; }
 

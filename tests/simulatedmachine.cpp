@@ -3,6 +3,7 @@
 #include "minihost/cimcontent.h"
 #include "minihost/minihost.h"
 #include "simulator/recorder.h"
+#include "tests/scarcememory.h"
 
 #include <algorithm>
 #include <utility>
@@ -44,10 +45,16 @@ struct asText {
 simulator::kernel* simulator::activeKernel() { return installed; }
 simulator::recorder* simulator::activeRecorder() { return nullptr; }
 
-SimulatedMachine::SimulatedMachine() : kernel_(simulator::machine(), simulator::kernel::calls::kept) {
-    installed = &kernel_;
-    minihost::setLogSink(
-        [this](int level, const std::string& text) { log_.push_back(std::to_string(level) + ' ' + text); });
+std::unique_ptr<simulator::kernel> SimulatedMachine::usualKernel() {
+    return std::make_unique<simulator::kernel>(simulator::machine(), simulator::kernel::calls::kept);
+}
+
+SimulatedMachine::SimulatedMachine(std::unique_ptr<simulator::kernel> kernel) : kernel_(std::move(kernel)) {
+    installed = kernel_.get();
+    minihost::setLogSink([this](int level, const std::string& text) {
+        const scarceMemory::pause memory;
+        log_.push_back(std::to_string(level) + ' ' + text);
+    });
     minihost::setRemarkSink([](const std::string& text) { ADD_FAILURE() << "the host remarks: " << text; });
 }
 
@@ -60,7 +67,7 @@ SimulatedMachine::~SimulatedMachine() {
 }
 
 void SimulatedMachine::TearDown() {
-    EXPECT_EQ(kernel_.openDescriptors(), 0U) << "every node is closed again";
+    EXPECT_EQ(kernel_->openDescriptors(), 0U) << "every node is closed again";
     EXPECT_THAT(calls(), testing::Not(testing::Contains(testing::HasSubstr("unknown"))));
 }
 

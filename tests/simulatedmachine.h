@@ -18,22 +18,24 @@ using strings = std::vector<std::string>;
 /// nothing may have been asked that the simulation does not know; nor may the host have anything to remark on.
 class SimulatedMachine : public ::testing::Test {
 protected:
-    SimulatedMachine();
+    explicit SimulatedMachine(std::unique_ptr<simulator::kernel> kernel = usualKernel());
+    static std::unique_ptr<simulator::kernel> usualKernel();
     ~SimulatedMachine() override;
     void TearDown() override;
 
-    simulator::machine& machine() { return kernel_.simulated(); }
+    simulator::kernel& kernel() { return *kernel_; }
+    simulator::machine& machine() { return kernel_->simulated(); }
     simulator::node& at(const std::string& path) { return machine().nodes[path]; }
     /// A node of the sg driver, version 3.5, not emulated, that answers INQUIRY with `inquiry`.
     simulator::node& sgNode(const std::string& path, const simulator::scsiAnswer& inquiry);
 
-    const strings& calls() const { return kernel_.recordedCalls(); }
-    unsigned secondsSlept() const { return kernel_.secondsSkipped(); }
+    const strings& calls() const { return kernel_->recordedCalls(); }
+    unsigned secondsSlept() const { return kernel_->secondsSkipped(); }
     /// The log so far, each line as "LEVEL TEXT"; empties it.
     strings takeLog();
 
 private:
-    simulator::kernel kernel_;
+    std::unique_ptr<simulator::kernel> kernel_;
     strings log_;
 };
 
@@ -43,6 +45,8 @@ using properties = std::map<std::string, std::string>;
 /// A plug-in object on the simulated machine, and a namespace for its instances.
 class Plugin : public SimulatedMachine {
 protected:
+    using SimulatedMachine::SimulatedMachine;
+
     /// Runs one query and returns the instances committed during it.
     std::vector<properties> query(const strings& classNames);
     /// The value of one property of each instance.

@@ -1,0 +1,43 @@
+#include "tests/scarcememory.h"
+
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+namespace {
+
+bool active = false;
+std::size_t left = 0; // allocations until one fails
+bool failed = false;
+scarceMemory::kind how = scarceMemory::kind::oneFails;
+
+bool fails() {
+    if (!active || (failed && how == scarceMemory::kind::oneFails))
+        return false;
+    failed = failed || left == 0;
+    left -= failed ? 0 : 1;
+    return failed;
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* const memory = fails() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    if (memory == nullptr)
+        throw std::bad_alloc();
+    return memory;
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
+scarceMemory::scarceMemory(std::size_t number, kind failing) {
+    left = number;
+    how = failing;
+    failed = false;
+    active = true;
+}
+scarceMemory::~scarceMemory() { active = false; }
+bool scarceMemory::ranOut() const { return failed; }
+
+scarceMemory::pause::pause() : before_(std::exchange(active, false)) {}
+scarceMemory::pause::~pause() { active = before_; }
