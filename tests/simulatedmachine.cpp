@@ -5,9 +5,13 @@
 #include "simulator/recorder.h"
 #include "tests/scarcememory.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <utility>
 #include <variant>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -49,7 +53,12 @@ std::unique_ptr<simulator::kernel> SimulatedMachine::usualKernel() {
     return std::make_unique<simulator::kernel>(simulator::machine(), simulator::kernel::calls::kept);
 }
 
-SimulatedMachine::SimulatedMachine(std::unique_ptr<simulator::kernel> kernel) : kernel_(std::move(kernel)) {
+SimulatedMachine::SimulatedMachine(std::unique_ptr<simulator::kernel> kernel)
+    : before_(fs::current_path()),
+      directory_(fs::temp_directory_path() / ("scsidev-unit-test-" + std::to_string(::getpid()))),
+      kernel_(std::move(kernel)) {
+    fs::create_directory(directory_);
+    fs::current_path(directory_);
     installed = kernel_.get();
     minihost::setLogSink([this](int level, const std::string& text) {
         const scarceMemory::pause memory;
@@ -64,6 +73,8 @@ SimulatedMachine::~SimulatedMachine() {
     minihost::setRemarkSink(nullptr);
     for (const int kind : {0, 1})
         minihost::setVirtualDevices(kind, {});
+    fs::current_path(before_);
+    fs::remove_all(directory_);
 }
 
 void SimulatedMachine::TearDown() {

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <string>
@@ -35,6 +36,8 @@ protected:
     strings takeLog();
 
 private:
+    std::filesystem::path before_; ///< the working directory, which each test has for itself
+    std::filesystem::path directory_;
     std::unique_ptr<simulator::kernel> kernel_;
     strings log_;
 };
