@@ -18,6 +18,7 @@ namespace simulator {
 namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
+constexpr std::size_t largestAnswer = 65536;               // bytes; more than any request asks for
 constexpr int largestByte = 0xFF;
 constexpr int largestNumber = 0x7FFFFFFF;
 
@@ -50,11 +51,11 @@ bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
     if (const auto zeros = place.find("zeros")) {
         place.allowMembers({"zeros"});
-        return bytes(static_cast<std::size_t>(zeros->number(0, largestFile)), 0);
+        return bytes(static_cast<std::size_t>(zeros->number(0, largestAnswer)), 0);
     }
     const auto swapped = place.find("swapped");
     std::string text = (swapped ? *swapped : place.member("text")).text();
-    const auto size = static_cast<std::size_t>(place.member("size").number(0, largestFile));
+    const auto size = static_cast<std::size_t>(place.member("size").number(0, largestAnswer));
     if (text.size() > size || (swapped && size % 2 != 0))
         place.member("size").fail("room for the text" + std::string(swapped ? ", an even number" : ""));
     text.resize(size, ' ');
@@ -70,6 +71,8 @@ bytes bytesAt(const jsonPlace& place) {
     place.forEachElement("pairs of hex digits, or a list of parts", [&result](const jsonPlace& part) {
         const bytes more = part.isText() ? hexBytes(part) : describedBytes(part);
         result.insert(result.end(), more.begin(), more.end());
+        if (result.size() > largestAnswer)
+            part.fail("at most " + std::to_string(largestAnswer) + " bytes in all");
     });
     return result;
 }

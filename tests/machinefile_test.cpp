@@ -77,6 +77,8 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {R"({"modprobe": 1.5})", "file.json: modprobe: expected a whole number from 0 to 255, found 1.5"},
         {R"({"modprobe": 18446744073709551615})", "expected a whole number from 0 to 255"},
         {R"({"virtualDevices": {"0": "sr0"}})", "file.json: virtualDevices[0]: expected a list of texts"},
+        {withInquiry(R"({"data": [{"zeros": 40000}, {"zeros": 40000}]})"),
+         ".data[1]: expected at most 65536 bytes in all"},
         {R"({"nodes": {"sg0": {}}})", "file.json: nodes[\"sg0\"]: expected a node of /dev/sg, "},
         {withInquiry(R"({"data": [{"zeros": 2, "text": "A"}]})"), "unknown member \"text\", expected one of zeros"},
         {R"({"nodes": {"/dev/sg0": 1}})", "file.json: nodes[\"/dev/sg0\"]: expected an object, found 1"},

@@ -370,13 +370,18 @@ TEST_F(Program, ExplainsWhyThereIsNothingToSee) {
     EXPECT_EQ(status, 0);
     EXPECT_EQ(errors, "no devices found on the simulated machine\n");
 
+    const bool root = ::geteuid() == 0;
+    const std::string unprivileged = root ? "" : "not running as root: ", advice = root ? "\n" : "; try sudo\n";
+    run("% --log-level 0 KORVA_ATADevice --machine " + fileWith(R"({"modprobe": 1, "nodes": {"/dev/sg0": {}}})"));
+    EXPECT_EQ(errors, "[0] sg module is not loaded correctly\n" + unprivileged +
+                          "the sg driver could not be loaded, SCSI devices are not shown" + advice +
+                          "no devices found on the simulated machine\n");
+
     const std::string refused = fileWith(R"({"nodes": {"/dev/sg0": {"open": "EACCES"}, "/dev/sg1": {},
                                                       "/dev/hda": {"open": "EPERM"}, "/dev/sr0": {"open": "EACCES"}}})");
-    const bool root = ::geteuid() == 0;
     run("% --machine " + refused);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(errors, std::string(root ? "" : "not running as root: ") + "2 of 3 device nodes could not be opened" +
-                          (root ? "\n" : "; try sudo\n"));
+    EXPECT_EQ(errors, unprivileged + "2 of 3 device nodes could not be opened" + advice);
 }
 
 TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
