@@ -42,7 +42,7 @@ void query(benchmark::State& state) {
     simulator::kernel kernel(machineWith(static_cast<int>(state.range(0))));
     installed = &kernel;
     TScsidevPluginCallbacks plugin;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         minihost::memoryNamespace ns;
         TScsidevPluginCallbacks::classList requested{ns.GetClass("KORVA_SCSIDevice", {})};
         plugin.GetData({&ns,
@@ -72,7 +72,7 @@ void floorOf(benchmark::State& state) {
     simulator::kernel kernel(machineWith(static_cast<int>(state.range(0))));
     installed = &kernel;
     unsigned char data[36];
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(std::system("modprobe sg >/dev/null 2>&1"));
         for (const std::string base : {"/dev/sg", "/dev/hd"}) {
             for (int index = 0; index < 32; ++index) {

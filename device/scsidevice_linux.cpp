@@ -58,7 +58,7 @@ void scsiDevice::CloseDevice() {
     fd = -1;
 }
 
-int scsiDevice::getBusType() {
+int scsiDevice::getBusType() const {
     identifyDeviceCommand command(0xA0);
     unsigned char answer[identifyDeviceCommand::answerSize];
     try {

@@ -54,7 +54,7 @@ public:
     void CloseDevice();
 
     /// 3 when the open node answers ATA IDENTIFY DEVICE, 1 when it does not.
-    int getBusType(); // NOLINT(readability-make-member-function-const): the layer's interface
+    int getBusType() const;
 
     /// Opens the node at `path` and `index` and identifies its device, as ATA first, as SCSI disk or tape
     /// second. 1: identified; 0: nothing usable at this index; -1: stop scanning this base path.

@@ -99,7 +99,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
 
     checkJson(result);
     std::ostringstream table;
-    inventory::writeTable(result, table);
+    inventory::writeTable(result, {false, 80}, table);
     fuzz::require(isPrintable(table.str()), "the table drives no terminal");
     const std::string line = inventory::escaped({bytes, bytes + size});
     fuzz::require(isPrintable(line) && line.find('\n') == std::string::npos, "a log line is one printable line");

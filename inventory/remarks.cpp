@@ -16,7 +16,7 @@ bool isOnPath(const std::string& command) {
     const char* path = std::getenv("PATH");
     std::istringstream directories(path == nullptr ? "" : path);
     for (std::string directory; std::getline(directories, directory, ':');) {
-        if (::access((directory + '/' + command).c_str(), X_OK) == 0)
+        if (::access(directory.append("/").append(command).c_str(), X_OK) == 0)
             return true;
     }
     return false;

@@ -29,7 +29,7 @@ void* load(const std::string& path) {
 pluginLibrary::handle::handle(const std::string& path) : library_(load(path)) {}
 pluginLibrary::handle::~handle() { ::dlclose(library_); }
 
-pluginLibrary::object::object(const std::string& path) : callbacks_(nullptr), queries_(nullptr) {
+pluginLibrary::object::object(const std::string& path) {
     const auto& registered = registeredPlugins();
     if (registered.size() == 1) {
         callbacks_ = registered.front();

@@ -50,8 +50,8 @@ private:
         NHALDEN20::IPluginBasicQueryCallbacks& queries() { return *queries_; }
 
     private:
-        NHALDEN20::IPluginCallbacks* callbacks_;
-        NHALDEN20::IPluginBasicQueryCallbacks* queries_;
+        NHALDEN20::IPluginCallbacks* callbacks_ = nullptr;
+        NHALDEN20::IPluginBasicQueryCallbacks* queries_ = nullptr;
     };
 
     handle handle_; // unloaded after the object is gone
