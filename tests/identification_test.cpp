@@ -4,7 +4,6 @@
 #include <cerrno>
 
 using simulator::addressAnswer;
-using simulator::numberAnswer;
 
 class DeviceHandle : public SimulatedMachine {
 protected:
