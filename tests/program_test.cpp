@@ -426,8 +426,10 @@ TEST_F(Program, ClientsOfEveryBuildSeeTheSimulatedMachine) {
         const std::string client = TEST_DIRECTORY "/" + std::string(c.client);
         SCOPED_TRACE(client);
         run("nm -D --undefined-only " + client);
+#ifndef __clang__ // for which the C library fortifies next to nothing
         for (const char* call : c.calls)
             EXPECT_THAT(output, HasSubstr(call));
+#endif
         run("export CLIENT=" + client + " " + onRackServer + "; $CLIENT /dev/sg0; $CLIENT /dev/sg11");
         EXPECT_EQ(output, "rack-07 opened\nCD-ROM information, Id: cdrom.c 3.20 2003/12/17\n"
                           "rack-07 No such file or directory\nCD-ROM information, Id: cdrom.c 3.20 2003/12/17\n");
