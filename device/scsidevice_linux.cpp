@@ -95,7 +95,7 @@ bool scsiDevice::identifyAta(unsigned char* answer) const {
 }
 
 bool scsiDevice::identifyScsi() {
-    scsiPassThrough passThrough{};
+    scsiPassThrough passThrough;
     if (passThrough.execSCSICommand(this, inquiry_cmd, inquiryCommandLength) != 0)
         return false;
     const inquiryView inquiry(passThrough.getRawBuffer());

@@ -101,6 +101,9 @@ void logFailure(const sg_io_hdr& header, const unsigned char* sense) {
 
 } // namespace
 
+// Not the whole data buffer: 64 KiB for every node are more work than all else that a pass does for it.
+scsiPassThrough::scsiPassThrough() { std::fill_n(dataBuffer, inquiryView::answerSize, 0); } // NOLINT(*-member-init)
+
 int scsiPassThrough::execSCSICommand(scsiDevice* device, unsigned char* cdb, int cdbLength) {
     if (!offersSgIoAtSecondTry(device))
         return -1;

@@ -26,11 +26,12 @@ extern unsigned char deviceStatus_cmd[commandStorage]; ///< LOG SENSE, page 0x33
 
 /// Sends SCSI commands to an open node through SG_IO (scsi/sg.h) and keeps the last data and sense.
 ///
-/// Nothing clears the two buffers, so a short answer leaves what was there before. Make one with
-/// value-initialisation
-/// (`scsiPassThrough passThrough{}`): then no byte that nobody wrote can look like a retry condition.
+/// A new one holds zeros where an INQUIRY answer and the sense stand, so that no byte that nobody wrote is read.
+/// Nothing clears them afterwards: a short answer leaves what was there before.
 class scsiPassThrough {
 public:
+    scsiPassThrough();
+
     /// Sends the `cdbLength` bytes at `cdb`, which have room for commandStorage bytes. A device that is
     /// becoming ready or reports a unit attention is asked up to five times, 5 s apart, each time waiting 20
     /// s at most.
@@ -53,5 +54,5 @@ private:
     bool awaitsRetry() const;
 
     unsigned char dataBuffer[65535];
-    unsigned char senseBuffer[32]; // fixed format (SPC-4, 4.5.3)
+    unsigned char senseBuffer[32] = {}; // fixed format (SPC-4, 4.5.3)
 };

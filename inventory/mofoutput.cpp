@@ -46,7 +46,7 @@ std::string descriptionOf(const std::string& text, const std::string& indentatio
 }
 
 std::string declarationOf(const propertyDeclaration& property) {
-    const std::string name = property.name;
+    const std::string name(property.name);
     switch (property.type) {
     case cimType::string:
         return "string " + name;
@@ -76,9 +76,8 @@ const char* qualifierOf(classKind kind) {
 }
 
 void writeClass(const classDeclaration& declaration, std::ostream& output) {
-    const std::string base = declaration.base;
     output << "\n[" << qualifierOf(declaration.kind) << descriptionOf(declaration.description, "") << "]\n"
-           << "class " << declaration.name << (base.empty() ? "" : " : " + base) << "\n{\n";
+           << "class " << declaration.name << (declaration.base.empty() ? "" : " : ") << declaration.base << "\n{\n";
     for (const auto& property : declaration.properties)
         output << "    [" << (property.isKey ? "Key, " : "") << descriptionOf(property.description, "    ") << "]\n"
                << "    " << declarationOf(property) << ";\n";
@@ -109,7 +108,7 @@ std::string refusal(const memoryInstance& instance) {
         return "the class is abstract";
     for (const propertyDeclaration* property : propertiesOf(instance.declaration())) {
         if (property->isKey && instance.findSuitable(property->name) == nullptr)
-            return std::string("it lacks the key ") + property->name;
+            return "it lacks the key " + std::string(property->name);
     }
     return "";
 }

@@ -40,7 +40,7 @@ template <typename Range, typename Name>
 std::vector<std::string> namesOf(const Range& range, Name name) {
     std::vector<std::string> names;
     for (const auto& element : range)
-        names.push_back(name(element));
+        names.emplace_back(name(element));
     return names;
 }
 

@@ -147,17 +147,27 @@ const std::vector<classDeclaration>& classTable() {
     return table;
 }
 
-const classDeclaration* findClass(const std::string& name) {
+const classDeclaration* findClass(std::string_view name) {
     const auto found = std::find_if(classTable().begin(), classTable().end(),
                                     [&name](const auto& declaration) { return declaration.name == name; });
     return found == classTable().end() ? nullptr : &*found;
 }
 
-bool isKindOf(const classDeclaration& declaration, const std::string& base) {
+bool isKindOf(const classDeclaration& declaration, std::string_view base) {
     const classDeclaration* ancestor = &declaration;
     while (ancestor != nullptr && ancestor->name != base)
         ancestor = findClass(ancestor->base);
     return ancestor != nullptr;
+}
+
+const propertyDeclaration* findProperty(const classDeclaration& declaration, std::string_view name) {
+    for (const auto* owner = &declaration; owner != nullptr; owner = findClass(owner->base)) {
+        for (const auto& property : owner->properties) {
+            if (property.name == name)
+                return &property;
+        }
+    }
+    return nullptr;
 }
 
 std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& declaration) {

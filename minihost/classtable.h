@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include <string_view>
 #include <vector>
 
 namespace minihost {
@@ -9,19 +9,19 @@ enum class cimType { string, uint16, boolean, stringArray, reference };
 
 /// One property that a class declares.
 struct propertyDeclaration {
-    const char* name;
+    std::string_view name;
     cimType type;
     bool isKey;
-    const char* description;     ///< one sentence: where the value comes from
-    const char* referenced = ""; ///< of a reference: the class of the instances that it may name
+    const char* description;          ///< one sentence: where the value comes from
+    std::string_view referenced = ""; ///< of a reference: the class of the instances that it may name
 };
 
 enum class classKind { concrete, abstract, association };
 
 /// One class that the namespace knows.
 struct classDeclaration {
-    const char* name;
-    const char* base; ///< name of the superclass; empty for none
+    std::string_view name;
+    std::string_view base; ///< name of the superclass; empty for none
     classKind kind;
     const char* description;
     std::vector<propertyDeclaration> properties; ///< without those of the superclass
@@ -31,10 +31,13 @@ struct classDeclaration {
 const std::vector<classDeclaration>& classTable();
 
 /// The class called `name`, or null.
-const classDeclaration* findClass(const std::string& name);
+const classDeclaration* findClass(std::string_view name);
 
 /// Is `declaration` the class `base` or one that derives from it?
-bool isKindOf(const classDeclaration& declaration, const std::string& base);
+bool isKindOf(const classDeclaration& declaration, std::string_view base);
+
+/// The property called `name` that a class or a superclass of it declares, or null.
+const propertyDeclaration* findProperty(const classDeclaration& declaration, std::string_view name);
 
 /// All properties of a class, those of its superclasses first.
 std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& declaration);

@@ -21,6 +21,8 @@ namespace minihost {
 
 namespace {
 
+constexpr std::size_t usualProperties = 20; // what the largest class is given
+
 class memoryClass : public ICIMClass {
 public:
     memoryClass(memoryNamespace& ns, const classDeclaration& declaration)
@@ -65,14 +67,16 @@ remarkSink& sink() {
 void setRemarkSink(remarkSink wanted) { sink() = std::move(wanted); }
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
-    : namespace_(ns), declaration_(declaration) {}
+    : namespace_(ns), declaration_(declaration) {
+    properties_.reserve(usualProperties);
+}
 
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     TContext keys;
     for (const propertyDeclaration* property : propertiesOf(declaration_)) {
         const TCIMValue* value = property->isKey ? findSuitable(property->name) : nullptr;
         if (value != nullptr)
-            keys[property->name] = *value;
+            keys[std::string(property->name)] = *value;
     }
     TCIMReference reference(boost::shared_ptr<NHALDEN20::ICIMNamespace>(), keys);
     reference.Content().className = declaration_.name;
@@ -80,7 +84,7 @@ TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
 }
 
 boost::shared_ptr<ICIMClass> memoryInstance::GetInstanceClass(const TContext& context) {
-    return namespace_.GetClass(declaration_.name, context);
+    return namespace_.GetClass(std::string(declaration_.name), context);
 }
 
 boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> memoryInstance::GetPropertyHandle(const std::string& name,
@@ -100,7 +104,7 @@ void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value
     properties_.emplace_back(name, value);
 }
 
-const TCIMValue* memoryInstance::find(const std::string& name) const {
+const TCIMValue* memoryInstance::find(std::string_view name) const {
     for (const auto& [knownName, value] : properties_) {
         if (knownName == name)
             return &value;
@@ -108,7 +112,7 @@ const TCIMValue* memoryInstance::find(const std::string& name) const {
     return nullptr;
 }
 
-const TCIMValue* memoryInstance::findSuitable(const std::string& name) const {
+const TCIMValue* memoryInstance::findSuitable(std::string_view name) const {
     const TCIMValue* value = find(name);
     const bool isEmpty = value == nullptr || std::holds_alternative<std::monostate>(value->Content().value);
     return isEmpty || !mismatch(declaration_, name, *value).empty() ? nullptr : value;
@@ -118,7 +122,7 @@ void memoryInstance::CommitToClass(const TContext& /*context*/) { namespace_.com
 
 memoryNamespace::memoryNamespace() {
     for (const auto& declaration : classTable())
-        classes_[declaration.name] = boost::make_shared<memoryClass>(*this, declaration);
+        classes_[std::string(declaration.name)] = boost::make_shared<memoryClass>(*this, declaration);
 }
 
 boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, TContext /*context*/) {
@@ -130,7 +134,7 @@ boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, 
 
 void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { instances_.push_back(instance); }
 
-void memoryNamespace::check(const classDeclaration& declaration, const std::string& property, const TCIMValue& value) {
+void memoryNamespace::check(const classDeclaration& declaration, std::string_view property, const TCIMValue& value) {
     const std::string wrong = mismatch(declaration, property, value);
     if (!wrong.empty() && sink() && remarkedOn_.emplace(declaration.name, property).second)
         sink()(wrong);

@@ -11,6 +11,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -35,9 +36,9 @@ public:
     const classDeclaration& declaration() const { return declaration_; }
     const propertyList& properties() const { return properties_; }
     /// The value of a property, or null when it was never set.
-    const NHALDEN20::TCIMValue* find(const std::string& name) const;
+    const NHALDEN20::TCIMValue* find(std::string_view name) const;
     /// The same, but null as well for an empty value and for one that the class does not declare so.
-    const NHALDEN20::TCIMValue* findSuitable(const std::string& name) const;
+    const NHALDEN20::TCIMValue* findSuitable(std::string_view name) const;
 
 private:
     void CommitToClass(const NHALDEN20::TContext& context) override;
@@ -64,12 +65,12 @@ public:
     void commit(boost::shared_ptr<memoryInstance> instance);
 
     /// Remarks on a property that does not suit its class; called through ICIMInstance::SetProperty.
-    void check(const classDeclaration& declaration, const std::string& property, const NHALDEN20::TCIMValue& value);
+    void check(const classDeclaration& declaration, std::string_view property, const NHALDEN20::TCIMValue& value);
 
 private:
     std::map<std::string, boost::shared_ptr<NHALDEN20::ICIMClass>> classes_;
     std::vector<boost::shared_ptr<memoryInstance>> instances_;
-    std::set<std::pair<std::string, std::string>> remarkedOn_; ///< class and property
+    std::set<std::pair<std::string_view, std::string>> remarkedOn_; ///< class and property
 };
 
 } // namespace minihost

@@ -12,6 +12,12 @@ using NHALDEN20::TCIMValue;
 
 namespace {
 
+bool areStrings(const std::vector<TCIMValue>& elements) {
+    return std::all_of(elements.begin(), elements.end(), [](const TCIMValue& element) {
+        return std::holds_alternative<std::string>(element.Content().value);
+    });
+}
+
 struct typeOfContent {
     std::string operator()(std::monostate /*empty*/) const { return "nothing"; }
     std::string operator()(const std::string& /*text*/) const { return "string"; }
@@ -21,10 +27,7 @@ struct typeOfContent {
         return "reference to " + reference.Content().className;
     }
     std::string operator()(const std::vector<TCIMValue>& elements) const {
-        const bool onlyStrings = std::all_of(elements.begin(), elements.end(), [](const TCIMValue& element) {
-            return std::holds_alternative<std::string>(element.Content().value);
-        });
-        return onlyStrings ? "string[]" : "array of other than strings";
+        return areStrings(elements) ? "string[]" : "array of other than strings";
     }
 };
 
@@ -43,31 +46,42 @@ std::string typeOf(const propertyDeclaration& property) {
     case cimType::reference:
         break;
     }
-    return std::string("reference to ") + property.referenced;
+    return "reference to " + std::string(property.referenced);
 }
 
 bool suits(const TCIMValue& value, const propertyDeclaration& property) {
     const auto& content = value.Content().value;
+    if (std::holds_alternative<std::monostate>(content))
+        return true;
+    switch (property.type) {
+    case cimType::string:
+        return std::holds_alternative<std::string>(content);
+    case cimType::uint16:
+        return std::holds_alternative<std::uint16_t>(content);
+    case cimType::boolean:
+        return std::holds_alternative<bool>(content);
+    case cimType::stringArray: {
+        const auto* elements = std::get_if<std::vector<TCIMValue>>(&content);
+        return elements != nullptr && areStrings(*elements);
+    }
+    case cimType::reference:
+        break;
+    }
     const auto* reference = std::get_if<TCIMReference>(&content);
     const classDeclaration* target = reference == nullptr ? nullptr : findClass(reference->Content().className);
-    if (target != nullptr && property.type == cimType::reference)
-        return isKindOf(*target, property.referenced);
-    return std::holds_alternative<std::monostate>(content) || typeOf(value) == typeOf(property);
+    return target != nullptr && isKindOf(*target, property.referenced);
 }
 
 } // namespace
 
-std::string mismatch(const classDeclaration& declaration, const std::string& name, const TCIMValue& value) {
-    const auto properties = propertiesOf(declaration);
-    const auto property =
-        std::find_if(properties.begin(), properties.end(),
-                     [&name](const propertyDeclaration* candidate) { return candidate->name == name; });
-    if (property == properties.end())
-        return std::string(declaration.name) + " declares no property " + name;
-    if (suits(value, **property))
+std::string mismatch(const classDeclaration& declaration, std::string_view name, const TCIMValue& value) {
+    const propertyDeclaration* property = findProperty(declaration, name);
+    if (property == nullptr)
+        return std::string(declaration.name) + " declares no property " + std::string(name);
+    if (suits(value, *property))
         return "";
-    return std::string(declaration.name) + " declares " + name + " as " + typeOf(**property) + ", it is set as " +
-           typeOf(value);
+    return std::string(declaration.name) + " declares " + std::string(name) + " as " + typeOf(*property) +
+           ", it is set as " + typeOf(value);
 }
 
 } // namespace minihost

@@ -128,7 +128,7 @@ void TScsidevPluginCallbacks::collectData(std::string nodeBase, boost::shared_pt
 /// identity. Nodes that are not SCSI are sent the INQUIRY too; their answer does not count.
 bool TScsidevPluginCallbacks::collectScsiNode(scsiDevice& device, busDevice& record,
                                               boost::shared_ptr<NHALDEN20::ICIMNamespace> ns) {
-    scsiPassThrough passThrough{};
+    scsiPassThrough passThrough;
     if (passThrough.execSCSICommand(&device, inquiry_cmd, inquiryCommandLength) != 0 || record.busType != BusTypeScsi)
         return false;
     hostLog(progress, "SCSI Inquiry returned good...");

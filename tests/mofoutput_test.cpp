@@ -25,9 +25,9 @@ NHALDEN20::TCIMReference commit(minihost::memoryNamespace& ns, const std::string
     const auto instance = ns.GetClass(className, {})->CreateInstance({});
     for (const auto* property : propertiesOf(*minihost::findClass(className))) {
         if (property->type == minihost::cimType::string)
-            instance->SetProperty(property->name, text, {});
+            instance->SetProperty(std::string(property->name), text, {});
         if (property->type == minihost::cimType::uint16)
-            instance->SetProperty(property->name, static_cast<unsigned short>(0xFFFF), {});
+            instance->SetProperty(std::string(property->name), static_cast<unsigned short>(0xFFFF), {});
     }
     instance->AddToClass({});
     return instance->GetReference({});

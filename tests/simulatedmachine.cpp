@@ -111,7 +111,7 @@ std::vector<properties> Plugin::query(const strings& classNames) {
     std::vector<properties> result;
     for (std::size_t i = before; i < namespace_.instances().size(); ++i) {
         const auto& instance = *namespace_.instances()[i];
-        properties texts{{"class", instance.declaration().name}};
+        properties texts{{"class", std::string(instance.declaration().name)}};
         for (const auto& [name, value] : instance.properties())
             texts[name] = std::visit(asText(), value.Content().value);
         result.push_back(texts);
