@@ -162,7 +162,38 @@ std::vector<properties> without(const strings& marks, std::vector<properties> in
     return instances;
 }
 
+/// The same machine with nothing that fails, and nothing written down of its calls.
+class LongRun : public Plugin {
+protected:
+    LongRun() : Plugin(std::make_unique<simulator::kernel>(fullMachine())) {}
+
+    /// Queries into namespaces of their own, which are gone afterwards.
+    void queryOften(int times) {
+        for (int i = 0; i < times; ++i) {
+            for (const char* className : {"KORVA_SysBusDevice", "KORVA_SCSIDevice", "KORVA_CDVDDevice"}) {
+                minihost::memoryNamespace target;
+                TScsidevPluginCallbacks::classList requested{target.GetClass(className, {})};
+                plugin_->GetData({&target,
+                                  [](NHALDEN20::ICIMNamespace* /*ns*/) {
+                                  }},
+                                 requested);
+                takeLog();
+            }
+        }
+    }
+};
+
 } // namespace
+
+TEST_F(LongRun, KeepsMemoryAndDescriptorsFlat) {
+    plugin_->Init();
+    plugin_->Init();
+    queryOften(1);
+    const std::size_t memory = scarceMemory::living(), descriptors = openDescriptors();
+    queryOften(333);
+    EXPECT_EQ(scarceMemory::living(), memory);
+    EXPECT_EQ(openDescriptors(), descriptors);
+}
 
 TEST(Faults, AFailedCallCostsItsDeviceAlone) {
     std::vector<properties> reference;
@@ -227,11 +258,13 @@ TEST(Faults, ARecordIsStoredWholeOrNotAtAll) {
             run.store("/dev/sg0", "first");
             run.store("/dev/sg1", "second");
             const std::string devicePath = path, product = "a product whose name needs memory of its own";
+            const std::size_t before = scarceMemory::living();
             try {
                 const scarceMemory memory(failures, scarceMemory::kind::oneFails);
                 run.store(devicePath, product);
                 stored = true;
             } catch (const std::bad_alloc&) {
+                EXPECT_EQ(scarceMemory::living(), before);
                 EXPECT_EQ(run.storedProducts(), (strings{"first", "second"}));
             }
             run.storedProducts(); // the store does not free what nobody asks for

@@ -93,7 +93,8 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {withInquiry(R"({"data": [{"swapped": "A", "size": 3}]})"),
          ".size: expected room for the text, an even number"},
         {withInquiry(R"({"data": {"zeros": 1}})"), ".data: expected pairs of hex digits, or a list of parts"},
-        {std::string(100000, '['), "file.json: not a JSON document: "},
+        {std::string(1000000, '['), "file.json: not a JSON document: "},
+        {std::string(1000000, '[') + std::string(1000000, ']'), "the document: expected an object, found a list"},
     };
     for (const auto& c : cases)
         EXPECT_THAT(refusal(c.text), testing::HasSubstr(c.message));

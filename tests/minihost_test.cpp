@@ -39,6 +39,7 @@ TEST(ChildProcess, EndsACommandThatTakesTooLong) {
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(outputOf("sh", {"-c", "echo early; exec sleep 60"}, 200ms), "early\n");
     EXPECT_EQ(outputOf("sh", {"-c", "exec >&-; exec sleep 60"}, 200ms), "") << "its output closed, it still runs";
+    EXPECT_EQ(NHALDEN20::TOSSpecific::SpawnProcess("sh", {"-c", "exec sleep 60"}, 1), "") << "seconds";
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
 }

@@ -11,6 +11,13 @@ std::size_t left = 0; // allocations until one fails
 bool failed = false;
 scarceMemory::kind how = scarceMemory::kind::oneFails;
 
+std::size_t alive = 0;
+
+void release(void* memory) {
+    alive -= memory == nullptr ? 0 : 1;
+    std::free(memory);
+}
+
 bool fails() {
     if (!active || (failed && how == scarceMemory::kind::oneFails))
         return false;
@@ -25,10 +32,11 @@ void* operator new(std::size_t size) {
     void* const memory = fails() ? nullptr : std::malloc(size == 0 ? 1 : size);
     if (memory == nullptr)
         throw std::bad_alloc();
+    ++alive;
     return memory;
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { release(memory); }
+void operator delete(void* memory, std::size_t /*size*/) noexcept { release(memory); }
 
 scarceMemory::scarceMemory(std::size_t number, kind failing) {
     left = number;
@@ -37,6 +45,7 @@ scarceMemory::scarceMemory(std::size_t number, kind failing) {
     active = true;
 }
 scarceMemory::~scarceMemory() { active = false; }
+std::size_t scarceMemory::living() { return alive; }
 bool scarceMemory::ranOut() const { return failed; }
 
 scarceMemory::pause::pause() : before_(std::exchange(active, false)) {}

@@ -12,6 +12,9 @@ public:
     scarceMemory(const scarceMemory&) = delete;
     scarceMemory& operator=(const scarceMemory&) = delete;
 
+    /// How many allocations are alive now.
+    static std::size_t living();
+
     /// Did one fail?
     bool ranOut() const;
 
