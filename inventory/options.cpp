@@ -193,6 +193,8 @@ commandLine readCommandLine(int argc, const char* const* argv) {
         const std::string text = wrong.what(); // "--option: ...", of which only the name is good reading
         result.what = commandLine::outcome::wrong;
         result.text = text.substr(0, text.find(':')) + ": a value is missing";
+    } catch (const std::system_error&) {
+        throw; // no fault of the command line
     } catch (const std::runtime_error& wrong) {
         result.what = commandLine::outcome::wrong;
         result.text = wrong.what();

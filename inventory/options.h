@@ -30,7 +30,7 @@ struct commandLine {
     std::string text; ///< help or version for standard output, or what is wrong, without line end
 };
 
-/// Reads a command line.
+/// Reads a command line. Throws std::system_error where the system does not tell what a run needs.
 commandLine readCommandLine(int argc, const char* const* argv);
 
 } // namespace inventory
