@@ -17,6 +17,7 @@
 #include <cstring>
 #include <exception>
 #include <iostream>
+#include <new>
 
 namespace {
 
@@ -101,12 +102,14 @@ int runCommandLine(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
-    prepareProcess();
     try {
+        prepareProcess();
         const int status = runCommandLine(argc, argv);
         if (std::cout.flush())
             return status;
         writeError(std::string("standard output cannot be written: ") + std::strerror(errno));
+    } catch (const std::bad_alloc&) {
+        std::cerr << "scsidev-inventory: out of memory\n"; // without asking for more
     } catch (const std::exception& failure) {
         writeError(failure.what());
     }

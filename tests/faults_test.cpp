@@ -1,5 +1,6 @@
 // Every system call and every allocation of a run fails once.
 
+#include "device/hostlog.h"
 #include "minihost/minihost.h"
 #include "simulator/machinefile.h"
 #include "tests/scarcememory.h"
@@ -94,14 +95,34 @@ public:
         return all;
     }
 
+    /// Answers the queries that one for this class builds on.
+    FaultyRun& prepared(const std::string& className) {
+        if (className == "KORVA_SysBusDeviceFirmware") {
+            query({"KORVA_SCSIDevice"});
+            query({"KORVA_SysBusDeviceFirmwareElement"});
+        }
+        return *this;
+    }
+
     /// One query while memory is scarce, and how many instances it committed; none: it had enough.
     std::optional<std::size_t> queryWithoutMemory(const std::string& className, std::size_t number,
                                                   scarceMemory::kind kind) {
         auto requested = classes({className});
         const auto target = ns();
-        const scarceMemory memory(number, kind);
-        plugin_->GetData(target, requested);
-        return memory.ranOut() ? std::optional(namespace_.instances().size()) : std::nullopt;
+        const std::size_t before = namespace_.instances().size();
+        bool escaped = false, ranOut = false;
+        {
+            const scarceMemory memory(number, kind);
+            try {
+                plugin_->GetData(target, requested);
+            } catch (const std::bad_alloc&) {
+                escaped = true;
+            }
+            ranOut = memory.ranOut();
+        }
+        if (escaped) // before the pass has begun: the host tells
+            hostLog(failedStep, "std::bad_alloc");
+        return ranOut ? std::optional(namespace_.instances().size() - before) : std::nullopt;
     }
 
     void store(const std::string& path, const std::string& product) {
@@ -227,11 +248,14 @@ constexpr std::size_t allocationStep = 1;
 #endif
 
 TEST(Faults, MemoryThatRunsOutEndsTheQueryAndNoMore) {
-    for (const char* className : {"KORVA_SCSIDevice", "KORVA_CDVDDevice", "KORVA_SysBusDeviceFirmwareElement"}) {
+    for (const char* className :
+         {"KORVA_SCSIDevice", "KORVA_CDVDDevice", "KORVA_SysBusDeviceFirmwareElement", "KORVA_SysBusDeviceFirmware"}) {
         for (const auto kind : {scarceMemory::kind::oneFails, scarceMemory::kind::allFail}) {
-            const auto reference = FaultyRun().query({className});
+            const auto reference = FaultyRun().prepared(className).query({className});
+            ASSERT_FALSE(reference.empty());
             for (std::size_t number = 0;; number += allocationStep) {
                 FaultyRun run;
+                run.prepared(className);
                 const std::size_t descriptors = openDescriptors();
                 const auto committed = run.queryWithoutMemory(className, number, kind);
                 if (!committed)
