@@ -60,7 +60,7 @@ inventory::queryResult queryFrom(fuzz::inputReader& input, minihost::memoryNames
     std::vector<std::uint8_t> instances;
     fuzz::transferList(input, instances, [&](std::uint8_t& position) {
         input.number(position);
-        const auto instance = ns.GetClass(classes[position % classes.size()].name, {})->CreateInstance({});
+        const auto instance = ns.GetClass(std::string(classes[position % classes.size()].name), {})->CreateInstance({});
         std::vector<std::uint8_t> properties;
         fuzz::transferList(input, properties, [&](std::uint8_t& name) {
             input.number(name);

@@ -24,7 +24,9 @@ namespace {
 template <typename Result>
 Result askPreload(const char* function) {
     auto* const found = reinterpret_cast<Result (*)()>(::dlsym(RTLD_DEFAULT, function));
-    return found == nullptr ? Result() : found();
+    if (found == nullptr)
+        return {};
+    return found();
 }
 
 /// Names the process that was started again, which keeps its number.
