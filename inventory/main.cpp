@@ -33,10 +33,9 @@ inventory::runResult runVisibly(const inventory::options& options, minihost::mem
                           {[&](const std::string& step) { status.show(step); },
                            [&](int level, const std::string& text) {
                                remarks.sawMessage(level, text);
-                               const std::string line = inventory::escaped(text);
                                if (level <= options.logLevel)
-                                   status.write('[' + std::to_string(level) + "] " + line + '\n');
-                               status.show(line);
+                                   status.write('[' + std::to_string(level) + "] " + inventory::escaped(text) + '\n');
+                               status.show(text);
                            },
                            [&](const std::string& text) {
                                status.write("remark: " + inventory::escaped(text) + '\n');

@@ -1,5 +1,6 @@
 #include "inventory/statusline.h"
 
+#include "inventory/escape.h"
 #include "inventory/terminal.h"
 
 #include <unistd.h>
@@ -47,7 +48,7 @@ void statusLine::show(const std::string& step) {
     if (!enabled_)
         return;
     const std::lock_guard<std::mutex> lock(mutex_);
-    step_ = step;
+    step_ = escaped(step);
     draw();
 }
 

@@ -18,7 +18,7 @@ public:
     statusLine(const statusLine&) = delete;
     statusLine& operator=(const statusLine&) = delete;
 
-    /// Shows `step`, printable text, from now on.
+    /// Shows `step` from now on, escaped to printable text.
     void show(const std::string& step);
 
     /// Takes the line off the terminal when a signal ends the process. Safe in a signal handler.

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -22,6 +23,10 @@ struct TCIMReference::TContent {
 struct TCIMValue::TContent {
     using TVariant =
         std::variant<std::monostate, std::string, bool, std::uint16_t, TCIMReference, std::vector<TCIMValue>>;
+
+    TContent() = default;
+    explicit TContent(TVariant content) : value(std::move(content)) {}
+
     TVariant value;
 };
 

@@ -1,6 +1,8 @@
 #include "minihost/classtable.h"
 
 #include <algorithm>
+#include <map>
+#include <unordered_map>
 
 namespace minihost {
 
@@ -161,13 +163,18 @@ bool isKindOf(const classDeclaration& declaration, std::string_view base) {
 }
 
 const propertyDeclaration* findProperty(const classDeclaration& declaration, std::string_view name) {
-    for (const auto* owner = &declaration; owner != nullptr; owner = findClass(owner->base)) {
-        for (const auto& property : owner->properties) {
-            if (property.name == name)
-                return &property;
+    using index = std::unordered_map<std::string_view, const propertyDeclaration*>;
+    static const auto indexes = [] {
+        std::map<const classDeclaration*, index> all;
+        for (const auto& each : classTable()) {
+            for (const auto* property : propertiesOf(each))
+                all[&each].emplace(property->name, property);
         }
-    }
-    return nullptr;
+        return all;
+    }();
+    const index& properties = indexes.at(&declaration);
+    const auto found = properties.find(name);
+    return found == properties.end() ? nullptr : found->second;
 }
 
 std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& declaration) {

@@ -36,7 +36,7 @@ const classDeclaration* findClass(std::string_view name);
 /// Is `declaration` the class `base` or one that derives from it?
 bool isKindOf(const classDeclaration& declaration, std::string_view base);
 
-/// The property called `name` that a class or a superclass of it declares, or null.
+/// The property called `name` that a class of the table or a superclass of it declares, or null.
 const propertyDeclaration* findProperty(const classDeclaration& declaration, std::string_view name);
 
 /// All properties of a class, those of its superclasses first.

@@ -15,7 +15,7 @@ namespace NHALDEN20 __attribute__((visibility("default"))) {
 
     /// The host's variant value for properties, keys and contexts.
     ///
-    /// Value semantics: a copy shares nothing with its original. What stands behind a value is the host's.
+    /// Value semantics: what happens to a copy does not show in its original. What stands behind a value is the host's.
     class TCIMValue {
     public:
         /// One type code, for the array constructor.
@@ -49,7 +49,7 @@ namespace NHALDEN20 __attribute__((visibility("default"))) {
         const TContent& Content() const { return *content_; }
 
     private:
-        std::unique_ptr<TContent> content_;
+        std::shared_ptr<TContent> content_;
     };
 
 } // namespace )
