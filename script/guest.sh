@@ -1,0 +1,147 @@
+# Builds a guest from Debian's kernel and this machine's own programs, and boots it under QEMU. Sourced by script/test-vm
+# and script/bench-vm, which set $root and, before they call what needs them, $work (their own directory), $guestTools,
+# $modules and $program (the directory of the program and the plug-in).
+#
+# Exit statuses of both: 2 something needed is missing; 3 kernel panic; 4 time-out; 5 a device of the guest did not come
+# up, or its init failed.
+# shellcheck shell=sh disable=SC2154  # set by who sources this
+
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/scsidev-vm
+bootSeconds=${BOOT_SECONDS:-600}
+
+die() { # STATUS TEXT
+    echo "${0##*/}: $2" >&2
+    exit "$1"
+}
+
+buildTargets() { # TARGET...
+    { cmake -S "$root" -B "$root/build" &&
+        cmake --build "$root/build" --parallel "$(nproc)" --target "$@"; } >"$work/build.log" 2>&1 ||
+        die 2 "$* does not build (see $work/build.log)"
+}
+
+kernelPackage() {
+    apt-cache depends linux-image-amd64 2>/dev/null |
+        sed -n 's/^ *Depends: \(linux-image-[0-9][^ ]*\)$/\1/p' | head -n 1
+}
+
+# Sets kernelDir and version. Once fetched, a kernel stays: the same one serves every run until the cache is emptied.
+fetchKernel() {
+    kernelDir=$cache/kernel
+    if [ ! -f "$kernelDir/complete" ]; then
+        [ -n "$(kernelPackage)" ] || apt-get update -qq >"$work/apt.log" 2>&1 || true
+        package=$(kernelPackage)
+        [ -n "$package" ] || die 2 "the package lists name no linux-image-amd64 (run apt-get update)"
+        rm -rf "$kernelDir" "$cache/fetch"
+        mkdir -p "$cache/fetch"
+        (cd "$cache/fetch" && apt-get download -q "$package") >"$work/apt.log" 2>&1 ||
+            die 2 "apt-get could not download $package (see $work/apt.log)"
+        dpkg -x "$cache/fetch"/linux-image-*.deb "$kernelDir"
+        rm -rf "$cache/fetch"
+        depmod -b "$kernelDir" "$(ls "$kernelDir/lib/modules")"
+        touch "$kernelDir/complete"
+    fi
+    version=$(ls "$kernelDir/lib/modules")
+}
+
+copyWithLibraries() { # FILE TARGET
+    cp -L "$1" "$guest/$2"
+    for library in $(ldd "$1" 2>/dev/null | grep -o '/[^ ]*'); do
+        mkdir -p "$guest$(dirname "$library")"
+        cp -Lu "$library" "$guest$library"
+    done
+}
+
+copyModules() {
+    for module in $modules; do
+        modprobe -S "$version" -d "$kernelDir" --show-depends "$module"
+    done | sed -n 's/^insmod \([^ ]*\).*/\1/p' | sort -u >"$work/modules"
+    while read -r file; do
+        target=$guest${file#"$kernelDir"}
+        mkdir -p "$(dirname "$target")"
+        cp "$file" "$target"
+    done <"$work/modules"
+    cp "$kernelDir/lib/modules/$version"/modules.builtin* "$kernelDir/lib/modules/$version/modules.order" \
+        "$guest/lib/modules/$version"
+}
+
+# The guest's files without its init; sets guest. packGuest makes an initramfs of them.
+buildGuest() {
+    guest=$work/guest
+    rm -rf "$guest"
+    for directory in bin usr proc sys dev tmp run out opt/scsidev etc/target var/lib/hardware/udi \
+        "lib/modules/$version"; do
+        mkdir -p "$guest/$directory"
+    done
+    ln -s bin "$guest/sbin"
+    ln -s ../bin "$guest/usr/bin"
+    ln -s ../bin "$guest/usr/sbin"
+    ln -s ../lib "$guest/usr/lib"
+    cp -L "$(command -v busybox)" "$guest/bin/busybox"
+    for applet in $("$guest/bin/busybox" --list); do
+        [ "$applet" = busybox ] || ln -s busybox "$guest/bin/$applet"
+    done
+    for tool in $guestTools; do
+        rm -f "$guest/bin/$tool"
+        copyWithLibraries "$(command -v "$tool")" "bin/$tool"
+    done
+    ln -sf dash "$guest/bin/sh"
+    ln -sf kmod "$guest/bin/modprobe"
+    copyModules
+    cp -r "$root/tests/vm/guest" "$guest/rig"
+    [ -x "$program/scsidev-inventory" ] || die 2 "there is no $program/scsidev-inventory"
+    copyWithLibraries "$program/scsidev-inventory" opt/scsidev/scsidev-inventory
+    for object in "$program"/*.so; do
+        copyWithLibraries "$object" "opt/scsidev/$(basename "$object")"
+    done
+}
+
+packGuest() {
+    depmod -b "$guest" "$version"
+    (cd "$guest" && find . | cpio -o -H newc -R 0:0 --quiet) >"$work/initramfs"
+}
+
+consoleTail() {
+    echo "--- end of the console ($boot) ---" >&2
+    tail -n 40 "$results/console" | tr -d '\r' >&2
+}
+
+startMachine() { # QEMU option...
+    timeout -k 5 "$bootSeconds" qemu-system-x86_64 -accel tcg -machine q35 -cpu max -m 768 -nodefaults -display none \
+        -no-reboot -kernel "$kernelDir/boot/vmlinuz-$version" -initrd "$work/initramfs" \
+        -append "console=ttyS0 panic=-1 quiet loglevel=4 rig.boot=$boot" \
+        -serial "file:$results/console" -device virtio-serial-pci \
+        -chardev "file,id=results,path=$results/results.tar" -device virtserialport,chardev=results,name=results \
+        "$@" >"$results/qemu.log" 2>&1 &
+    machine=$!
+    trap 'kill "$machine"' TERM
+    wait "$machine"
+}
+
+# Boots the guest as $boot, with $results for what belongs to this boot, and unpacks what it sends back to $results/out;
+# sets seconds.
+runMachine() { # QEMU option...
+    rm -rf "$results"
+    mkdir -p "$results/out"
+    began=$(date +%s)
+    status=0
+    startMachine "$@" || status=$?
+    seconds=$(($(date +%s) - began))
+    if grep -q 'Kernel panic' "$results/console" 2>/dev/null; then
+        consoleTail
+        die 3 "$boot: kernel panic after $seconds s"
+    fi
+    if [ "$status" = 124 ] || [ "$status" = 137 ]; then
+        consoleTail
+        die 4 "$boot: not finished after $bootSeconds s"
+    fi
+    [ "$status" = 0 ] || die 5 "$boot: QEMU ended with status $status: $(cat "$results/qemu.log")"
+    tar -xf "$results/results.tar" -C "$results/out" 2>/dev/null || {
+        consoleTail
+        die 5 "$boot: no results came back"
+    }
+    if [ -s "$results/out/error" ]; then
+        consoleTail
+        die 5 "$boot: $(cat "$results/out/error")"
+    fi
+}
