@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <utility>
 #include <variant>
 
 namespace inventory {
@@ -34,14 +35,19 @@ json instanceToJson(const minihost::memoryInstance& instance) {
     json properties = json::object();
     for (const auto& [name, value] : instance.properties())
         properties[name] = std::visit(valueToJson(), value.Content().value);
-    return {{"class", instance.declaration().name}, {"properties", properties}};
+    json result;
+    result["class"] = instance.declaration().name;
+    result["properties"] = std::move(properties);
+    return result;
 }
 
 json queryToJson(const queryResult& query) {
     json instances = json::array();
     for (const auto& instance : query.instances)
         instances.push_back(instanceToJson(*instance));
-    json result{{"classes", query.classes}, {"instances", instances}};
+    json result;
+    result["classes"] = query.classes;
+    result["instances"] = std::move(instances);
     if (query.error)
         result["error"] = bytesAsCodePoints(*query.error);
     return result;
@@ -53,7 +59,9 @@ void writeJson(const runResult& result, std::ostream& output) {
     json queries = json::array();
     for (const auto& query : result.queries)
         queries.push_back(queryToJson(query));
-    const json document{{"machine", bytesAsCodePoints(result.machineName)}, {"queries", queries}};
+    json document;
+    document["machine"] = bytesAsCodePoints(result.machineName);
+    document["queries"] = std::move(queries);
     constexpr bool onlyAscii = true; // C1 control characters could drive a terminal
     output << document.dump(2, ' ', onlyAscii) << '\n';
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <vector>
 
@@ -7,13 +8,31 @@ namespace minihost {
 
 enum class cimType { string, uint16, boolean, stringArray, reference };
 
+/// A constant array, as a range.
+template <typename Element>
+class constantList {
+public:
+    constexpr constantList() = default;
+    template <std::size_t count>
+    constexpr constantList(const Element (&elements)[count]) : elements_(elements), count_(count) {}
+
+    constexpr const Element* begin() const { return elements_; }
+    constexpr const Element* end() const { return elements_ + count_; }
+    constexpr std::size_t size() const { return count_; }
+    constexpr const Element& operator[](std::size_t position) const { return elements_[position]; }
+
+private:
+    const Element* elements_ = nullptr;
+    std::size_t count_ = 0;
+};
+
 /// One property that a class declares.
 struct propertyDeclaration {
     std::string_view name;
     cimType type;
     bool isKey;
     const char* description;          ///< one sentence: where the value comes from
-    std::string_view referenced = ""; ///< of a reference: the class of the instances that it may name
+    std::string_view referenced = {}; ///< of a reference: the class of the instances that it may name
 };
 
 enum class classKind { concrete, abstract, association };
@@ -24,11 +43,11 @@ struct classDeclaration {
     std::string_view base; ///< name of the superclass; empty for none
     classKind kind;
     const char* description;
-    std::vector<propertyDeclaration> properties; ///< without those of the superclass
+    constantList<propertyDeclaration> properties; ///< without those of the superclass
 };
 
 /// All classes: superclasses before their subclasses, and referenced classes before their associations.
-const std::vector<classDeclaration>& classTable();
+constantList<classDeclaration> classTable();
 
 /// The class called `name`, or null.
 const classDeclaration* findClass(std::string_view name);

@@ -30,14 +30,15 @@ bool belongsToRequest(const busDevice& record, const std::string& firstClass) {
 }
 
 void writeDeviceInstance(const busDevice& record, ICIMInstance& instance) {
-    const auto set = [&instance](const char* property, const TCIMValue& value) {
-        instance.SetProperty(property, value, TContext());
+    const TContext none;
+    const auto set = [&instance, &none](const char* property, const TCIMValue& value) {
+        instance.SetProperty(property, value, none);
     };
     const std::string fullName = record.vendor + " " + record.product;
     set("SystemCreationClassName", computerSystemClass);
     set("SystemName", NHALDEN20::TOSSpecific::GetMachineName());
-    const bool scsiTape = record.busType == BusTypeScsi &&
-                          instance.GetInstanceClass(TContext())->GetClassName(TContext()) == tapeDriveClass;
+    const bool scsiTape =
+        record.busType == BusTypeScsi && instance.GetInstanceClass(none)->GetClassName(none) == tapeDriveClass;
     set("Caption", scsiTape ? record.inquiryText : fullName);
     set("Name", record.nodeName);
     set("DeviceID", record.devicePath);
@@ -53,7 +54,7 @@ void writeDeviceInstance(const busDevice& record, ICIMInstance& instance) {
     set("serialNum", record.serialNumber);
     set("Model", record.model);
     set(identifyingInfoProperty, TCIMValue(NHALDEN20::kCIMStringArray, 0, {TCIMValue(record.identity)}));
-    instance.AddToClass(TContext());
+    instance.AddToClass(none);
 }
 
 std::string firmwareElementName(const busDevice& record) {
@@ -89,7 +90,7 @@ void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* reco
         return;
     }
     const bool isDevice = chooseDeviceInstance(requested, *record, instance);
-    const std::string firstClass = requested.front()->GetClassName(TContext());
+    const std::string& firstClass = requested.front()->GetClassName(TContext());
     if (isDevice) {
         if (!belongsToRequest(*record, firstClass))
             return;
