@@ -61,7 +61,7 @@ void associationMatching(benchmark::State& state) {
         benchmark::DoNotOptimize(known.plugin.findRefs(last, "", known.associationOfNone));
     state.SetComplexityN(state.range(0));
 }
-BENCHMARK(associationMatching)->Range(fewest, most)->Complexity();
+BENCHMARK(associationMatching)->Range(fewest, most)->Complexity(benchmark::oN);
 
 /// The record that was stored last is stored again: all others are looked at before it.
 void storing(benchmark::State& state) {
@@ -78,7 +78,7 @@ void storing(benchmark::State& state) {
     TScsidevPluginCallbacks::classList nothing;
     plugin.GetBusDevice(nothing, {}); // which destroys the records
 }
-BENCHMARK(storing)->Range(fewest, most)->Complexity();
+BENCHMARK(storing)->Range(fewest, most)->Complexity(benchmark::oN);
 
 /// A line of the optical-drive table with a column for each of many drives.
 void splitting(benchmark::State& state) {
@@ -90,6 +90,6 @@ void splitting(benchmark::State& state) {
         benchmark::DoNotOptimize(plugin.SplitBySeperator(plugin.ColonFilter(line), "\t ").size());
     state.SetComplexityN(state.range(0));
 }
-BENCHMARK(splitting)->Range(fewest, most)->Complexity();
+BENCHMARK(splitting)->Range(fewest, most)->Complexity(benchmark::oN);
 
 } // namespace
