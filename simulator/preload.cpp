@@ -10,6 +10,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
 
 namespace {
 
@@ -36,6 +38,8 @@ void startRecording(const char* preloadForChildren) {
         return;
     try {
         loaded = new simulator::kernel(simulator::readMachineFile(path));
+        // Child processes may work elsewhere.
+        ::setenv(simulator::machineVariable, std::filesystem::absolute(path).c_str(), 1);
         if (std::getenv(simulator::sleepVariable) != nullptr)
             loaded->sleepForReal();
     } catch (const std::exception& failure) {
