@@ -1,8 +1,8 @@
+// In which class a stored record appears, and whether it does at all.
+
 #include "tests/simulatedmachine.h"
 
 #include <algorithm>
-
-using simulator::addressAnswer;
 
 namespace {
 
@@ -10,86 +10,37 @@ const std::string scsi = "KORVA_SCSIDevice", tape = "KORVA_SCSITapeDrive", ata =
                   element = "KORVA_SysBusDeviceFirmwareElement", firmware = "KORVA_SysBusDeviceFirmware",
                   optical = "KORVA_CDVDDevice";
 
-busDevice recordOf(unsigned short busType, const std::string& product, const std::string& deviceType) {
-    busDevice record;
-    record.initialize();
-    record.devicePath = "/dev/" + product;
-    record.product = product;
-    record.deviceType = deviceType;
-    record.busType = busType;
-    return record;
+class Records : public Plugin {
+protected:
+    void store(unsigned short busType, const std::string& product, const std::string& type, const std::string& path) {
+        busDevice record;
+        record.initialize();
+        record.devicePath = path;
+        record.product = product;
+        record.deviceType = type;
+        record.busType = busType;
+        plugin_->StoreBusDevice(&record);
+    }
+
+    /// The instances that the stored records come to.
+    std::vector<const minihost::memoryInstance*> written(const strings& classNames) {
+        auto requested = classes(classNames);
+        const std::size_t before = namespace_.instances().size();
+        plugin_->GetBusDevice(requested, ns());
+        std::vector<const minihost::memoryInstance*> instances;
+        for (std::size_t i = before; i < namespace_.instances().size(); ++i)
+            instances.push_back(namespace_.instances()[i].get());
+        return instances;
+    }
+};
+
+std::string text(const minihost::memoryInstance& instance, const char* property) {
+    return static_cast<std::string>(*instance.find(property));
 }
 
 } // namespace
 
-TEST_F(Plugin, WritesTheSameSeventeenPropertiesOfEachDevice) {
-    machine().name = "rack-07";
-    simulator::node& drive = sgNode("/dev/sg5", inquiry(1, " ACME", "TAPE", "B35S"));
-    drive.address = addressAnswer{4, 1, 5, 2, 1, 0};
-    drive.serialPage = serialPage("SN1");
-    query({tape});
-    const auto& written = namespace_.instances().front()->properties();
-    strings names;
-    for (const auto& property : written)
-        names.push_back(property.first);
-    EXPECT_EQ(names, (strings{"CreationClassName", "SystemCreationClassName", "SystemName", "Caption", "Name",
-                              "DeviceID", "ElementName", "ProductID", "VendorID", "Revision", "HostAdapterID",
-                              "TargetID", "Bus", "Lun", "DeviceType", "serialNum", "Model", "OtherIdentifyingInfo"}));
-
-    const properties inScsi{{"class", scsi},
-                            {"CreationClassName", scsi},
-                            {"SystemCreationClassName", "KORVA_ComputerSystem"},
-                            {"SystemName", "rack-07"},
-                            {"Caption", "ACME TAPE"},
-                            {"Name", "/dev/sg5"},
-                            {"DeviceID", "/dev/sg5"},
-                            {"ElementName", "ACME TAPE"},
-                            {"ProductID", "TAPE"},
-                            {"VendorID", "ACME"},
-                            {"Revision", "B35S"},
-                            {"HostAdapterID", "4"},
-                            {"TargetID", "5"},
-                            {"Bus", "1"},
-                            {"Lun", "2"},
-                            {"DeviceType", "Sequential Access Device"},
-                            {"serialNum", "SN1"},
-                            {"Model", ""},
-                            {"OtherIdentifyingInfo", "{Port:4|Target:5|Bus:1|Lun:2}"}};
-    EXPECT_EQ(query({scsi, tape}), std::vector<properties>{inScsi}) << "the SCSI class is tried first";
-
-    properties inTape = inScsi;
-    inTape["class"] = inTape["CreationClassName"] = tape;
-    inTape["Caption"] = " ACME   TAPE            B35S"; // the INQUIRY text as it came
-    EXPECT_EQ(query({tape}), std::vector<properties>{inTape});
-    EXPECT_EQ(query({tape, scsi})[0].at("class"), scsi);
-}
-
-TEST_F(Plugin, WritesAFirmwareElementForEachDevice) {
-    sgNode("/dev/sg0", inquiry(0, "ACME", "DISK", "1.02")).address = addressAnswer{};
-    at("/dev/hda").identify = identify("PEBBLEWORKS CF", "S", "CF1.06");
-    const auto elements = query({element});
-    ASSERT_EQ(elements.size(), 2U);
-    EXPECT_EQ(elements[0], (properties{{"class", element},
-                                       {"Version", "1.02"},
-                                       {"Manufacturer", "ACME"},
-                                       {"TargetOperatingSystem", "58"},
-                                       {"SoftwareElementState", "2"},
-                                       {"SoftwareElementId", "Port:0|Target:0|Bus:0|Lun:0"},
-                                       {"Name", "SCSI Device"}}));
-    EXPECT_EQ(elements[1].at("Name"), "ATA Device");
-    EXPECT_EQ(elements[1].at("SoftwareElementId"), "/dev/hda");
-    EXPECT_EQ(each(query({element, ata}), "class"), (strings{element, ata})) << "a device class that fits wins";
-
-    busDevice strange = recordOf(7, "X", "");
-    plugin_->StoreBusDevice(&strange);
-    auto requested = classes({element});
-    takeLog();
-    plugin_->GetBusDevice(requested, ns());
-    EXPECT_EQ(takeLog(), (strings{"3 FirmwareElement", "3 Unknown Apapter type for FirmwareElement: 7"}));
-    EXPECT_EQ(static_cast<std::string>(*namespace_.instances().back()->find("Name")), "Unknown");
-}
-
-TEST_F(Plugin, ChoosesTheClassByBusRequestAndModel) {
+TEST_F(Records, AppearByBusRequestAndModel) {
     const std::string direct = "Direct Access Device", sequential = "Sequential Access Device";
     const struct {
         const char* why;
@@ -101,8 +52,8 @@ TEST_F(Plugin, ChoosesTheClassByBusRequestAndModel) {
     } cases[] = {
         {"disk as SCSI device", 0, "DISK", direct, {scsi}, scsi},
         {"disk as tape", 0, "DISK", direct, {tape}, ""},
-        {"tape as SCSI device", 0, "LTO", sequential, {scsi}, scsi},
         {"tape as tape", 0, "LTO", sequential, {tape}, tape},
+        {"tape, both requested", 0, "LTO", sequential, {tape, scsi}, scsi},
         {"cartridge drive as SCSI device", 0, "MY RDX 3", direct, {scsi}, ""},
         {"cartridge drive as tape", 0, "GoVault", direct, {tape}, tape},
         {"cartridge drive, tape first, SCSI listed", 0, "RDX", direct, {tape, scsi}, scsi},
@@ -114,18 +65,34 @@ TEST_F(Plugin, ChoosesTheClassByBusRequestAndModel) {
         {"ATA disk under a tape request", 1, "DISK", "", {tape, ata}, ""},
         {"ATA disk as SCSI device", 1, "DISK", "", {scsi}, ""},
         {"neither bus", 2, "DISK", direct, {scsi, ata}, ""},
+        {"element first, a device class that fits wins", 1, "DISK", "", {element, ata}, ata},
         {"element not first", 0, "DISK", direct, {ata, element}, ""},
         {"nothing requested", 0, "DISK", direct, {}, ""},
         {"association beats all", 0, "DISK", direct, {scsi, firmware}, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
-        busDevice record = recordOf(c.busType, c.product, c.type);
-        plugin_->StoreBusDevice(&record);
-        auto requested = classes(c.requested);
-        const std::size_t before = namespace_.instances().size();
-        plugin_->GetBusDevice(requested, ns());
-        const auto& instances = namespace_.instances();
-        EXPECT_EQ(instances.size() == before ? "" : instances.back()->declaration().name, c.writtenAs);
+        store(c.busType, c.product, c.type, "/dev/sg0");
+        const auto instances = written(c.requested);
+        EXPECT_EQ(instances.empty() ? "" : instances[0]->declaration().name, c.writtenAs);
     }
+}
+
+TEST_F(Records, OfAnUnknownBusHaveAFirmwareElementToo) {
+    store(7, "X", "", "/dev/x");
+    const auto elements = written({element});
+    EXPECT_EQ(takeLog(), (strings{"3 FirmwareElement", "3 Unknown Apapter type for FirmwareElement: 7"}));
+    ASSERT_EQ(elements.size(), 1U);
+    EXPECT_EQ(text(*elements[0], "Name"), "Unknown");
+}
+
+TEST_F(Records, AreKeptOnceForANodeAndConsumed) {
+    std::string product;
+    for (const char* path : {"/dev/sg1", "/dev/sg10", "/dev/sg2", "/dev/sg1"})
+        store(0, product += '+', "", path);
+    strings stored;
+    for (const auto* instance : written({scsi}))
+        stored.push_back(text(*instance, "DeviceID") + text(*instance, "ProductID"));
+    EXPECT_EQ(stored, (strings{"/dev/sg10++", "/dev/sg2+++", "/dev/sg1++++"}));
+    EXPECT_TRUE(written({scsi}).empty());
 }

@@ -3,18 +3,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <fstream>
 #include <string>
-
-using simulator::bytes;
-using simulator::parseMachine;
 
 namespace {
 
 std::string refusal(const std::string& text) {
     try {
-        parseMachine(text, "file.json");
+        simulator::parseMachine(text, "file.json");
     } catch (const simulator::machineFileError& failure) {
         return failure.what();
     }
@@ -25,43 +20,6 @@ std::string refusal(const std::string& text) {
 std::string withInquiry(const std::string& answer) { return R"({"nodes": {"/dev/sg0": {"inquiry": )" + answer + "}}}"; }
 
 } // namespace
-
-TEST(MachineFile, HoldsAnswersAsTheKernelGivesThem) {
-    const auto machine = parseMachine(R"({
-        "name": "caf\u00e9", "modprobe": 1, "usb": ["one", "two"], "opticalTable": "raw\n",
-        "virtualDevices": {"1": ["sr0"]},
-        "nodes": {"/dev/sg0": {
-            "open": ["EACCES", true],
-            "sgVersion": 30536,
-            "emulated": "ENOTTY",
-            "address": {"host": -1, "channel": 0, "target": 70000, "lun": 3},
-            "inquiry": [{"data": ["00 ff", {"text": "AB", "size": 4}, {"zeros": 2}]}, {"sense": "70 00"}, "EIO",
-                        {"hostStatus": 7}, {"status": 4, "maskedStatus": 9, "info": 0}],
-            "identify": {"data": [{"swapped": "ABCD", "size": 6}]}}}})",
-                                      "file.json");
-    EXPECT_EQ(machine.name, "caf\xe9");
-    EXPECT_EQ(machine.usbListing, "one\ntwo\n");
-    EXPECT_EQ(machine.opticalTable, "raw\n");
-    EXPECT_EQ(machine.virtualDevices[1], std::vector<std::string>{"sr0"});
-    const auto& node = machine.nodes.at("/dev/sg0");
-    EXPECT_EQ(node.open.all()[0].error, EACCES);
-    EXPECT_EQ(node.open.all()[1].error, 0);
-    EXPECT_EQ(node.emulated.all()[0].error, ENOTTY);
-    EXPECT_EQ(node.address.all()[0].target, 70000);
-    const auto& inquiry = node.inquiry.all();
-    EXPECT_EQ(inquiry[0].data, (bytes{0, 0xFF, 'A', 'B', ' ', ' ', 0, 0}));
-    EXPECT_EQ(inquiry[0].info, 0U);
-    EXPECT_EQ(inquiry[1].status, 2) << "sense comes with a check condition";
-    EXPECT_EQ(inquiry[1].maskedStatus, 1);
-    EXPECT_EQ(inquiry[1].driverStatus, 8);
-    EXPECT_EQ(inquiry[1].info, 1U);
-    EXPECT_EQ(inquiry[2].error, EIO);
-    EXPECT_EQ(inquiry[3].info, 1U);
-    EXPECT_EQ(inquiry[3].status, 0);
-    EXPECT_EQ(inquiry[4].maskedStatus, 9);
-    EXPECT_EQ(inquiry[4].info, 0U) << "what is said counts";
-    EXPECT_EQ(node.identify.all()[0].data, (bytes{'B', 'A', 'D', 'C', ' ', ' '}));
-}
 
 TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     const std::string inquiryPlace = "file.json: nodes[\"/dev/sg0\"].inquiry";

@@ -126,11 +126,9 @@ strings Plugin::each(const std::vector<properties>& instances, const std::string
     return values;
 }
 
-simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product,
-                              const std::string& revision) {
+simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product) {
     simulator::scsiAnswer answer;
-    answer.data =
-        bytesOf(std::string("\0\0\5\2\37\0\0\0", 8) + padded(vendor, 8) + padded(product, 16) + padded(revision, 4));
+    answer.data = bytesOf(std::string("\0\0\5\2\37\0\0\0", 8) + padded(vendor, 8) + padded(product, 16) + "0001");
     answer.data[0] = peripheralByte;
     return answer;
 }
@@ -151,16 +149,11 @@ simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char 
     return answer;
 }
 
-simulator::driveAnswer identify(const std::string& model, const std::string& serialNumber,
-                                const std::string& firmware) {
+simulator::driveAnswer identify(const std::string& model) {
+    const std::string text = padded(model, 40);
     simulator::driveAnswer answer;
     answer.data.assign(512, 0);
-    const auto put = [&answer](std::size_t offset, const std::string& text) {
-        for (std::size_t i = 0; i < text.size(); ++i)
-            answer.data[offset + (i ^ 1U)] = static_cast<unsigned char>(text[i]);
-    };
-    put(20, padded(serialNumber, 20));
-    put(46, padded(firmware, 8));
-    put(54, padded(model, 40));
+    for (std::size_t i = 0; i < text.size(); ++i)
+        answer.data[54 + (i ^ 1U)] = static_cast<unsigned char>(text[i]);
     return answer;
 }

@@ -64,10 +64,8 @@ protected:
 
 // Answers of devices. Texts are padded with blanks to their field.
 
-simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product,
-                              const std::string& revision = "0001");
+simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product);
 simulator::scsiAnswer serialPage(const std::string& serialNumber);
 /// A CHECK CONDITION with fixed-format sense.
 simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq);
-simulator::driveAnswer identify(const std::string& model, const std::string& serialNumber = "SERIAL",
-                                const std::string& firmware = "FW1");
+simulator::driveAnswer identify(const std::string& model);
