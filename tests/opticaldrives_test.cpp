@@ -4,7 +4,10 @@ namespace {
 
 const std::string optical = "KORVA_CDVDDevice", ata = "KORVA_ATADevice";
 
-std::string emptyLines(std::size_t count) { return std::string(count, '\n'); }
+std::string emptyLines(std::size_t count) {
+    std::string lines(count, '\n');
+    return lines;
+}
 
 } // namespace
 
