@@ -24,6 +24,7 @@
 #include <iomanip>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -67,7 +68,7 @@ TCIMValue::TCIMValue(TCIMType, unsigned, const std::vector<TCIMValue>& list)
     : content_(new TContent{"", false, list}) {}
 TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {}
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
-    *content_ = *other.content_;
+    content_ = std::make_shared<TContent>(*other.content_);
     return *this;
 }
 TCIMValue::~TCIMValue() = default;

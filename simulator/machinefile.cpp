@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
 constexpr std::size_t largestAnswer = 65536;               // bytes; more than any request asks for
+constexpr std::size_t largestPart = 512;                   // bytes that few characters of the file stand for
 constexpr int largestByte = 0xFF;
 constexpr int largestNumber = 0x7FFFFFFF;
 
@@ -51,12 +52,11 @@ bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
     if (const auto zeros = place.find("zeros")) {
         place.allowMembers({"zeros"});
-        const bytes result(static_cast<std::size_t>(zeros->number(0, largestAnswer)), 0);
-        return result;
+        return bytes(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
     }
     const auto swapped = place.find("swapped");
     std::string text = (swapped ? *swapped : place.member("text")).text();
-    const auto size = static_cast<std::size_t>(place.member("size").number(0, largestAnswer));
+    const auto size = static_cast<std::size_t>(place.member("size").number(0, largestPart));
     if (text.size() > size || (swapped && size % 2 != 0))
         place.member("size").fail("room for the text" + std::string(swapped ? ", an even number" : ""));
     text.resize(size, ' ');
