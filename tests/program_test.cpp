@@ -210,6 +210,7 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"% --machine .", ": cannot be read: Is a directory"},
         {"% --machine " + fileWith(R"({"nodes": {"/dev/sg0": {"inquiry": {"data": "000"}}}})"),
          "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
+        {"truncate -s 1G ../gigabyte; % --machine ../gigabyte", "larger than the 16 MiB that a machine file may have"},
         {"% --record .", "/.: is there already; --force replaces it"},
         {"% --plugin missing.so", "missing.so: cannot open shared object file"},
         {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
@@ -293,6 +294,9 @@ TEST_F(Program, DoesNotDependOnWhatItInherits) {
     run(underRackServer + "% KORVA_CDVDDevice");
     EXPECT_THAT(output, HasSubstr(drives)) << "its virtual drives are left out too";
     EXPECT_EQ(jsonOf(underRackServer + "%" + onEmptyMachine)["machine"], "bare-01");
+
+    run("PATH=/nonexistent % KORVA_CDVDDevice" + onRackServer);
+    EXPECT_THAT(output, HasSubstr("Optical drives (KORVA_CDVDDevice): none\n")) << "there is no cat to read them with";
 }
 
 TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
@@ -362,6 +366,8 @@ TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
         {"hdparm -I /dev/sdc",
          {"Model Number:       STILLWATER 480-GP SATA SSD", "Serial Number:      SW48017C0A2216",
           "Firmware Revision:  SWFW2.17", "Likely used: 9"}},
+        {"cd " SOURCE_DIRECTORY "/machines; SCSIDEV_MACHINE=rack-server.json sh -c 'cd /; sg_inq /dev/sg0'",
+         {"Vendor identification: NORDHAV"}},
         {"cat /proc/sys/dev/cdrom/info", {"drive name:\t\tsr1\tsr0\n", "Can write DVD-RAM:\t0\t1\n"}},
     };
     for (const auto& c : cases) {
