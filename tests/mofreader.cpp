@@ -1,315 +1,190 @@
 #include "tests/mofreader.h"
 
-#include "tests/mofscanner.h"
+#include <boost/fusion/include/adapt_struct.hpp>
+#include <boost/fusion/include/std_pair.hpp>
+#include <boost/spirit/home/x3.hpp>
+#include <boost/spirit/home/x3/support/utility/utf8.hpp>
 
 #include <algorithm>
-#include <cctype>
+#include <iomanip>
+#include <sstream>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
+namespace x3 = boost::spirit::x3;
 using nlohmann::json;
+
+namespace mof::ast {
+
+struct property {
+    bool isKey;
+    std::string description, type; ///< of a reference the class
+    bool isReference;
+    std::string name;
+    bool isArray;
+    std::string jsonType; ///< what its values are in JSON
+};
+
+struct classDeclaration {
+    bool isAbstract;
+    std::string description, name, base; ///< no base: ""
+    std::vector<property> own;
+    std::map<std::string, property> properties; ///< its own and those of its bases, by name
+    std::set<std::string> kinds;                ///< its name and those of its bases
+};
+
+using instance = std::pair<std::string, std::vector<std::pair<std::string, json>>>; // its class and its properties
+
+} // namespace mof::ast
+
+BOOST_FUSION_ADAPT_STRUCT(mof::ast::property, isKey, description, type, isReference, name, isArray)
+BOOST_FUSION_ADAPT_STRUCT(mof::ast::classDeclaration, isAbstract, description, name, base, own)
+
+namespace mof::grammar {
+
+const auto assign = [](auto& context) {
+    x3::_val(context) = x3::_attr(context);
+};
+const auto append = [](auto& context) {
+    x3::_val(context) += x3::_attr(context);
+};
+const auto appendByte = [](auto& context) {
+    const unsigned byte = x3::_attr(context);
+    x3::_pass(context) = byte < ' ' || byte > '~'; // the others stand for themselves
+    x3::_val(context) += x3::to_utf8(byte);
+};
+
+const auto printable = x3::char_(' ', '~');
+const auto ignored = x3::char_(" \n") | "//" >> *printable >> '\n';
+
+const auto escape = x3::char_("\"\\")[append] | "x00" >> x3::uint_parser<unsigned, 16, 2, 2>()[appendByte];
+const auto text = x3::rule<struct textId, std::string>() =
+    +x3::lexeme['"' >> *('\\' >> escape | (printable - x3::char_("\"\\"))[append]) >> '"'];
+
+const auto nameCharacter = x3::alnum | x3::char_('_');
+const auto name = x3::rule<struct nameId, std::string>() = x3::lexeme[(x3::alpha | x3::char_('_')) >> *nameCharacter];
+const auto word = [](const char* content) {
+    return x3::lexeme[x3::lit(content) >> !nameCharacter];
+};
+
+const auto qualifier = word("Qualifier") >> x3::omit[+(printable - ';')] >> ';';
+const auto description = word("Description") >> '(' >> text >> ')' >> ']';
+const auto property = x3::rule<struct propertyId, ast::property>() = '[' >> x3::matches[word("Key") >> ','] >>
+                                                                     description >> name >> x3::matches[word("REF")] >>
+                                                                     name >> x3::matches["[]"] >> ';';
+const auto classDeclaration = x3::rule<struct classId, ast::classDeclaration>() =
+    '[' >> x3::matches[word("Abstract") >> ','] >> -(word("Association") >> ',') >> description >> word("class") >> name
+    >> (':' >> name | x3::attr(std::string())) >> '{' >> *property >> '}' >> ';';
+
+const auto list = x3::rule<struct listId, std::vector<std::string>>() = '{' >> -(text % ',') >> '}';
+const auto value = x3::rule<struct valueId, json>() =
+    text[assign] | x3::uint16[assign] | x3::bool_[assign] | list[assign];
+const auto instance = x3::rule<struct instanceId, ast::instance>() = word("instance") >> word("of") >> name >> '{' >>
+                                                                     *(name >> '=' >> value >> ';') >> '}' >> ';';
+
+} // namespace mof::grammar
 
 namespace mof {
 
 namespace {
 
-std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    for (const char c : text)
-        result.append(c == '"' || c == '\\' ? "\\" : "").append(1, c);
-    return result + '"';
+void require(bool holds, const std::string& otherwise) {
+    if (!holds)
+        throw std::runtime_error(otherwise);
 }
 
-class reader {
-public:
-    explicit reader(const std::string& text) : tokens_(text) {}
-
-    document read() {
-        while (tokens_.next().kind != token::end) {
-            if (accepts("instance"))
-                readInstance();
-            else if (!read_.instances.empty())
-                fail("a declaration behind an instance");
-            else if (accepts("Qualifier"))
-                readQualifier();
-            else
-                readClass();
-        }
-        return std::move(read_);
-    }
-
-private:
-    struct qualifier {
-        std::string type;
-        std::set<std::string> scopes;
-    };
-    using qualifierList = std::vector<std::pair<std::string, json>>;
-
-    [[noreturn]] void fail(const std::string& what) const { tokens_.fail(what); }
-    [[noreturn]] void fail(const std::string& name, const std::string& what) const { fail(name + ": " + what); }
-
-    bool accepts(const std::string& content) {
-        const bool found = tokens_.next().kind != token::text && tokens_.next().content == content;
-        if (found)
-            tokens_.advance();
-        return found;
-    }
-    void expect(const std::string& content) {
-        if (!accepts(content))
-            fail("expected " + content + ", found '" + tokens_.next().content + "'");
-    }
-    std::string takeName() {
-        std::string name = tokens_.next().content;
-        if (tokens_.next().kind != token::word || std::isdigit(static_cast<unsigned char>(name.front())) != 0)
-            fail("expected a name, found '" + name + "'");
-        tokens_.advance();
-        return name;
-    }
-    /// NAME(NAME, ...)
-    std::set<std::string> takeNames(const std::string& title) {
-        expect(title);
-        expect("(");
-        std::set<std::string> names;
-        do
-            names.insert(takeName());
-        while (accepts(","));
-        expect(")");
-        return names;
-    }
-    const declaredClass& classCalled(const std::string& name) const {
-        const auto found = read_.classes.find(name);
-        if (found == read_.classes.end())
-            fail("the class " + name + " is not declared");
-        return found->second;
-    }
-    bool isKindOf(std::string name, const std::string& base) const {
-        while (!name.empty() && name != base)
-            name = classCalled(name).base;
-        return name == base;
-    }
-
-    json takeValue();
-    void check(const json& value, const std::string& type) const;
-    void readQualifier();
-    qualifierList takeQualifiers();
-    void checkScopes(const qualifierList& list, const std::string& scope) const;
-    void readClass();
-    void readProperty(declaredClass& owner);
-    void readInstance();
-    void checkReference(const json& value, const std::string& className) const;
-    std::string pathOf(const std::string& className, const json& properties) const;
-
-    scanner tokens_;
-    document read_;
-    std::map<std::string, qualifier> qualifiers_;
-    std::map<std::string, std::string> paths_; ///< of the instances, each with its class
-};
-
-json reader::takeValue() {
-    if (accepts("true"))
-        return true;
-    if (accepts("false"))
-        return false;
-    if (accepts("{")) {
-        json list = json::array();
-        if (accepts("}"))
-            return list;
-        do
-            list.push_back(takeValue());
-        while (accepts(","));
-        expect("}");
-        return list;
-    }
-    std::string content = tokens_.next().content;
-    if (tokens_.next().kind == token::text) {
-        for (tokens_.advance(); tokens_.next().kind == token::text; tokens_.advance())
-            content += tokens_.next().content; // literals in a row are one string
-        return content;
-    }
-    if (content.empty() || content.find_first_not_of("0123456789") != std::string::npos)
-        fail("expected a value, found '" + content + "'");
-    tokens_.advance();
-    return std::stoul(content);
-}
-
-void reader::check(const json& value, const std::string& type) const {
-    const bool suits = type == "string"    ? value.is_string()
-                       : type == "boolean" ? value.is_boolean()
-                       : type == "uint16"  ? value.is_number() && value <= 0xFFFF
-                                           : value.is_array();
-    if (!suits)
-        fail("expected a value of type " + type);
-    if (value.is_array()) {
-        for (const auto& element : value)
-            check(element, type.substr(0, type.find('[')));
-    }
-}
-
-void reader::readQualifier() {
-    const std::string name = takeName();
-    expect(":");
-    qualifier& declared = qualifiers_[name];
-    if (!declared.type.empty())
-        fail("the qualifier " + name + " is declared twice");
-    declared.type = takeName();
-    expect("=");
-    if (!accepts("null"))
-        check(takeValue(), declared.type);
-    expect(",");
-    declared.scopes = takeNames("Scope");
-    expect(",");
-    takeNames("Flavor");
-    expect(";");
-}
-
-reader::qualifierList reader::takeQualifiers() {
-    qualifierList list;
-    expect("[");
-    do {
-        const std::string name = takeName();
-        const auto declared = qualifiers_.find(name);
-        if (declared == qualifiers_.end())
-            fail("the qualifier " + name + " is not declared");
-        json value = true;
-        if (accepts("(")) {
-            value = takeValue();
-            expect(")");
-        }
-        check(value, declared->second.type);
-        if (std::any_of(list.begin(), list.end(), [&name](const auto& earlier) { return earlier.first == name; }))
-            fail("the qualifier " + name + " stands twice");
-        list.emplace_back(name, value);
-    } while (accepts(","));
-    expect("]");
-    return list;
-}
-
-void reader::checkScopes(const qualifierList& list, const std::string& scope) const {
-    for (const auto& [name, value] : list) {
-        const auto& scopes = qualifiers_.at(name).scopes;
-        if (scopes.count("any") + scopes.count(scope) == 0)
-            fail(name, "no qualifier of a " + scope);
-    }
-}
-
-void reader::readClass() {
-    declaredClass declared;
-    const qualifierList list = takeQualifiers();
-    for (const auto& [name, value] : list) {
-        declared.isAbstract |= name == "Abstract";
-        declared.isAssociation |= name == "Association";
-        if (name == "Description")
-            declared.description = value;
-    }
-    if (declared.isAssociation && list.front().first != "Association")
-        fail("Association is not the first qualifier");
-    checkScopes(list, declared.isAssociation ? "association" : "class");
-    expect("class");
-    const std::string name = takeName();
-    if (accepts(":")) {
-        declared.base = takeName();
-        declared.properties = classCalled(declared.base).properties;
-    }
-    expect("{");
-    while (!accepts("}"))
-        readProperty(declared);
-    expect(";");
-    if (!read_.classes.emplace(name, declared).second)
-        fail("the class " + name + " is declared twice");
-}
-
-void reader::readProperty(declaredClass& owner) {
-    declaredProperty declared;
-    const qualifierList list = takeQualifiers();
-    for (const auto& [name, value] : list) {
-        declared.isKey |= name == "Key";
-        if (name == "Description")
-            declared.description = value;
-    }
-    declared.type = takeName();
-    declared.isReference = accepts("REF");
-    checkScopes(list, declared.isReference ? "reference" : "property");
-    if (declared.isReference && !owner.isAssociation)
-        fail("a reference in a class that is no association");
-    if (declared.isReference)
-        classCalled(declared.type);
-    else if (declared.type != "string" && declared.type != "uint16" && declared.type != "boolean")
-        fail("the type " + declared.type + " is unknown");
-    const std::string name = takeName();
-    if (accepts("[")) {
-        expect("]");
-        declared.type += "[]";
-    }
-    expect(";");
-    if (!owner.properties.emplace(name, declared).second)
-        fail("the property " + name + " is declared twice");
-}
-
-void reader::readInstance() {
-    expect("of");
-    const std::string className = takeName();
-    const declaredClass& declared = classCalled(className);
-    if (declared.isAbstract)
-        fail("an instance of the abstract class " + className);
-    json properties = json::object();
-    expect("{");
-    while (!accepts("}")) {
-        const std::string name = takeName();
-        const auto property = declared.properties.find(name);
-        if (property == declared.properties.end())
-            fail(name, "no property of " + className);
-        expect("=");
-        const json value = takeValue();
-        check(value, property->second.isReference ? "string" : property->second.type);
-        if (property->second.isReference)
-            checkReference(value, property->second.type);
-        if (!properties.emplace(name, value).second)
-            fail("the property " + name + " is set twice");
-        expect(";");
-    }
-    expect(";");
-    if (!paths_.emplace(pathOf(className, properties), className).second)
-        fail("a second instance with the path " + pathOf(className, properties));
-    read_.instances.push_back({{"class", className}, {"properties", properties}});
-}
-
-void reader::checkReference(const json& value, const std::string& className) const {
-    const auto target = paths_.find(value);
-    if (target == paths_.end())
-        fail("a reference to nothing: " + value.get<std::string>());
-    if (!isKindOf(target->second, className))
-        fail("a reference to an instance of " + target->second + ", expected " + className);
+template <typename Value>
+const Value& found(const std::map<std::string, Value>& in, const std::string& name, const std::string& what) {
+    require(in.count(name) != 0, "there is no " + what + ' ' + name);
+    return in.at(name);
 }
 
 /// CLASS.KEY=VALUE,... with the keys in alphabetical order.
-std::string reader::pathOf(const std::string& className, const json& properties) const {
-    std::string path = className;
+std::string objectPath(const std::string& className, const ast::classDeclaration& declaration, const json& properties) {
+    std::ostringstream path;
+    path << className;
     char separator = '.';
-    for (const auto& [name, property] : classCalled(className).properties) {
+    for (const auto& [name, property] : declaration.properties) {
         if (!property.isKey)
             continue;
-        if (!properties.contains(name))
-            fail(name, "missing key of an instance of " + className);
-        const json& value = properties[name];
-        path += separator + name + '=' + (value.is_string() ? quoted(value) : value.dump());
-        separator = ',';
+        path << std::exchange(separator, ',') << name << '=';
+        const json& value = properties.at(name);
+        value.is_string() ? path << std::quoted(value.get<std::string>()) : path << value;
     }
-    return path;
+    return path.str();
 }
+
+/// Checks one declaration and one instance after the other.
+class checker {
+public:
+    explicit checker(const std::set<std::string>& absent) : absent_(absent) {}
+
+    void add(const ast::classDeclaration& declaration) {
+        static const std::map<std::string, std::string> jsonTypes{
+            {"string", "string"}, {"uint16", "number"}, {"boolean", "boolean"}, {"string[]", "array"}};
+        auto whole = declaration.base.empty() ? ast::classDeclaration() : found(classes_, declaration.base, "class");
+        whole.isAbstract = declaration.isAbstract;
+        whole.kinds.insert(declaration.name);
+        for (auto property : declaration.own) {
+            if (property.isReference)
+                found(classes_, property.type, "class");
+            const std::string type = property.isReference ? "string" : property.type + (property.isArray ? "[]" : "");
+            property.jsonType = found(jsonTypes, type, "type");
+            whole.properties[property.name] = property;
+        }
+        for (const auto& [name, property] : whole.properties)
+            checked.classes[declaration.name].insert(name);
+        classes_[declaration.name] = whole;
+    }
+
+    void add(const ast::instance& instance) {
+        const auto& [className, values] = instance;
+        const auto& declaration = found(classes_, className, "class");
+        require(!declaration.isAbstract, "an instance of the abstract class " + className);
+        json properties = json::object();
+        for (const auto& [name, value] : values) {
+            const auto& property = found(declaration.properties, name, "property");
+            require(value.type_name() == property.jsonType, name + " has a value of another type");
+            if (property.isReference && absent_.count(value) == 0)
+                require(found(paths_, value, "instance").count(property.type) != 0,
+                        name + " refers to an instance that is no " + property.type);
+            require(properties.emplace(name, value).second, name + " is set twice");
+        }
+        const std::string path = objectPath(className, declaration, properties);
+        require(paths_.emplace(path, declaration.kinds).second, "a second instance with the path " + path);
+        checked.instances.push_back({{"class", className}, {"properties", properties}});
+    }
+
+    document checked;
+
+private:
+    const std::set<std::string>& absent_;
+    std::map<std::string, ast::classDeclaration> classes_;
+    std::map<std::string, std::set<std::string>> paths_; ///< of the instances, with what kinds each is of
+};
 
 } // namespace
 
-document read(const std::string& text) { return reader(text).read(); }
+document read(const std::string& text, const std::set<std::string>& absent) {
+    checker checker(absent);
+    const auto add = [&checker](auto& context) {
+        checker.add(x3::_attr(context));
+    };
+    const auto document = *grammar::qualifier >> *grammar::classDeclaration[add] >> *grammar::instance[add];
+    auto at = text.begin();
+    x3::phrase_parse(at, text.end(), document, grammar::ignored);
+    require(at == text.end(), "cannot read on at " + std::string(at, text.end()));
+    return checker.checked;
+}
 
 json instancesOf(const json& jsonDocument) {
     json instances = json::array();
-    for (const auto& query : jsonDocument["queries"]) {
-        for (const auto& instance : query["instances"]) {
+    for (const auto& query : jsonDocument["queries"])
+        for (const auto& instance : query["instances"])
             // One association may be found for several devices: they share its path, and MOF has it once.
             if (std::find(instances.begin(), instances.end(), instance) == instances.end())
                 instances.push_back(instance);
-        }
-    }
     return instances;
 }
 
