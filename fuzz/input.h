@@ -3,85 +3,62 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace fuzz {
 
-/// Ends the process, so that the fuzzer keeps the input.
+/// Ends the process with an exception, so that the fuzzer keeps the input.
 inline void require(bool holds, const char* what) {
-    if (holds)
-        return;
-    std::fprintf(stderr, "does not hold: %s\n", what);
-    std::abort();
+    if (!holds)
+        throw std::logic_error(what);
 }
 
-/// Reads one value after the other from an input; behind its end all numbers are 0 and all texts empty.
-class inputReader {
+/// Reads values from an input one after the other, or writes the input that they are read from. Behind the end of an
+/// input all numbers are 0 and all texts and lists empty.
+class archive {
 public:
-    inputReader(const std::uint8_t* begin, std::size_t size) : left_(begin), size_(size) {}
+    archive() = default; ///< writes
+    archive(const std::uint8_t* input, std::size_t size) : bytes_(input, input + size), reads_(true) {}
 
-    template <typename Number>
-    void number(Number& value) {
-        const std::size_t count = std::min(size_, sizeof value);
-        value = 0;
-        std::memcpy(&value, left_, count);
-        skip(count);
+    template <typename... Numbers>
+    void numbers(Numbers&... values) {
+        (transfer(reinterpret_cast<char*>(&values), sizeof values), ...);
     }
 
     /// A text, or other bytes, behind the two bytes of its length.
     template <typename Text>
     void text(Text& value) {
-        std::uint16_t length = 0;
-        number(length);
-        const std::size_t count = std::min<std::size_t>(size_, length);
-        value.assign(left_, left_ + count);
-        skip(count);
+        auto length = static_cast<std::uint16_t>(value.size());
+        numbers(length);
+        value.resize(reads_ ? std::min<std::size_t>(length, bytes_.size() - at_) : length);
+        transfer(reinterpret_cast<char*>(value.data()), value.size());
     }
+
+    /// A list behind the byte of its length.
+    template <typename Element, typename Transfer>
+    void list(std::vector<Element>& elements, Transfer transferElement) {
+        auto length = static_cast<std::uint8_t>(elements.size());
+        numbers(length);
+        elements.resize(length);
+        std::for_each(elements.begin(), elements.end(), transferElement);
+    }
+
+    const std::string& bytes() const { return bytes_; }
 
 private:
-    void skip(std::size_t count) {
-        left_ += count;
-        size_ -= count;
+    void transfer(char* value, std::size_t size) {
+        if (!reads_)
+            bytes_.append(value, size);
+        else
+            std::fill(value + bytes_.copy(value, size, at_), value + size, '\0');
+        at_ = std::min(at_ + size, bytes_.size());
     }
 
-    const std::uint8_t* left_;
-    std::size_t size_;
+    std::string bytes_;
+    std::size_t at_ = 0;
+    bool reads_ = false;
 };
-
-/// Writes what the reader reads.
-class inputWriter {
-public:
-    template <typename Number>
-    void number(const Number& value) {
-        const auto* bytes = reinterpret_cast<const char*>(&value);
-        written_.append(bytes, sizeof value);
-    }
-
-    template <typename Text>
-    void text(const Text& value) {
-        const auto length = static_cast<std::uint16_t>(value.size());
-        number(length);
-        written_.append(value.begin(), value.begin() + length);
-    }
-
-    const std::string& written() const { return written_; }
-
-private:
-    std::string written_;
-};
-
-/// Reads or writes a list behind the byte of its length.
-template <typename Archive, typename Element, typename Transfer>
-void transferList(Archive& archive, std::vector<Element>& list, Transfer transferElement) {
-    auto count = static_cast<std::uint8_t>(list.size());
-    archive.number(count);
-    list.resize(count);
-    for (auto& element : list)
-        transferElement(element);
-}
 
 } // namespace fuzz

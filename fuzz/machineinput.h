@@ -5,92 +5,66 @@
 
 namespace fuzz {
 
-/// An errno or an exit status.
-template <typename Archive>
-void transferByte(Archive& archive, int& number) {
+/// An errno or an exit status, in one byte.
+inline void transfer(archive& archive, int& number) {
     auto byte = static_cast<std::uint8_t>(number);
-    archive.number(byte);
+    archive.numbers(byte);
     number = byte;
 }
 
-template <typename Archive>
-void transfer(Archive& archive, simulator::numberAnswer& answer) {
-    transferByte(archive, answer.error);
-    archive.number(answer.value);
+inline void transfer(archive& archive, simulator::numberAnswer& answer) {
+    transfer(archive, answer.error);
+    archive.numbers(answer.value);
 }
 
-template <typename Archive>
-void transfer(Archive& archive, simulator::addressAnswer& answer) {
-    transferByte(archive, answer.error);
-    for (int* number : {&answer.host, &answer.channel, &answer.target, &answer.lun, &answer.type})
-        archive.number(*number);
+inline void transfer(archive& archive, simulator::addressAnswer& answer) {
+    transfer(archive, answer.error);
+    archive.numbers(answer.host, answer.channel, answer.target, answer.lun, answer.type);
 }
 
-template <typename Archive>
-void transfer(Archive& archive, simulator::scsiAnswer& answer) {
-    transferByte(archive, answer.error);
+inline void transfer(archive& archive, simulator::scsiAnswer& answer) {
+    transfer(archive, answer.error);
     archive.text(answer.data);
     archive.text(answer.sense);
-    archive.number(answer.status);
-    archive.number(answer.maskedStatus);
-    archive.number(answer.hostStatus);
-    archive.number(answer.driverStatus);
-    archive.number(answer.info);
+    archive.numbers(answer.status, answer.maskedStatus, answer.hostStatus, answer.driverStatus, answer.info);
 }
 
-template <typename Archive>
-void transfer(Archive& archive, simulator::driveAnswer& answer) {
-    transferByte(archive, answer.error);
+inline void transfer(archive& archive, simulator::driveAnswer& answer) {
+    transfer(archive, answer.error);
     archive.text(answer.data);
 }
 
-template <typename Archive>
-void transfer(Archive& archive, int& exitStatus) {
-    transferByte(archive, exitStatus);
-}
-
-template <typename Archive, typename Answer>
-void transfer(Archive& archive, simulator::answers<Answer>& answers) {
+template <typename Answer>
+void transfer(archive& archive, simulator::answers<Answer>& answers) {
     std::vector<Answer> list = answers.all();
-    transferList(archive, list, [&archive](Answer& answer) { transfer(archive, answer); });
+    archive.list(list, [&](Answer& answer) { transfer(archive, answer); });
     answers = list;
 }
 
-template <typename Archive>
-void transfer(Archive& archive, simulator::node& node) {
-    transfer(archive, node.open);
-    transfer(archive, node.sgVersion);
-    transfer(archive, node.emulated);
-    transfer(archive, node.address);
-    transfer(archive, node.inquiry);
-    transfer(archive, node.serialPage);
-    transfer(archive, node.identify);
-    transfer(archive, node.task);
+inline void transfer(archive& archive, simulator::node& node) {
+    const auto transferAll = [&archive](auto&... answers) {
+        (transfer(archive, answers), ...);
+    };
+    transferAll(node.open, node.sgVersion, node.emulated, node.address, node.inquiry, node.serialPage, node.identify,
+                node.task, node.opticalCapability);
 }
 
-/// Reads or writes a whole machine, the one description of how it stands in an input.
-template <typename Archive>
-void transfer(Archive& archive, simulator::machine& machine) {
+/// A run: the queries, each a list of positions in the class table, and the machine.
+inline void transfer(archive& archive, std::vector<std::vector<std::uint8_t>>& queries, simulator::machine& machine) {
+    archive.list(queries, [&](auto& query) { archive.text(query); });
     archive.text(machine.name);
     transfer(archive, machine.modprobe);
     archive.text(machine.usbListing);
-    std::string table = machine.opticalTable.value_or("");
-    archive.text(table);
-    machine.opticalTable = table;
     for (auto& list : machine.virtualDevices)
-        transferList(archive, list, [&archive](std::string& name) { archive.text(name); });
+        archive.list(list, [&](std::string& name) { archive.text(name); });
     std::vector<std::pair<std::string, simulator::node>> nodes(machine.nodes.begin(), machine.nodes.end());
-    transferList(archive, nodes, [&archive](auto& pathAndNode) {
+    archive.list(nodes, [&](auto& pathAndNode) {
         archive.text(pathAndNode.first);
         transfer(archive, pathAndNode.second);
     });
     machine.nodes = {nodes.begin(), nodes.end()};
-}
-
-/// Reads or writes what is asked in turn: a list of queries, each a list of positions in the class table.
-template <typename Archive>
-void transfer(Archive& archive, std::vector<std::vector<std::uint8_t>>& queries) {
-    transferList(archive, queries, [&archive](auto& query) { archive.text(query); });
+    machine.opticalTable.emplace(machine.opticalTable.value_or(""));
+    archive.text(*machine.opticalTable);
 }
 
 } // namespace fuzz

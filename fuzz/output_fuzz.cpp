@@ -3,105 +3,118 @@
 #include "fuzz/input.h"
 #include "inventory/escape.h"
 #include "inventory/jsonoutput.h"
+#include "inventory/mofoutput.h"
 #include "inventory/tableoutput.h"
 #include "minihost/cimcontent.h"
 #include "simulator/codepoints.h"
-
-#include <nlohmann/json.hpp>
+#include "tests/mofreader.h"
 
 #include <sstream>
 
+using minihost::cimType;
+using NHALDEN20::TCIMValue;
+using nlohmann::json;
+using simulator::bytesAsCodePoints;
+
 namespace {
 
-constexpr const char* propertyNames[] = {"CreationClassName",    "DeviceID",   "SystemName",  "Name",
-                                         "SoftwareElementId",    "Version",    "ElementName", "Dependent",
-                                         "OtherIdentifyingInfo", "DeviceType", "serialNum",   "DvdRomRead"};
-
-bool isPrintable(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); });
-}
-
-enum kinds : std::uint8_t { text, number, flag, textList, empty, path };
-
-NHALDEN20::TCIMValue valueFrom(fuzz::inputReader& input, const minihost::memoryNamespace& ns) {
-    std::uint8_t kind = 0;
+/// A value of the type; of references mostly one that suits the property, or an empty one where there is no instance.
+TCIMValue valueFrom(fuzz::archive& input, cimType type, std::string_view referenced,
+                    const minihost::memoryNamespace& ns) {
     std::uint16_t number = 0;
     std::string text;
-    input.number(kind);
-    switch (kind % 6) {
-    case kinds::number:
-        input.number(number);
+    input.numbers(number);
+    if (type == cimType::uint16)
         return number;
-    case kinds::flag:
-        input.number(kind);
-        return kind % 2 == 0;
-    case kinds::empty:
-        return {};
-    case kinds::path: {
-        if (ns.instances().empty())
-            return {};
-        auto reference = ns.instances().back()->GetReference({});
-        return reference;
+    if (type == cimType::boolean)
+        return number % 2 == 0;
+    if (type == cimType::reference) {
+        std::vector<NHALDEN20::TCIMReference> targets;
+        for (const auto& instance : ns.instances())
+            if (number % 8 == 7 || isKindOf(instance->declaration(), referenced))
+                targets.push_back(instance->GetReference({}));
+        return targets.empty() ? TCIMValue() : targets[number % targets.size()];
     }
-    case kinds::textList:
-        input.text(text);
-        return {NHALDEN20::kCIMStringArray, 0, {NHALDEN20::TCIMValue(text)}};
-    default:
-        input.text(text);
+    input.text(text);
+    if (type == cimType::string)
         return text;
+    return {NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(number % 4, text)};
+}
+
+/// Commits an instance whose properties are as its class declares them where the input does not say otherwise.
+void commitFrom(fuzz::archive& input, const minihost::classDeclaration& declaration, minihost::memoryNamespace& ns) {
+    const auto instance = ns.GetClass(std::string(declaration.name), {})->CreateInstance({});
+    for (const auto* property : propertiesOf(declaration)) {
+        enum : std::uint8_t { empty = 1, renamed, retyped, declared = retyped + 5 }; // below and above: as declared
+        std::uint8_t change = 0;
+        input.numbers(change);
+        const bool isRetyped = change >= retyped && change < declared;
+        const auto type = isRetyped ? static_cast<cimType>(change - retyped) : property->type;
+        instance->SetProperty(change == renamed ? "Odd\x1b" : std::string(property->name),
+                              change == empty ? TCIMValue() : valueFrom(input, type, property->referenced, ns), {});
     }
+    instance->AddToClass({});
 }
 
-inventory::queryResult queryFrom(fuzz::inputReader& input, minihost::memoryNamespace& ns) {
-    const auto& classes = minihost::classTable();
-    inventory::queryResult query;
-    for (const auto& declaration : classes)
-        query.classes.emplace_back(declaration.name);
-    std::vector<std::uint8_t> instances;
-    fuzz::transferList(input, instances, [&](std::uint8_t& position) {
-        input.number(position);
-        const auto instance = ns.GetClass(std::string(classes[position % classes.size()].name), {})->CreateInstance({});
-        std::vector<std::uint8_t> properties;
-        fuzz::transferList(input, properties, [&](std::uint8_t& name) {
-            input.number(name);
-            instance->SetProperty(propertyNames[name % std::size(propertyNames)], valueFrom(input, ns), {});
-        });
-        instance->AddToClass({});
-    });
-    query.instances = ns.instances();
-    return query;
-}
-
-void checkJson(const inventory::runResult& result) {
-    std::ostringstream output;
-    inventory::writeJson(result, output);
-    fuzz::require(isPrintable(output.str()), "JSON drives no terminal");
-    const auto document = nlohmann::json::parse(output.str());
-    const auto& query = result.queries.front();
-    fuzz::require(document["machine"] == simulator::bytesAsCodePoints(result.machineName), "the machine's name stays");
-    for (std::size_t i = 0; i < query.instances.size(); ++i) {
-        const auto& shown = document["queries"][0]["instances"][i]["properties"];
-        for (const auto& [name, value] : query.instances[i]->properties()) {
-            if (const auto* bytes = std::get_if<std::string>(&value.Content().value))
-                fuzz::require(shown[name] == simulator::bytesAsCodePoints(*bytes), "every byte survives in JSON");
+/// Requires that JSON shows every byte of the instances, and that MOF has the latest one of each object path, with what
+/// its class declares, and none that lacks a key.
+void checkReadingBack(const minihost::memoryNamespace& ns, const json& shown, const std::string& asMof) {
+    std::map<std::string, std::size_t> places;
+    std::set<std::string> absent;
+    json wanted = json::array();
+    for (std::size_t i = 0; i < ns.instances().size(); ++i) {
+        auto& instance = *ns.instances()[i];
+        json whole{{"class", shown[i]["class"]}, {"properties", json::object()}};
+        bool isWhole = instance.declaration().kind != minihost::classKind::abstract;
+        for (const auto* property : propertiesOf(instance.declaration())) {
+            const std::string name(property->name);
+            const TCIMValue* value = instance.findSuitable(name);
+            isWhole = isWhole && (value != nullptr || !property->isKey);
+            if (value == nullptr)
+                continue;
+            auto& kept = whole["properties"][name] = shown[i]["properties"][name];
+            if (const auto* bytes = std::get_if<std::string>(&value->Content().value))
+                fuzz::require(kept == bytesAsCodePoints(*bytes), "JSON shows every byte");
         }
+        const std::string path = bytesAsCodePoints(minihost::objectPath(instance.GetReference({})));
+        if (isWhole)
+            wanted[places.emplace(path, places.size()).first->second] = whole;
+        else
+            absent.insert(path);
     }
+    fuzz::require(mof::read(asMof, absent).instances == wanted, "MOF reads back");
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    fuzz::inputReader input(bytes, size);
+    fuzz::archive input(bytes, size);
     minihost::memoryNamespace ns;
-    inventory::runResult result;
-    input.text(result.machineName);
-    result.queries.push_back(queryFrom(input, ns));
+    std::string machine, error;
+    std::vector<std::uint8_t> positions;
+    input.list(positions, [&](std::uint8_t& position) { input.numbers(position); });
+    constexpr std::size_t mostInstances = 16; // more of them cost time and show nothing new
+    positions.resize(std::min(positions.size(), mostInstances));
+    input.text(machine);
+    input.text(error);
+    for (const std::uint8_t position : positions)
+        commitFrom(input, minihost::classTable()[position % minihost::classTable().size()], ns);
+    inventory::queryResult query{{}, ns.instances(), error.empty() ? std::nullopt : std::optional(error)};
+    for (const auto& declaration : minihost::classTable())
+        query.classes.emplace_back(declaration.name);
+    const inventory::runResult result{machine, {query}};
 
-    checkJson(result);
-    std::ostringstream table;
-    inventory::writeTable(result, {false, 80}, table);
-    fuzz::require(isPrintable(table.str()), "the table drives no terminal");
+    std::ostringstream asJson, asMof, asTable;
+    inventory::writeJson(result, asJson);
+    inventory::writeMof(result, asMof);
+    inventory::writeTable(result, {true, 80}, asTable);
     const std::string line = inventory::escaped({bytes, bytes + size});
-    fuzz::require(isPrintable(line) && line.find('\n') == std::string::npos, "a log line is one printable line");
+    fuzz::require(line.find('\n') == std::string::npos, "what is escaped is one line");
+    const std::string all = asJson.str() + asMof.str() + asTable.str() + line;
+    fuzz::require(std::all_of(all.begin(), all.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
+                  "no output drives a terminal");
+    const json shown = json::parse(asJson.str());
+    fuzz::require(shown["machine"] == bytesAsCodePoints(machine), "JSON has the machine's name");
+    checkReadingBack(ns, shown["queries"][0]["instances"], asMof.str());
     return 0;
 }
