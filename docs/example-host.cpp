@@ -24,7 +24,6 @@
 #include <iomanip>
 #include <iostream>
 #include <iterator>
-#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -68,7 +67,8 @@ TCIMValue::TCIMValue(TCIMType, unsigned, const std::vector<TCIMValue>& list)
     : content_(new TContent{"", false, list}) {}
 TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {}
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
-    content_ = std::make_shared<TContent>(*other.content_);
+    TCIMValue copy(other);
+    content_.swap(copy.content_);
     return *this;
 }
 TCIMValue::~TCIMValue() = default;

@@ -52,7 +52,8 @@ bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
     if (const auto zeros = place.find("zeros")) {
         place.allowMembers({"zeros"});
-        return bytes(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
+        bytes result(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
+        return result;
     }
     const auto swapped = place.find("swapped");
     std::string text = (swapped ? *swapped : place.member("text")).text();
