@@ -8,6 +8,7 @@
 #include "inventory/statusline.h"
 #include "inventory/tableoutput.h"
 #include "inventory/terminal.h"
+#include "minihost/pluginlibrary.h"
 
 #include <unistd.h>
 
@@ -109,8 +110,8 @@ int main(int argc, char** argv) {
         writeError(std::string("standard output cannot be written: ") + std::strerror(errno));
     } catch (const std::bad_alloc&) {
         std::cerr << "scsidev-inventory: out of memory\n"; // without asking for more
-    } catch (const std::exception& failure) {
-        writeError(failure.what());
+    } catch (...) {
+        writeError(minihost::whatWasThrown());
     }
     return failed;
 }

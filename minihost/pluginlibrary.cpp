@@ -16,15 +16,23 @@ void* load(const std::string& path) {
     try {
         if (void* library = open(path.c_str(), RTLD_NOW | RTLD_LOCAL))
             return library;
-    } catch (const std::exception& failure) {
-        throw pluginError(path + ": the plug-in failed while it was loaded: " + failure.what());
     } catch (...) {
-        throw pluginError(path + ": the plug-in failed while it was loaded");
+        throw pluginError(path + ": the plug-in failed while it was loaded: " + whatWasThrown());
     }
     throw pluginError(std::string("the plug-in cannot be loaded: ") + ::dlerror());
 }
 
 } // namespace
+
+std::string whatWasThrown() {
+    try {
+        throw;
+    } catch (const std::exception& failure) {
+        return failure.what();
+    } catch (...) {
+        return "an exception of an unknown type";
+    }
+}
 
 pluginLibrary::handle::handle(const std::string& path) : library_(load(path)) {}
 pluginLibrary::handle::~handle() { ::dlclose(library_); }
@@ -50,8 +58,8 @@ pluginLibrary::pluginLibrary(const std::string& path) : handle_(path), object_(p
     // What the plug-in throws may be of a type of its own, which is gone when it has been unloaded.
     try {
         object_.callbacks().Init();
-    } catch (const std::exception& failure) {
-        throw pluginError(path + ": Init failed: " + failure.what());
+    } catch (...) {
+        throw pluginError(path + ": Init failed: " + whatWasThrown());
     }
 }
 

@@ -13,6 +13,9 @@ class pluginError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// What was thrown, as a text; for a handler that has caught anything.
+std::string whatWasThrown();
+
 /// A loaded plug-in library and the object that it registered, from loading and Init to DeInit,
 /// PrepareForUnload and unloading.
 class pluginLibrary {

@@ -1,6 +1,6 @@
-// A plug-in that fails at the step that ODD_PLUGIN names: load, init, query (after its first instance). It
-// sends itself SIGTERM in a query when told to "terminate", sets properties that its class does not declare
-// when told to "drift", and does not register for "nothing".
+// A plug-in that fails at the step that ODD_PLUGIN names: load, init, query (after its first instance). It throws a
+// number in Init when told to, sends itself SIGTERM in a query when told to "terminate", sets properties that its class
+// does not declare when told to "drift", and does not register for "nothing".
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
@@ -41,7 +41,11 @@ public:
     std::string GetVersion() override { return "1.0"; }
     std::string GetInterfaceVersion() override { return "1.0"; }
     void PrepareForUnload() override { delete this; }
-    void Init() override { failAt("init"); }
+    void Init() override {
+        failAt("init");
+        if (oddity() == "number")
+            throw 7;
+    }
     void DeInit() override {}
     void GetData(boost::shared_ptr<ICIMNamespace> /*ns*/,
                  std::vector<boost::shared_ptr<ICIMClass>>& requested) override {

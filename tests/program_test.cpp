@@ -218,6 +218,7 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"ODD_PLUGIN=nothing %" + oddPlugin, "to register one plug-in that collects data, it registered 0"},
         {"ODD_PLUGIN=load %" + oddPlugin, "the plug-in failed while it was loaded: odd \\x1b[2J load"},
         {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \\x1b[2J init"},
+        {"ODD_PLUGIN=number %" + oddPlugin, "Init failed: an exception of an unknown type"},
         {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
         {"% --format json >/dev/full" + onEmptyMachine, "No space left on device"},
         {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
