@@ -14,6 +14,7 @@
 #include <boost/algorithm/string/replace.hpp>
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/make_shared.hpp>
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -52,19 +53,22 @@ TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
 }
 TCIMReference::~TCIMReference() = default;
 
-struct TCIMValue::TContent {
+struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent> {
+    TContent(std::string shown, bool quoted, std::vector<TCIMValue> list)
+        : text(std::move(shown)), isText(quoted), elements(std::move(list)) {}
+
     std::string text;
-    bool isText = false;
+    bool isText;
     std::vector<TCIMValue> elements;
 };
-TCIMValue::TCIMValue() : content_(new TContent) {}
-TCIMValue::TCIMValue(const std::string& text) : content_(new TContent{text, true, {}}) {}
+TCIMValue::TCIMValue() : content_(new TContent("", false, {})) {}
+TCIMValue::TCIMValue(const std::string& text) : content_(new TContent(text, true, {})) {}
 TCIMValue::TCIMValue(const char* text) : TCIMValue(std::string(text)) {}
-TCIMValue::TCIMValue(bool flag) : content_(new TContent{flag ? "true" : "false", false, {}}) {}
-TCIMValue::TCIMValue(unsigned short number) : content_(new TContent{std::to_string(number), false, {}}) {}
+TCIMValue::TCIMValue(bool flag) : content_(new TContent(flag ? "true" : "false", false, {})) {}
+TCIMValue::TCIMValue(unsigned short number) : content_(new TContent(std::to_string(number), false, {})) {}
 TCIMValue::TCIMValue(TCIMReference& reference) : TCIMValue(reference.Content().path) {}
 TCIMValue::TCIMValue(TCIMType, unsigned, const std::vector<TCIMValue>& list)
-    : content_(new TContent{"", false, list}) {}
+    : content_(new TContent("", false, list)) {}
 TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {}
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
     TCIMValue copy(other);

@@ -14,17 +14,23 @@ TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
 }
 TCIMReference::~TCIMReference() = default;
 
-// Most values are made, copied into an instance and destroyed: copies share their content until one is changed.
-TCIMValue::TCIMValue() : content_(std::make_shared<TContent>()) {}
-TCIMValue::TCIMValue(const std::string& text) : content_(std::make_shared<TContent>(text)) {}
-TCIMValue::TCIMValue(const char* text) : content_(std::make_shared<TContent>(std::string(text))) {}
-TCIMValue::TCIMValue(bool flag) : content_(std::make_shared<TContent>(flag)) {}
-TCIMValue::TCIMValue(unsigned short number) : content_(std::make_shared<TContent>(number)) {}
-TCIMValue::TCIMValue(TCIMReference& reference) : content_(std::make_shared<TContent>(reference)) {}
+// Most values are made, copied into an instance and destroyed: copies share their content as long as none can change
+// it.
+TCIMValue::TCIMValue() : content_(new TContent) {}
+TCIMValue::TCIMValue(const std::string& text) : content_(new TContent(text)) {}
+TCIMValue::TCIMValue(const char* text) : content_(new TContent(std::string(text))) {}
+TCIMValue::TCIMValue(bool flag) : content_(new TContent(flag)) {}
+TCIMValue::TCIMValue(unsigned short number) : content_(new TContent(number)) {}
+TCIMValue::TCIMValue(TCIMReference& reference) : content_(new TContent(reference)) {}
 TCIMValue::TCIMValue(TCIMType /*type*/, unsigned int /*count*/, const std::vector<TCIMValue>& elements)
-    : content_(std::make_shared<TContent>(elements)) {}
-TCIMValue::TCIMValue(const TCIMValue& other) = default;
-TCIMValue& TCIMValue::operator=(const TCIMValue& other) = default;
+    : content_(new TContent(elements)) {}
+TCIMValue::TCIMValue(const TCIMValue& other)
+    : content_(other.content_->isHandedOut ? new TContent(other.content_->value) : other.content_) {}
+TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
+    TCIMValue copy(other);
+    content_.swap(copy.content_);
+    return *this;
+}
 TCIMValue::~TCIMValue() = default;
 
 TCIMValue::operator std::string() const {
@@ -35,9 +41,10 @@ TCIMValue::operator std::string() const {
 
 TCIMValue::operator std::vector<TCIMValue>&() {
     if (!std::holds_alternative<std::vector<TCIMValue>>(content_->value))
-        content_ = std::make_shared<TContent>(std::vector<TCIMValue>());
-    else if (content_.use_count() > 1)
-        content_ = std::make_shared<TContent>(*content_);
+        content_ = new TContent(std::vector<TCIMValue>());
+    else if (content_->use_count() > 1)
+        content_ = new TContent(content_->value);
+    content_->isHandedOut = true;
     return std::get<std::vector<TCIMValue>>(content_->value);
 }
 

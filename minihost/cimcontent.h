@@ -4,6 +4,8 @@
 #include "plugin/host/cimreference.h"
 #include "plugin/host/cimvalue.h"
 
+#include <boost/smart_ptr/intrusive_ref_counter.hpp>
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -20,7 +22,7 @@ struct TCIMReference::TContent {
 };
 
 /// What a value holds; std::monostate is the empty value.
-struct TCIMValue::TContent {
+struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent, boost::thread_unsafe_counter> {
     using TVariant =
         std::variant<std::monostate, std::string, bool, std::uint16_t, TCIMReference, std::vector<TCIMValue>>;
 
@@ -28,6 +30,7 @@ struct TCIMValue::TContent {
     explicit TContent(TVariant content) : value(std::move(content)) {}
 
     TVariant value;
+    bool isHandedOut = false; ///< somebody may change it: it has one owner from then on
 };
 
 } // namespace NHALDEN20

@@ -53,8 +53,11 @@ TEST(OsServices, GiveNothingForAMissingFile) { EXPECT_EQ(NHALDEN20::TOSSpecific:
 TEST(Values, AreIndependentCopies) {
     TCIMValue list = listOf({"a", "b"});
     TCIMValue copy = list;
-    static_cast<std::vector<TCIMValue>&>(copy)[0] = "changed";
-    EXPECT_EQ(static_cast<std::string>(static_cast<std::vector<TCIMValue>&>(list)[0]), "a");
+    auto& elements = static_cast<std::vector<TCIMValue>&>(copy);
+    TCIMValue copyOfCopy = copy;
+    elements[0] = "changed";
+    for (TCIMValue* other : {&list, &copyOfCopy})
+        EXPECT_EQ(static_cast<std::string>(static_cast<std::vector<TCIMValue>&>(*other)[0]), "a");
     EXPECT_THROW(static_cast<void>(static_cast<std::string>(TCIMValue(true))), std::runtime_error);
     EXPECT_TRUE(static_cast<std::vector<TCIMValue>&>(copy = TCIMValue("text")).empty());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <memory>
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
 #include <string>
 #include <vector>
 
@@ -49,7 +50,7 @@ namespace NHALDEN20 __attribute__((visibility("default"))) {
         const TContent& Content() const { return *content_; }
 
     private:
-        std::shared_ptr<TContent> content_;
+        boost::intrusive_ptr<TContent> content_;
     };
 
 } // namespace )
