@@ -33,10 +33,7 @@ public:
         const installedKernel noDevices{{}};
         const auto association = namespace_.GetClass("KORVA_SysBusDeviceFirmware", {});
         TScsidevPluginCallbacks::classList requested{association};
-        plugin.GetData({&namespace_,
-                        [](NHALDEN20::ICIMNamespace* /*ns*/) {
-                        }},
-                       requested);
+        plugin.GetData(namespace_.handle(), requested);
         associationOfNone = association->CreateInstance({});
     }
 
@@ -91,5 +88,29 @@ void splitting(benchmark::State& state) {
     state.SetComplexityN(state.range(0));
 }
 BENCHMARK(splitting)->Range(fewest, most)->Complexity(benchmark::oN);
+
+/// A column of that table behind as many tabs.
+void readingANumber(benchmark::State& state) {
+    TScsidevPluginCallbacks plugin;
+    const std::string line = "Can read DVD:" + std::string(static_cast<std::size_t>(state.range(0)), '\t') + '1';
+    while (state.KeepRunning())
+        benchmark::DoNotOptimize(plugin.getOptProperty(line));
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(readingANumber)->Range(fewest, most)->Complexity(benchmark::oN);
+
+/// A device that is not behind USB is looked for in the listing of many that are.
+void exclusion(benchmark::State& state) {
+    simulator::machine machine;
+    for (std::int64_t device = 0; device < state.range(0); ++device)
+        machine.usbListing += "  Device: usb 0x4012 \"Virtual media " + std::to_string(device) + "\"\n";
+    const installedKernel kernel(machine);
+    TScsidevPluginCallbacks plugin;
+    plugin.Init();
+    while (state.KeepRunning())
+        benchmark::DoNotOptimize(plugin.FindUSBDevice({}, "ACME", "ROADRUNNER 4000"));
+    state.SetComplexityN(state.range(0));
+}
+BENCHMARK(exclusion)->Range(fewest, most)->Complexity(benchmark::oN);
 
 } // namespace

@@ -43,10 +43,7 @@ simulator::machine machineWith(int disks) {
 void query(TScsidevPluginCallbacks& plugin) {
     minihost::memoryNamespace ns;
     TScsidevPluginCallbacks::classList requested{ns.GetClass("KORVA_SCSIDevice", {})};
-    plugin.GetData({&ns,
-                    [](NHALDEN20::ICIMNamespace* /*ns*/) {
-                    }},
-                   requested);
+    plugin.GetData(ns.handle(), requested);
     benchmark::DoNotOptimize(ns.instances().size());
 }
 

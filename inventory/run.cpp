@@ -5,8 +5,6 @@
 #include "minihost/pluginlibrary.h"
 #include "plugin/host/osspecific.h"
 
-#include <exception>
-
 namespace inventory {
 
 namespace {
@@ -19,15 +17,9 @@ queryResult runQuery(const std::vector<std::string>& classNames, minihost::plugi
         requested.push_back(ns.GetClass(name, {}));
     const auto before = static_cast<std::ptrdiff_t>(ns.instances().size());
     try {
-        // The handle must not own the namespace: its owner does.
-        plugin.getData({&ns,
-                        [](NHALDEN20::ICIMNamespace* /*ns*/) {
-                        }},
-                       requested);
-    } catch (const std::exception& failure) {
-        result.error = failure.what();
+        plugin.getData(ns.handle(), requested);
     } catch (...) {
-        result.error = "an exception of an unknown type";
+        result.error = minihost::whatWasThrown();
     }
     result.instances.assign(ns.instances().begin() + before, ns.instances().end());
     return result;

@@ -21,7 +21,7 @@ namespace minihost {
 
 namespace {
 
-constexpr std::size_t usualProperties = 20; // what the largest class is given
+constexpr std::size_t mostProperties = 18; // that an instance of any class is given
 
 class memoryClass : public ICIMClass {
 public:
@@ -68,7 +68,7 @@ void setRemarkSink(remarkSink wanted) { sink() = std::move(wanted); }
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
     : namespace_(ns), declaration_(declaration) {
-    properties_.reserve(usualProperties);
+    properties_.reserve(mostProperties);
 }
 
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
@@ -130,6 +130,11 @@ boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, 
     if (found == classes_.end())
         throw std::invalid_argument("the namespace has no class " + name);
     return found->second;
+}
+
+boost::shared_ptr<NHALDEN20::ICIMNamespace> memoryNamespace::handle() {
+    return {this, [](NHALDEN20::ICIMNamespace* /*ns*/) {
+            }};
 }
 
 void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { instances_.push_back(instance); }

@@ -58,6 +58,9 @@ public:
     /// Throws std::invalid_argument for a class that the class table does not have.
     boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name, NHALDEN20::TContext context) override;
 
+    /// A handle for a plug-in, which does not own the namespace.
+    boost::shared_ptr<NHALDEN20::ICIMNamespace> handle();
+
     /// The committed instances of all classes, in commit order.
     const std::vector<boost::shared_ptr<memoryInstance>>& instances() const { return instances_; }
 

@@ -111,6 +111,7 @@ instance of Link { End = "Device.Id=\"a\\\"b\\\\c\x00ff\""; };
     };
     for (const auto& c : cases) {
         std::string text = whole;
+        ASSERT_NE(text.find(c.from), std::string::npos) << c.from;
         text.replace(text.find(c.from), c.from.size(), c.to);
         EXPECT_THAT([&] { mof::read(text); }, testing::ThrowsMessage<std::exception>(testing::HasSubstr(c.message)));
     }

@@ -99,10 +99,7 @@ TScsidevPluginCallbacks::classList Plugin::classes(const strings& names) {
     return list;
 }
 
-boost::shared_ptr<NHALDEN20::ICIMNamespace> Plugin::ns() {
-    return {&namespace_, [](NHALDEN20::ICIMNamespace* /*ns*/) {
-            }};
-}
+boost::shared_ptr<NHALDEN20::ICIMNamespace> Plugin::ns() { return namespace_.handle(); }
 
 std::vector<properties> Plugin::query(const strings& classNames) {
     auto requested = classes(classNames);

@@ -27,8 +27,7 @@ long long processNanoseconds() {
 bool query(minihost::pluginLibrary& plugin) {
     minihost::memoryNamespace ns;
     std::vector<boost::shared_ptr<NHALDEN20::ICIMClass>> requested{ns.GetClass("KORVA_SCSIDevice", {})};
-    const boost::shared_ptr<NHALDEN20::ICIMNamespace> handle{&ns, [](NHALDEN20::ICIMNamespace* /*ns*/) {
-                                                             }};
+    const auto handle = ns.handle();
     const long long before = processNanoseconds();
     plugin.getData(handle, requested);
     std::cout << processNanoseconds() - before << '\n';
