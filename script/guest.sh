@@ -114,7 +114,8 @@ startMachine() { # QEMU option...
         -chardev "file,id=results,path=$results/results.tar" -device virtserialport,chardev=results,name=results \
         "$@" >"$results/qemu.log" 2>&1 &
     machine=$!
-    trap 'kill "$machine"' TERM
+    # In a process group of its own, it hears nothing of what ends the script.
+    trap 'kill "$machine"; wait "$machine"; exit 1' HUP INT TERM
     wait "$machine"
 }
 
@@ -126,6 +127,7 @@ runMachine() { # QEMU option...
     began=$(date +%s)
     status=0
     startMachine "$@" || status=$?
+    trap - HUP INT TERM
     seconds=$(($(date +%s) - began))
     if grep -q 'Kernel panic' "$results/console" 2>/dev/null; then
         consoleTail
