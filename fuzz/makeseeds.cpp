@@ -1,5 +1,5 @@
-// make-seeds DIRECTORY FILE...: writes inputs of the collector's fuzz target, for each machine file one of the whole
-// machine into DIRECTORY/collector and one of its optical drives alone into DIRECTORY/optical, which are there.
+// make-seeds DIRECTORY FILE...: writes inputs of the targets that run the plug-in, for each machine file one of the
+// whole machine into DIRECTORY/collector and one of its optical drives into DIRECTORY/optical, which are there.
 
 #include "fuzz/machineinput.h"
 #include "simulator/machinefile.h"
@@ -12,11 +12,12 @@ int main(int argc, char** argv) {
         const std::filesystem::path directory = argv[1], file = argv[i];
         std::vector<std::vector<std::uint8_t>> queries{{1}, {2, 1, 3}, {3}, {4, 4, 1}, {5}, {6}};
         simulator::machine machine = simulator::readMachineFile(file);
-        for (const char* kind : {"collector", "optical"}) {
-            fuzz::archive input;
-            fuzz::transfer(input, queries, machine);
-            std::ofstream(directory / kind / file.stem(), std::ios::binary) << input.bytes();
-            machine.nodes.clear();
-        }
+        fuzz::archive input;
+        fuzz::transfer(input, queries, machine);
+        std::ofstream(directory / "collector" / file.stem(), std::ios::binary) << input.bytes();
+        std::ofstream optical(directory / "optical" / file.stem(), std::ios::binary);
+        optical << *machine.opticalTable;
+        for (const auto& name : machine.virtualDevices[1])
+            optical << '\0' << name;
     }
 }
