@@ -12,10 +12,21 @@ using nlohmann::json;
 
 namespace {
 
-/// Refuses a member that an object has twice: the parser alone would drop the first.
-class duplicateMembers {
+constexpr int deepestNesting = 16; // levels; machine files have 7
+constexpr std::size_t mostValues =
+    16384; // a recorded file has hundreds; the parser's time grows with the square of them
+
+/// Refuses what would cost far more memory than the text, and a member that an object has twice: the parser alone would
+/// drop the first.
+class documentCheck {
 public:
-    bool operator()(int /*depth*/, json::parse_event_t event, const json& parsed) {
+    bool operator()(int depth, json::parse_event_t event, const json& parsed) {
+        const bool opens = event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
+        if (opens && depth >= deepestNesting)
+            throw std::invalid_argument("nested too deep, expected at most " + std::to_string(deepestNesting) +
+                                        " levels");
+        if ((opens || event == json::parse_event_t::value) && ++values_ > mostValues)
+            throw std::invalid_argument("too many values, expected at most " + std::to_string(mostValues));
         if (event == json::parse_event_t::object_start) {
             open_.emplace_back();
         } else if (event == json::parse_event_t::object_end) {
@@ -28,6 +39,7 @@ public:
 
 private:
     std::vector<std::set<std::string>> open_;
+    std::size_t values_ = 0;
 };
 
 /// What the parser says of an error, without its own name in brackets.
@@ -48,8 +60,9 @@ std::string excerpt(const json& value) {
 
 jsonPlace jsonPlace::parse(const std::string& text, const std::string& file) {
     try {
-        const auto whole = std::make_shared<const json>(json::parse(text, duplicateMembers()));
-        return {whole, whole.get(), file, ""};
+        const auto whole = std::make_shared<document>();
+        whole->root = json::parse(text, documentCheck());
+        return {whole, &whole->root, file, ""};
     } catch (const json::exception& failure) {
         throw machineFileError(file + ": not a JSON document: " + withoutTag(failure.what()));
     } catch (const std::invalid_argument& failure) {

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstddef>
 #include <functional>
 #include <initializer_list>
 #include <memory>
@@ -37,16 +38,22 @@ public:
     void forEachMember(const char* expected,
                        const std::function<void(const std::string& name, const jsonPlace&)>& use) const;
 
+    /// Adds to the one total that all places of a document share, 0 at first, and returns it.
+    std::size_t addToTotal(std::size_t amount) const { return whole_->total += amount; }
+
     /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
 
 private:
-    using document = std::shared_ptr<const nlohmann::json>;
-    jsonPlace(document whole, const nlohmann::json* value, std::string file, std::string place)
+    struct document {
+        nlohmann::json root;
+        std::size_t total = 0;
+    };
+    jsonPlace(std::shared_ptr<document> whole, const nlohmann::json* value, std::string file, std::string place)
         : whole_(std::move(whole)), value_(value), file_(std::move(file)), place_(std::move(place)) {}
     jsonPlace at(const nlohmann::json& value, const std::string& step) const;
 
-    document whole_;
+    std::shared_ptr<document> whole_;
     const nlohmann::json* value_;
     std::string file_;
     std::string place_;

@@ -19,6 +19,7 @@ namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
 constexpr std::size_t largestAnswer = 65536;               // bytes; more than any request asks for
+constexpr std::size_t largestTotal = std::size_t{1} << 20; // bytes of a whole file; a recorded one has a few KB
 constexpr std::size_t largestPart = 512;                   // bytes that few characters of the file stand for
 constexpr int largestByte = 0xFF;
 constexpr int largestNumber = 0x7FFFFFFF;
@@ -67,15 +68,19 @@ bytes describedBytes(const jsonPlace& place) {
 }
 
 bytes bytesAt(const jsonPlace& place) {
-    if (place.isText())
-        return hexBytes(place);
     bytes result;
-    place.forEachElement("pairs of hex digits, or a list of parts", [&result](const jsonPlace& part) {
+    const auto append = [&result](const jsonPlace& part) {
         const bytes more = part.isText() ? hexBytes(part) : describedBytes(part);
         result.insert(result.end(), more.begin(), more.end());
         if (result.size() > largestAnswer)
             part.fail("at most " + std::to_string(largestAnswer) + " bytes in all");
-    });
+        if (part.addToTotal(more.size()) > largestTotal)
+            part.fail("at most " + std::to_string(largestTotal) + " bytes in the whole file");
+    };
+    if (place.isText())
+        append(place);
+    else
+        place.forEachElement("pairs of hex digits, or a list of parts", append);
     return result;
 }
 

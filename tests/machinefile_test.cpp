@@ -19,6 +19,13 @@ std::string refusal(const std::string& text) {
 /// A machine with /dev/sg0 whose INQUIRY is answered so.
 std::string withInquiry(const std::string& answer) { return R"({"nodes": {"/dev/sg0": {"inquiry": )" + answer + "}}}"; }
 
+std::string listOf(std::size_t count, const std::string& element) {
+    std::string list = "[" + element;
+    while (--count > 0)
+        list += ',' + element;
+    return list + ']';
+}
+
 } // namespace
 
 TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
@@ -53,8 +60,13 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {withInquiry(R"({"data": [{"swapped": "A", "size": 3}]})"),
          ".size: expected room for the text, an even number"},
         {withInquiry(R"({"data": {"zeros": 1}})"), ".data: expected pairs of hex digits, or a list of parts"},
-        {std::string(1000000, '['), "file.json: not a JSON document: "},
-        {std::string(1000000, '[') + std::string(1000000, ']'), "the document: expected an object, found a list"},
+        {withInquiry(listOf(17, R"({"data": )" + listOf(128, R"({"zeros": 512})") + '}')),
+         inquiryPlace + "[16].data[0]: expected at most 1048576 bytes in the whole file, found an object"},
+        {listOf(16383, "0"), "file.json: the document: expected an object, found a list"},
+        {listOf(16384, "0"), "file.json: too many values, expected at most 16384"},
+        {std::string(16, '[') + std::string(16, ']'), "file.json: the document: expected an object, found a list"},
+        {std::string(17, '['), "file.json: nested too deep, expected at most 16 levels"},
+        {std::string(1000000, '['), "file.json: nested too deep, expected at most 16 levels"},
     };
     for (const auto& c : cases)
         EXPECT_THAT(refusal(c.text), testing::HasSubstr(c.message));

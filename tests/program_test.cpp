@@ -211,7 +211,7 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"% --machine .", ": cannot be read: Is a directory"},
         {"% --machine " + fileWith(R"({"nodes": {"/dev/sg0": {"inquiry": {"data": "000"}}}})"),
          "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
-        {"truncate -s 1G ../gigabyte; % --machine ../gigabyte", "larger than the 16 MiB that a machine file may have"},
+        {"ulimit -t 1; % --machine /dev/zero", "larger than the 16 MiB that a machine file may have"},
         {"% --record .", "/.: is there already; --force replaces it"},
         {"% --plugin missing.so", "missing.so: cannot open shared object file"},
         {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
