@@ -56,32 +56,47 @@ void commitFrom(fuzz::archive& input, const minihost::classDeclaration& declarat
     instance->AddToClass({});
 }
 
-/// Requires that JSON shows every byte of the instances, and that MOF has the latest one of each object path, with what
-/// its class declares, and none that lacks a key.
-void checkReadingBack(const minihost::memoryNamespace& ns, const json& shown, const std::string& asMof) {
+struct valueShown {
+    json operator()(std::monostate /*empty*/) const { return nullptr; }
+    json operator()(const std::string& text) const { return bytesAsCodePoints(text); }
+    json operator()(bool flag) const { return flag; }
+    json operator()(std::uint16_t number) const { return number; }
+    json operator()(const NHALDEN20::TCIMReference& reference) const {
+        return bytesAsCodePoints(minihost::objectPath(reference));
+    }
+    json operator()(const std::vector<TCIMValue>& elements) const {
+        json list = json::array();
+        for (const auto& element : elements)
+            list.push_back(std::visit(*this, element.Content().value));
+        return list;
+    }
+};
+
+/// Requires that JSON shows all of every instance, suitable or not, and that MOF has the latest one of each object
+/// path, with what its class declares, and none that lacks a key.
+void checkInstances(const minihost::memoryNamespace& ns, const json& shown, const std::string& asMof) {
     std::map<std::string, std::size_t> places;
     std::set<std::string> absent;
-    json wanted = json::array();
-    for (std::size_t i = 0; i < ns.instances().size(); ++i) {
-        auto& instance = *ns.instances()[i];
-        json whole{{"class", shown[i]["class"]}, {"properties", json::object()}};
-        bool isWhole = instance.declaration().kind != minihost::classKind::abstract;
-        for (const auto* property : propertiesOf(instance.declaration())) {
-            const std::string name(property->name);
-            const TCIMValue* value = instance.findSuitable(name);
-            isWhole = isWhole && (value != nullptr || !property->isKey);
-            if (value == nullptr)
-                continue;
-            auto& kept = whole["properties"][name] = shown[i]["properties"][name];
-            if (const auto* bytes = std::get_if<std::string>(&value->Content().value))
-                fuzz::require(kept == bytesAsCodePoints(*bytes), "JSON shows every byte");
+    json all = json::array(), wanted = json::array();
+    for (const auto& pointer : ns.instances()) {
+        auto& instance = *pointer;
+        json whole{{"class", instance.declaration().name}, {"properties", json::object()}}, declared = whole;
+        for (const auto& [name, value] : instance.properties()) {
+            whole["properties"][name] = std::visit(valueShown(), value.Content().value);
+            if (instance.findSuitable(name) != nullptr)
+                declared["properties"][name] = whole["properties"][name];
         }
+        all.push_back(whole);
+        bool isWhole = instance.declaration().kind != minihost::classKind::abstract;
+        for (const auto* property : propertiesOf(instance.declaration()))
+            isWhole = isWhole && (!property->isKey || instance.findSuitable(property->name) != nullptr);
         const std::string path = bytesAsCodePoints(minihost::objectPath(instance.GetReference({})));
         if (isWhole)
-            wanted[places.emplace(path, places.size()).first->second] = whole;
+            wanted[places.emplace(path, places.size()).first->second] = declared;
         else
             absent.insert(path);
     }
+    fuzz::require(shown == all, "JSON shows every property as it is");
     fuzz::require(mof::read(asMof, absent).instances == wanted, "MOF reads back");
 }
 
@@ -115,6 +130,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
                   "no output drives a terminal");
     const json shown = json::parse(asJson.str());
     fuzz::require(shown["machine"] == bytesAsCodePoints(machine), "JSON has the machine's name");
-    checkReadingBack(ns, shown["queries"][0]["instances"], asMof.str());
+    fuzz::require(shown["queries"][0].value("error", "") == bytesAsCodePoints(error), "JSON has the query's error");
+    checkInstances(ns, shown["queries"][0]["instances"], asMof.str());
     return 0;
 }
