@@ -14,7 +14,7 @@ namespace {
 
 constexpr int deepestNesting = 16; // levels; machine files have 7
 constexpr std::size_t mostValues =
-    16384; // a recorded file has hundreds; the parser's time grows with the square of them
+    65536; // a recorded file has hundreds; the parser's time grows with the square of them
 
 /// Refuses what would cost far more memory than the text, and a member that an object has twice: the parser alone would
 /// drop the first.
