@@ -18,7 +18,7 @@ simulator::kernel* installed = nullptr;
 std::size_t query(TScsidevPluginCallbacks& plugin, minihost::memoryNamespace& ns,
                   TScsidevPluginCallbacks::classList requested) {
     const std::size_t before = ns.instances().size();
-    plugin.GetData({boost::shared_ptr<void>(), &ns}, requested);
+    plugin.GetData(ns.handle(), requested);
     return ns.instances().size() - before;
 }
 

@@ -264,10 +264,7 @@ protected:
             minihost::memoryNamespace target;
             for (const auto& className : classNames) {
                 TScsidevPluginCallbacks::classList requested{target.GetClass(className, {})};
-                plugin_->GetData({&target,
-                                  [](NHALDEN20::ICIMNamespace* /*ns*/) {
-                                  }},
-                                 requested);
+                plugin_->GetData(target.handle(), requested);
                 takeLog();
             }
             held = scarceMemory::living() - start;
