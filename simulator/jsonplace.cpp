@@ -12,9 +12,8 @@ using nlohmann::json;
 
 namespace {
 
-constexpr int deepestNesting = 16; // levels; machine files have 7
-constexpr std::size_t mostValues =
-    65536; // a recorded file has hundreds; the parser's time grows with the square of them
+constexpr int deepestNesting = 16;        // levels; machine files have 7
+constexpr std::size_t mostValues = 65536; // recorded files have hundreds; the parser slows with the square of them
 
 /// Refuses what would cost far more memory than the text, and a member that an object has twice: the parser alone would
 /// drop the first.
