@@ -59,9 +59,8 @@ std::string excerpt(const json& value) {
 
 jsonPlace jsonPlace::parse(const std::string& text, const std::string& file) {
     try {
-        const auto whole = std::make_shared<document>();
-        whole->root = json::parse(text, documentCheck());
-        return {whole, &whole->root, file, ""};
+        const auto whole = std::make_shared<const json>(json::parse(text, documentCheck()));
+        return {whole, whole.get(), file, ""};
     } catch (const json::exception& failure) {
         throw machineFileError(file + ": not a JSON document: " + withoutTag(failure.what()));
     } catch (const std::invalid_argument& failure) {
@@ -75,7 +74,10 @@ void jsonPlace::fail(const std::string& expected) const {
 }
 
 jsonPlace jsonPlace::at(const json& value, const std::string& step) const {
-    return {whole_, &value, file_, place_ + step};
+    jsonPlace place = *this;
+    place.value_ = &value;
+    place.place_ += step;
+    return place;
 }
 
 std::string jsonPlace::text() const {

@@ -39,21 +39,19 @@ public:
                        const std::function<void(const std::string& name, const jsonPlace&)>& use) const;
 
     /// Adds to the one total that all places of a document share, 0 at first, and returns it.
-    std::size_t addToTotal(std::size_t amount) const { return whole_->total += amount; }
+    std::size_t addToTotal(std::size_t amount) const { return *total_ += amount; }
 
     /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
 
 private:
-    struct document {
-        nlohmann::json root;
-        std::size_t total = 0;
-    };
-    jsonPlace(std::shared_ptr<document> whole, const nlohmann::json* value, std::string file, std::string place)
+    using document = std::shared_ptr<const nlohmann::json>;
+    jsonPlace(document whole, const nlohmann::json* value, std::string file, std::string place)
         : whole_(std::move(whole)), value_(value), file_(std::move(file)), place_(std::move(place)) {}
     jsonPlace at(const nlohmann::json& value, const std::string& step) const;
 
-    std::shared_ptr<document> whole_;
+    document whole_;
+    std::shared_ptr<std::size_t> total_ = std::make_shared<std::size_t>(0);
     const nlohmann::json* value_;
     std::string file_;
     std::string place_;
