@@ -50,7 +50,7 @@ void commitFrom(fuzz::archive& input, const minihost::classDeclaration& declarat
         input.numbers(change);
         const bool isRetyped = change >= retyped && change < declared;
         const auto type = isRetyped ? static_cast<cimType>(change - retyped) : property->type;
-        instance->SetProperty(change == renamed ? "Odd\x1b" : std::string(property->name),
+        instance->SetProperty(change == renamed ? "Odd\xff" : std::string(property->name),
                               change == empty ? TCIMValue() : valueFrom(input, type, property->referenced, ns), {});
     }
     instance->AddToClass({});
@@ -82,9 +82,10 @@ void checkInstances(const minihost::memoryNamespace& ns, const json& shown, cons
         auto& instance = *pointer;
         json whole{{"class", instance.declaration().name}, {"properties", json::object()}}, declared = whole;
         for (const auto& [name, value] : instance.properties()) {
-            whole["properties"][name] = std::visit(valueShown(), value.Content().value);
+            auto& shownValue = whole["properties"][bytesAsCodePoints(name)];
+            shownValue = std::visit(valueShown(), value.Content().value);
             if (instance.findSuitable(name) != nullptr)
-                declared["properties"][name] = whole["properties"][name];
+                declared["properties"][name] = shownValue;
         }
         all.push_back(whole);
         bool isWhole = instance.declaration().kind != minihost::classKind::abstract;

@@ -34,7 +34,7 @@ struct valueToJson {
 json instanceToJson(const minihost::memoryInstance& instance) {
     json properties = json::object();
     for (const auto& [name, value] : instance.properties())
-        properties[name] = std::visit(valueToJson(), value.Content().value);
+        properties[bytesAsCodePoints(name)] = std::visit(valueToJson(), value.Content().value);
     json result;
     result["class"] = instance.declaration().name;
     result["properties"] = std::move(properties);

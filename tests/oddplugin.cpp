@@ -57,7 +57,7 @@ public:
         for (const char* name : {"CreationClassName", "DeviceID", "SystemCreationClassName", "SystemName", "ProductID"})
             instance->SetProperty(name, everyByte, {});
         if (oddity() == "drift") {
-            instance->SetProperty("Odd\x1b[2J", true, {});
+            instance->SetProperty("Odd\xff\x1b[2J", true, {});
             instance->SetProperty("Lun", "7", {});
         }
         instance->AddToClass({});
