@@ -12,7 +12,7 @@ using NHALDEN20::TOSSpecific;
 
 namespace {
 
-simulator::kernel* installed = nullptr;
+thread_local simulator::kernel* installed = nullptr; // a thread that watches the fuzzer's memory sleeps in truth
 
 /// Runs one query and returns how many instances were committed.
 std::size_t query(TScsidevPluginCallbacks& plugin, minihost::memoryNamespace& ns,
