@@ -31,11 +31,12 @@ namespace {
 
 const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
 const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";
-const std::string oddPlugin = " --plugin " TEST_DIRECTORY "/libodd-plugin.so ";
 const std::string machines = SOURCE_DIRECTORY "/machines/";
 const std::string expected = SOURCE_DIRECTORY "/tests/expected/";
 const std::string onRackServer = " --machine " + machines + "rack-server.json ";
 const std::string onEmptyMachine = " --machine " + machines + "empty.json ";
+// Away from this machine, where one tool or another is missing and a remark says so.
+const std::string oddPlugin = " --plugin " TEST_DIRECTORY "/libodd-plugin.so " + onEmptyMachine;
 const std::string preloaded = "LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
 const std::string underRackServer = "export SCSIDEV_MACHINE=" + machines + "rack-server.json " + preloaded + "; ";
 
@@ -375,6 +376,9 @@ TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
          {"Vendor identification: NORDHAV"}},
         {"cat /proc/sys/dev/cdrom/info", {"drive name:\t\tsr1\tsr0\n", "Can write DVD-RAM:\t0\t1\n"}},
     };
+    if (std::system("command -v sg_inq >/dev/null && command -v hdparm >/dev/null") != 0)
+        GTEST_SKIP()
+            << "skipped: sg_inq or hdparm is not installed: what they read from a simulated machine stays unseen";
     for (const auto& c : cases) {
         run(underRackServer + c.command);
         for (const char* text : c.texts)
