@@ -11,12 +11,16 @@ install(DIRECTORY machines DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECT
 install(DIRECTORY schema DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY} OPTIONAL
   FILES_MATCHING PATTERN *.mof)
 
-add_custom_command(
-  OUTPUT scsidev-inventory.1.gz
-  COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/docs/scsidev-inventory.1 >scsidev-inventory.1.gz
-  DEPENDS docs/scsidev-inventory.1)
-add_custom_target(manual ALL DEPENDS scsidev-inventory.1.gz)
+foreach(document changelog scsidev-inventory.1)
+  add_custom_command(
+    OUTPUT ${document}.gz
+    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/docs/${document} >${document}.gz
+    DEPENDS docs/${document})
+  list(APPEND compressed ${PROJECT_BINARY_DIR}/${document}.gz)
+endforeach()
+add_custom_target(compressed-documents ALL DEPENDS ${compressed})
 install(FILES ${PROJECT_BINARY_DIR}/scsidev-inventory.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+install(FILES ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${SCSIDEV_DIRECTORY})
 install(FILES completion/scsidev-inventory DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
 install(FILES docs/host-contract.md docs/example-host.cpp docs/machine-files.md

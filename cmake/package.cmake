@@ -1,6 +1,7 @@
-# The Debian package: cpack -G DEB in the build directory.
+# The Debian package: cpack makes it in the build directory, from wherever it is called.
 
 set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/package)
 set(CPACK_PACKAGE_NAME ${SCSIDEV_DIRECTORY})
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "inventory of SCSI, ATA and optical devices as CIM instances")
 set(CPACK_PACKAGE_DESCRIPTION
@@ -16,7 +17,7 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_MAINTAINER "scsidev maintainers <maintainers@localhost>")
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "scsidev maintainers <maintainers@scsidev.example>")
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # hwinfo tells virtual USB media apart, modprobe of kmod loads the driver; without them there is less to see.
