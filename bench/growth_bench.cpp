@@ -27,7 +27,7 @@ public:
     explicit withInstances(std::int64_t count) {
         for (std::int64_t number = 0; number < count; ++number) {
             commit("KORVA_SCSIDevice", "OtherIdentifyingInfo",
-                   TCIMValue(NHALDEN20::kCIMStringArray, 0, {TCIMValue(identityOf(number))}));
+                   TCIMValue(NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(1, identityOf(number))));
             commit("KORVA_SysBusDeviceFirmwareElement", "SoftwareElementId", identityOf(number));
         }
         const installedKernel noDevices{{}};

@@ -29,6 +29,12 @@ bool belongsToRequest(const busDevice& record, const std::string& firstClass) {
     return firstClass != scsiDeviceClass || !cartridgeDrive;
 }
 
+/// An array of one text. Not `{text}` in place of the vector: g++ 14 reads one value in braces as a value to be
+/// converted to a vector, which gives an empty one.
+TCIMValue arrayOf(const std::string& text) {
+    return TCIMValue(NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(1, text));
+}
+
 void writeDeviceInstance(const busDevice& record, ICIMInstance& instance) {
     const TContext none;
     const auto set = [&instance, &none](const char* property, const TCIMValue& value) {
@@ -53,7 +59,7 @@ void writeDeviceInstance(const busDevice& record, ICIMInstance& instance) {
     set("DeviceType", record.deviceType);
     set("serialNum", record.serialNumber);
     set("Model", record.model);
-    set(identifyingInfoProperty, TCIMValue(NHALDEN20::kCIMStringArray, 0, {TCIMValue(record.identity)}));
+    set(identifyingInfoProperty, arrayOf(record.identity));
     instance.AddToClass(none);
 }
 

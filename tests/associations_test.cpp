@@ -43,8 +43,8 @@ TEST_F(Associations, AreMadeOnlyWhenBothEndsAreThere) {
 }
 
 TEST_F(Associations, PassOverDevicesWithoutASuitableIdentity) {
-    const auto listOf = [](const std::vector<TCIMValue>& elements) {
-        return TCIMValue(NHALDEN20::kCIMStringArray, 0, elements);
+    const auto listOf = [](std::initializer_list<TCIMValue> elements) {
+        return TCIMValue(NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(elements));
     };
     minihost::setRemarkSink(nullptr); // not every provider does as its class says
     for (const TCIMValue& identity :

@@ -17,7 +17,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-TCIMValue listOf(const std::vector<TCIMValue>& elements) { return {NHALDEN20::kCIMStringArray, 0, elements}; }
+TCIMValue listOf(std::initializer_list<TCIMValue> elements) {
+    return {NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(elements)};
+}
 
 } // namespace
 

@@ -95,8 +95,8 @@ void require(bool holds, const std::string& otherwise) {
 }
 
 template <typename Value>
-const Value& found(const std::map<std::string, Value>& in, const std::string& name, const std::string& what) {
-    require(in.count(name) != 0, "there is no " + what + ' ' + name);
+const Value& found(const std::map<std::string, Value>& in, const std::string& name, const char* what) {
+    require(in.count(name) != 0, std::string("there is no ") + what + ' ' + name);
     return in.at(name);
 }
 
