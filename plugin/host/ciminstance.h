@@ -7,45 +7,45 @@
 
 #include <string>
 
-namespace NHALDEN20 __attribute__((visibility("default"))) {
+namespace [[gnu::visibility("default")]] NHALDEN20 {
 
-    class ICIMClass;
+class ICIMClass;
 
-    /// One property of an instance, for reading.
-    class ICIMPropertyHandle {
-    public:
-        /// The property's value; an empty value when the property was never set.
-        virtual TCIMValue GetValue() = 0;
+/// One property of an instance, for reading.
+class ICIMPropertyHandle {
+public:
+    /// The property's value; an empty value when the property was never set.
+    virtual TCIMValue GetValue() = 0;
 
-        ICIMPropertyHandle() = default;
-        ICIMPropertyHandle(const ICIMPropertyHandle&) = delete;
-        ICIMPropertyHandle& operator=(const ICIMPropertyHandle&) = delete;
-        virtual ~ICIMPropertyHandle();
-    };
+    ICIMPropertyHandle() = default;
+    ICIMPropertyHandle(const ICIMPropertyHandle&) = delete;
+    ICIMPropertyHandle& operator=(const ICIMPropertyHandle&) = delete;
+    virtual ~ICIMPropertyHandle();
+};
 
-    /// One instance of a class: private to its maker until AddToClass commits it.
-    class ICIMInstance {
-    public:
-        /// The instance's object path.
-        virtual TCIMReference GetReference(const TContext& context) = 0;
+/// One instance of a class: private to its maker until AddToClass commits it.
+class ICIMInstance {
+public:
+    /// The instance's object path.
+    virtual TCIMReference GetReference(const TContext& context) = 0;
 
-        virtual boost::shared_ptr<ICIMClass> GetInstanceClass(const TContext& context) = 0;
+    virtual boost::shared_ptr<ICIMClass> GetInstanceClass(const TContext& context) = 0;
 
-        virtual boost::shared_ptr<ICIMPropertyHandle> GetPropertyHandle(const std::string& name,
-                                                                        const TContext& context) = 0;
+    virtual boost::shared_ptr<ICIMPropertyHandle> GetPropertyHandle(const std::string& name,
+                                                                    const TContext& context) = 0;
 
-        virtual void SetProperty(const std::string& name, const TCIMValue& value, const TContext& context) = 0;
+    virtual void SetProperty(const std::string& name, const TCIMValue& value, const TContext& context) = 0;
 
-        /// Commits the filled instance into its class in the namespace.
-        void AddToClass(TContext context) { CommitToClass(context); }
+    /// Commits the filled instance into its class in the namespace.
+    void AddToClass(TContext context) { CommitToClass(context); }
 
-        ICIMInstance() = default;
-        ICIMInstance(const ICIMInstance&) = delete;
-        ICIMInstance& operator=(const ICIMInstance&) = delete;
-        virtual ~ICIMInstance();
+    ICIMInstance() = default;
+    ICIMInstance(const ICIMInstance&) = delete;
+    ICIMInstance& operator=(const ICIMInstance&) = delete;
+    virtual ~ICIMInstance();
 
-    private:
-        virtual void CommitToClass(const TContext& context) = 0;
-    };
+private:
+    virtual void CommitToClass(const TContext& context) = 0;
+};
 
-} // namespace )
+} // namespace NHALDEN20

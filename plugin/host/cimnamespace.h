@@ -6,20 +6,20 @@
 
 #include <string>
 
-namespace NHALDEN20 __attribute__((visibility("default"))) {
+namespace [[gnu::visibility("default")]] NHALDEN20 {
 
-    class ICIMClass;
+class ICIMClass;
 
-    /// A CIM namespace of the host.
-    class ICIMNamespace {
-    public:
-        /// The class called `name`, never null: a host that has no such class throws.
-        virtual boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TContext context) = 0;
+/// A CIM namespace of the host.
+class ICIMNamespace {
+public:
+    /// The class called `name`, never null: a host that has no such class throws.
+    virtual boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TContext context) = 0;
 
-        ICIMNamespace() = default;
-        ICIMNamespace(const ICIMNamespace&) = delete;
-        ICIMNamespace& operator=(const ICIMNamespace&) = delete;
-        virtual ~ICIMNamespace();
-    };
+    ICIMNamespace() = default;
+    ICIMNamespace(const ICIMNamespace&) = delete;
+    ICIMNamespace& operator=(const ICIMNamespace&) = delete;
+    virtual ~ICIMNamespace();
+};
 
-} // namespace )
+} // namespace NHALDEN20

@@ -5,52 +5,52 @@
 #include <string>
 #include <vector>
 
-namespace NHALDEN20 __attribute__((visibility("default"))) {
+namespace [[gnu::visibility("default")]] NHALDEN20 {
 
-    class TCIMReference;
+class TCIMReference;
 
-    /// Type codes of CIM values. Only the code that the plug-in passes has a number of the contract's.
-    enum ECIMType {
-        kCIMStringArray = 13,
-    };
+/// Type codes of CIM values. Only the code that the plug-in passes has a number of the contract's.
+enum ECIMType {
+    kCIMStringArray = 13,
+};
 
-    /// The host's variant value for properties, keys and contexts.
-    ///
-    /// Value semantics: what happens to a copy does not show in its original. What stands behind a value is the host's.
-    class TCIMValue {
+/// The host's variant value for properties, keys and contexts.
+///
+/// Value semantics: what happens to a copy does not show in its original. What stands behind a value is the host's.
+class TCIMValue {
+public:
+    /// One type code, for the array constructor.
+    class TCIMType {
     public:
-        /// One type code, for the array constructor.
-        class TCIMType {
-        public:
-            TCIMType(ECIMType code) : code_(code) {}
-            ECIMType Code() const { return code_; }
-
-        private:
-            ECIMType code_;
-        };
-
-        TCIMValue(); ///< an empty value, a placeholder
-        TCIMValue(const std::string& text);
-        TCIMValue(const char* text);
-        TCIMValue(bool flag);
-        TCIMValue(unsigned short number); ///< uint16
-        TCIMValue(TCIMReference& reference);
-        /// An array of `elements`; the plug-in passes 0 as `count`.
-        TCIMValue(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements);
-        TCIMValue(const TCIMValue& other);
-        TCIMValue& operator=(const TCIMValue& other);
-        ~TCIMValue();
-
-        /// The text of a string value. What another kind of value gives is the host's decision.
-        operator std::string() const;
-        /// The elements of an array value, owned by this value; empty when it holds no array.
-        operator std::vector<TCIMValue>&();
-
-        struct TContent; ///< defined by the host alone
-        const TContent& Content() const { return *content_; }
+        TCIMType(ECIMType code) : code_(code) {}
+        ECIMType Code() const { return code_; }
 
     private:
-        boost::intrusive_ptr<TContent> content_;
+        ECIMType code_;
     };
 
-} // namespace )
+    TCIMValue(); ///< an empty value, a placeholder
+    TCIMValue(const std::string& text);
+    TCIMValue(const char* text);
+    TCIMValue(bool flag);
+    TCIMValue(unsigned short number); ///< uint16
+    TCIMValue(TCIMReference& reference);
+    /// An array of `elements`; the plug-in passes 0 as `count`.
+    TCIMValue(TCIMType type, unsigned int count, const std::vector<TCIMValue>& elements);
+    TCIMValue(const TCIMValue& other);
+    TCIMValue& operator=(const TCIMValue& other);
+    ~TCIMValue();
+
+    /// The text of a string value. What another kind of value gives is the host's decision.
+    operator std::string() const;
+    /// The elements of an array value, owned by this value; empty when it holds no array.
+    operator std::vector<TCIMValue>&();
+
+    struct TContent; ///< defined by the host alone
+    const TContent& Content() const { return *content_; }
+
+private:
+    boost::intrusive_ptr<TContent> content_;
+};
+
+} // namespace NHALDEN20

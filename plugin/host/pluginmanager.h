@@ -2,17 +2,17 @@
 
 #include "plugin/host/cimnamespace.h"
 
-namespace NHALDEN20 __attribute__((visibility("default"))) {
+namespace [[gnu::visibility("default")]] NHALDEN20 {
 
-    class IPluginCallbacks;
+class IPluginCallbacks;
 
-    /// The namespace in which plug-ins announce themselves.
-    class TPluginManagerNamespace : public ICIMNamespace {
-    public:
-        /// Hands `plugin` over to the host, which ends its life with PrepareForUnload.
-        virtual void RegisterPlugin(IPluginCallbacks* plugin) = 0;
+/// The namespace in which plug-ins announce themselves.
+class TPluginManagerNamespace : public ICIMNamespace {
+public:
+    /// Hands `plugin` over to the host, which ends its life with PrepareForUnload.
+    virtual void RegisterPlugin(IPluginCallbacks* plugin) = 0;
 
-        ~TPluginManagerNamespace() override;
-    };
+    ~TPluginManagerNamespace() override;
+};
 
-} // namespace )
+} // namespace NHALDEN20
