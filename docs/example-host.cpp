@@ -163,7 +163,7 @@ void cimClass::EnumerateInstances(boost::function<bool(boost::shared_ptr<ICIMIns
 }
 
 struct memoryNamespace : ICIMNamespace {
-    boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TContext) override {
+    boost::shared_ptr<ICIMClass> GetClass(std::string name, TContext) override {
         for (const auto& declared : declarations) {
             if (declared.name == name)
                 return boost::make_shared<cimClass>(declared);
@@ -176,11 +176,9 @@ struct memoryNamespace : ICIMNamespace {
 IPluginCallbacks* registered = nullptr;
 
 struct pluginManager : TPluginManagerNamespace {
-    boost::shared_ptr<ICIMClass> GetClass(const std::string&, TContext) override {
-        throw std::logic_error("no classes");
-    }
-    void RegisterPlugin(IPluginCallbacks* plugin) override { registered = plugin; }
+    boost::shared_ptr<ICIMClass> GetClass(std::string, TContext) override { throw std::logic_error("no classes"); }
 };
+void TPluginManagerNamespace::RegisterPlugin(IPluginCallbacks* plugin) { registered = plugin; }
 boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() { return boost::make_shared<pluginManager>(); }
 
 struct logger : ILogger {

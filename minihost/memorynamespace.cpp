@@ -125,7 +125,7 @@ memoryNamespace::memoryNamespace() {
         classes_[std::string(declaration.name)] = boost::make_shared<memoryClass>(*this, declaration);
 }
 
-boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(const std::string& name, TContext /*context*/) {
+boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(std::string name, TContext /*context*/) {
     const auto found = classes_.find(name);
     if (found == classes_.end())
         throw std::invalid_argument("the namespace has no class " + name);

@@ -56,7 +56,7 @@ public:
     memoryNamespace();
 
     /// Throws std::invalid_argument for a class that the class table does not have.
-    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name, NHALDEN20::TContext context) override;
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(std::string name, NHALDEN20::TContext context) override;
 
     /// A handle for a plug-in, which does not own the namespace.
     boost::shared_ptr<NHALDEN20::ICIMNamespace> handle();

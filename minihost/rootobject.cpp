@@ -33,11 +33,9 @@ sinkLogger& logger() {
 
 class pluginManager : public NHALDEN20::TPluginManagerNamespace {
 public:
-    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(const std::string& name,
-                                                     NHALDEN20::TContext /*context*/) override {
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(std::string name, NHALDEN20::TContext /*context*/) override {
         throw std::invalid_argument("the plug-in manager has no class " + name);
     }
-    void RegisterPlugin(IPluginCallbacks* plugin) override { registeredPlugins().push_back(plugin); }
 };
 
 } // namespace
@@ -52,6 +50,10 @@ std::vector<IPluginCallbacks*>& registeredPlugins() {
 } // namespace minihost
 
 namespace NHALDEN20 {
+
+void TPluginManagerNamespace::RegisterPlugin(IPluginCallbacks* plugin) {
+    minihost::registeredPlugins().push_back(plugin);
+}
 
 ILogger* TRootObject::GetCoreLogger() { return &minihost::logger(); }
 

@@ -14,7 +14,7 @@ class ICIMClass;
 class ICIMNamespace {
 public:
     /// The class called `name`, never null: a host that has no such class throws.
-    virtual boost::shared_ptr<ICIMClass> GetClass(const std::string& name, TContext context) = 0;
+    virtual boost::shared_ptr<ICIMClass> GetClass(std::string name, TContext context) = 0;
 
     ICIMNamespace() = default;
     ICIMNamespace(const ICIMNamespace&) = delete;

@@ -9,8 +9,8 @@ class IPluginCallbacks;
 /// The namespace in which plug-ins announce themselves.
 class TPluginManagerNamespace : public ICIMNamespace {
 public:
-    /// Hands `plugin` over to the host, which ends its life with PrepareForUnload.
-    virtual void RegisterPlugin(IPluginCallbacks* plugin) = 0;
+    /// Hands `plugin` over to the host, which defines this function and ends the plug-in's life with PrepareForUnload.
+    void RegisterPlugin(IPluginCallbacks* plugin);
 
     ~TPluginManagerNamespace() override;
 };
