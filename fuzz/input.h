@@ -1,5 +1,7 @@
 #pragma once
 
+#include <boost/endian/conversion.hpp>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +26,7 @@ public:
 
     template <typename... Numbers>
     void numbers(Numbers&... values) {
-        (transfer(reinterpret_cast<char*>(&values), sizeof values), ...);
+        (number(values), ...);
     }
 
     /// A text, or other bytes, behind the two bytes of its length.
@@ -48,6 +50,14 @@ public:
     const std::string& bytes() const { return bytes_; }
 
 private:
+    /// Low byte first on every machine: an input that one of them found is the same run on another.
+    template <typename Number>
+    void number(Number& value) {
+        Number bytes = boost::endian::native_to_little(value);
+        transfer(reinterpret_cast<char*>(&bytes), sizeof bytes);
+        value = boost::endian::little_to_native(bytes);
+    }
+
     void transfer(char* value, std::size_t size) {
         if (!reads_)
             bytes_.append(value, size);
