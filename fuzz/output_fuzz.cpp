@@ -6,15 +6,15 @@
 #include "inventory/mofoutput.h"
 #include "inventory/tableoutput.h"
 #include "minihost/cimcontent.h"
-#include "simulator/codepoints.h"
 #include "tests/mofreader.h"
+#include "text/codepoints.h"
 
 #include <sstream>
 
 using minihost::cimType;
 using NHALDEN20::TCIMValue;
 using nlohmann::json;
-using simulator::bytesAsCodePoints;
+using text::bytesAsCodePoints;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "inventory/jsonoutput.h"
 
 #include "minihost/cimcontent.h"
-#include "simulator/codepoints.h"
+#include "text/codepoints.h"
 
 #include <nlohmann/json.hpp>
 
@@ -11,7 +11,7 @@
 namespace inventory {
 
 using json = nlohmann::ordered_json;
-using simulator::bytesAsCodePoints;
+using text::bytesAsCodePoints;
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "simulator/machinewriter.h"
 
-#include "simulator/codepoints.h"
+#include "text/codepoints.h"
 
 #include <nlohmann/json.hpp>
 
@@ -17,6 +17,7 @@
 namespace simulator {
 
 using json = nlohmann::ordered_json;
+using text::bytesAsCodePoints;
 
 namespace {
 
