@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <map>
-#include <variant>
 
 namespace inventory {
 
@@ -84,23 +83,10 @@ void writeClass(const classDeclaration& declaration, std::ostream& output) {
     output << "};\n";
 }
 
-struct valueToMof {
-    std::string operator()(std::monostate /*empty*/) const { return "NULL"; }
-    std::string operator()(const std::string& text) const { return mofQuoted(text); }
-    std::string operator()(bool flag) const { return flag ? "true" : "false"; }
-    std::string operator()(std::uint16_t number) const { return std::to_string(number); }
-    std::string operator()(const NHALDEN20::TCIMReference& reference) const {
-        return mofQuoted(minihost::objectPath(reference));
-    }
-    std::string operator()(const std::vector<TCIMValue>& elements) const {
-        std::string list;
-        for (const auto& element : elements)
-            list += (list.empty() ? "" : ", ") + std::visit(*this, element.Content().value);
-        return '{' + list + '}';
-    }
-};
-
-bool isEmpty(const TCIMValue& value) { return std::holds_alternative<std::monostate>(value.Content().value); }
+std::string valueToMof(const TCIMValue& value) {
+    const std::string text = minihost::valueText(value, mofQuoted);
+    return value.Content().isArray() ? '{' + text + '}' : text;
+}
 
 /// Why a compiler would refuse the instance; "" when it would not.
 std::string refusal(const memoryInstance& instance) {
@@ -125,8 +111,8 @@ void writeInstance(const memoryInstance& instance, std::ostream& output) {
         const std::string wrong = mismatch(declaration, name, value);
         if (!wrong.empty())
             output << "    // Left out: " << escaped(wrong) << '\n';
-        else if (!isEmpty(value))
-            output << "    " << name << " = " << std::visit(valueToMof(), value.Content().value) << ";\n";
+        else if (!value.Content().isEmpty())
+            output << "    " << name << " = " << valueToMof(value) << ";\n";
     }
     output << "};\n";
 }

@@ -17,18 +17,6 @@ using minihost::memoryInstance;
 
 namespace {
 
-std::string asText(const NHALDEN20::TCIMValue* value) {
-    if (value == nullptr)
-        return "";
-    const auto& content = value->Content().value;
-    if (const auto* number = std::get_if<std::uint16_t>(&content))
-        return std::to_string(*number);
-    if (const auto* elements = std::get_if<std::vector<NHALDEN20::TCIMValue>>(&content))
-        return elements->empty() ? "" : asText(&elements->front());
-    const auto* text = std::get_if<std::string>(&content);
-    return text == nullptr ? "" : *text;
-}
-
 /// The outer blanks of a text are padding here.
 std::string withoutPadding(const std::string& text) {
     const std::size_t first = text.find_first_not_of(' ');
@@ -36,7 +24,8 @@ std::string withoutPadding(const std::string& text) {
 }
 
 std::string property(const memoryInstance& instance, const char* name) {
-    return withoutPadding(asText(instance.find(name)));
+    const auto* value = instance.find(name);
+    return value == nullptr ? "" : withoutPadding(minihost::valueText(*value));
 }
 
 /// HOST:CHANNEL:TARGET:LUN; nothing where the device's node is all that identifies it.
@@ -87,7 +76,7 @@ std::string key(const memoryInstance& association, const char* endName, const ch
     if (reference == nullptr)
         return "";
     const auto found = reference->Content().keys.find(name);
-    return found == reference->Content().keys.end() ? "" : withoutPadding(asText(&found->second));
+    return found == reference->Content().keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
 }
 
 /// The devices of a run by their object paths.

@@ -40,7 +40,7 @@ TCIMValue::operator std::string() const {
 }
 
 TCIMValue::operator std::vector<TCIMValue>&() {
-    if (!std::holds_alternative<std::vector<TCIMValue>>(content_->value))
+    if (!content_->isArray())
         content_ = new TContent(std::vector<TCIMValue>());
     else if (content_->use_count() > 1)
         content_ = new TContent(content_->value);
@@ -64,14 +64,21 @@ std::string quoted(const std::string& text) {
     return result + '"';
 }
 
-std::string keyText(const NHALDEN20::TCIMValue& value) {
-    const auto& content = value.Content().value;
-    if (const auto* number = std::get_if<std::uint16_t>(&content))
-        return std::to_string(*number);
-    if (const auto* reference = std::get_if<NHALDEN20::TCIMReference>(&content))
-        return quoted(objectPath(*reference));
-    return quoted(std::get<std::string>(content));
-}
+struct contentText {
+    std::string operator()(std::monostate /*empty*/) const { return ""; }
+    std::string operator()(const std::string& text) const { return form(text); }
+    std::string operator()(bool flag) const { return flag ? "true" : "false"; }
+    std::string operator()(std::uint16_t number) const { return std::to_string(number); }
+    std::string operator()(const NHALDEN20::TCIMReference& reference) const { return form(objectPath(reference)); }
+    std::string operator()(const std::vector<NHALDEN20::TCIMValue>& elements) const {
+        std::string list;
+        for (const auto& element : elements)
+            list += (list.empty() ? "" : ", ") + valueText(element, form);
+        return list;
+    }
+
+    textForm form;
+};
 
 } // namespace
 
@@ -79,10 +86,14 @@ std::string objectPath(const NHALDEN20::TCIMReference& reference) {
     std::string path = reference.Content().className;
     char separator = '.';
     for (const auto& [name, value] : reference.Content().keys) {
-        path += separator + name + '=' + keyText(value);
+        path += separator + name + '=' + valueText(value, quoted);
         separator = ',';
     }
     return path;
+}
+
+std::string valueText(const NHALDEN20::TCIMValue& value, textForm form) {
+    return std::visit(contentText{form}, value.Content().value);
 }
 
 } // namespace minihost

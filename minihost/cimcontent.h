@@ -29,6 +29,9 @@ struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent, boost::threa
     TContent() = default;
     explicit TContent(TVariant content) : value(std::move(content)) {}
 
+    bool isEmpty() const { return std::holds_alternative<std::monostate>(value); }
+    bool isArray() const { return std::holds_alternative<std::vector<TCIMValue>>(value); }
+
     TVariant value;
     bool isHandedOut = false; ///< somebody may change it: it has one owner from then on
 };
@@ -41,5 +44,14 @@ namespace minihost {
 /// \ in texts escaped by \ (DSP0004, untyped path). A key that has no value of its
 /// type is left out.
 std::string objectPath(const NHALDEN20::TCIMReference& reference);
+
+/// How the texts within a value are written: in quotes, escaped, as they are.
+using textForm = std::string (*)(const std::string& text);
+
+inline std::string asItIs(const std::string& text) { return text; }
+
+/// The value as text: a string, or the object path of a reference, in the form wanted; a number in decimal; true or
+/// false; the elements of an array with ", " between them. "" for the empty value.
+std::string valueText(const NHALDEN20::TCIMValue& value, textForm form = asItIs);
 
 } // namespace minihost

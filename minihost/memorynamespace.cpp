@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
-#include <variant>
 
 using NHALDEN20::ICIMClass;
 using NHALDEN20::ICIMInstance;
@@ -114,7 +113,7 @@ const TCIMValue* memoryInstance::find(std::string_view name) const {
 
 const TCIMValue* memoryInstance::findSuitable(std::string_view name) const {
     const TCIMValue* value = find(name);
-    const bool isEmpty = value == nullptr || std::holds_alternative<std::monostate>(value->Content().value);
+    const bool isEmpty = value == nullptr || value->Content().isEmpty();
     return isEmpty || !mismatch(declaration_, name, *value).empty() ? nullptr : value;
 }
 

@@ -19,21 +19,19 @@ bool areStrings(const std::vector<TCIMValue>& elements) {
 }
 
 struct typeOfContent {
-    std::string operator()(std::monostate /*empty*/) const { return "nothing"; }
-    std::string operator()(const std::string& /*text*/) const { return "string"; }
-    std::string operator()(bool /*flag*/) const { return "boolean"; }
-    std::string operator()(std::uint16_t /*number*/) const { return "uint16"; }
-    std::string operator()(const TCIMReference& reference) const {
-        return "reference to " + reference.Content().className;
-    }
-    std::string operator()(const std::vector<TCIMValue>& elements) const {
+    const char* operator()(std::monostate /*empty*/) const { return "nothing"; }
+    const char* operator()(const std::string& /*text*/) const { return "string"; }
+    const char* operator()(bool /*flag*/) const { return "boolean"; }
+    const char* operator()(std::uint16_t /*number*/) const { return "uint16"; }
+    const char* operator()(const TCIMReference& /*reference*/) const { return "reference"; }
+    const char* operator()(const std::vector<TCIMValue>& elements) const {
         return areStrings(elements) ? "string[]" : "array of other than strings";
     }
 };
 
-std::string typeOf(const TCIMValue& value) { return std::visit(typeOfContent(), value.Content().value); }
+std::string_view typeOf(const TCIMValue& value) { return std::visit(typeOfContent(), value.Content().value); }
 
-std::string typeOf(const propertyDeclaration& property) {
+std::string_view typeOf(const propertyDeclaration& property) {
     switch (property.type) {
     case cimType::string:
         return "string";
@@ -46,29 +44,25 @@ std::string typeOf(const propertyDeclaration& property) {
     case cimType::reference:
         break;
     }
-    return "reference to " + std::string(property.referenced);
+    return "reference";
+}
+
+/// The class that a reference names; "" for another value.
+std::string_view referencedClass(const TCIMValue& value) {
+    const auto* reference = std::get_if<TCIMReference>(&value.Content().value);
+    return reference == nullptr ? std::string_view() : reference->Content().className;
+}
+
+std::string typeText(std::string_view type, std::string_view referenced) {
+    return std::string(type) + (type == "reference" ? " to " : "") + std::string(referenced);
 }
 
 bool suits(const TCIMValue& value, const propertyDeclaration& property) {
-    const auto& content = value.Content().value;
-    if (std::holds_alternative<std::monostate>(content))
+    if (value.Content().isEmpty())
         return true;
-    switch (property.type) {
-    case cimType::string:
-        return std::holds_alternative<std::string>(content);
-    case cimType::uint16:
-        return std::holds_alternative<std::uint16_t>(content);
-    case cimType::boolean:
-        return std::holds_alternative<bool>(content);
-    case cimType::stringArray: {
-        const auto* elements = std::get_if<std::vector<TCIMValue>>(&content);
-        return elements != nullptr && areStrings(*elements);
-    }
-    case cimType::reference:
-        break;
-    }
-    const auto* reference = std::get_if<TCIMReference>(&content);
-    const classDeclaration* target = reference == nullptr ? nullptr : findClass(reference->Content().className);
+    if (property.type != cimType::reference)
+        return typeOf(value) == typeOf(property);
+    const classDeclaration* target = findClass(referencedClass(value));
     return target != nullptr && isKindOf(*target, property.referenced);
 }
 
@@ -80,8 +74,9 @@ std::string mismatch(const classDeclaration& declaration, std::string_view name,
         return std::string(declaration.name) + " declares no property " + std::string(name);
     if (suits(value, *property))
         return "";
-    return std::string(declaration.name) + " declares " + std::string(name) + " as " + typeOf(*property) +
-           ", it is set as " + typeOf(value);
+    return std::string(declaration.name) + " declares " + std::string(name) + " as " +
+           typeText(typeOf(*property), property->referenced) + ", it is set as " +
+           typeText(typeOf(value), referencedClass(value));
 }
 
 } // namespace minihost

@@ -227,9 +227,7 @@ strings marksOf(const std::string& call, const std::vector<properties>& referenc
         path = "/dev/sg" + std::to_string(path[7] - 'a');
     for (const auto& instance : reference) {
         if (instance.count("DeviceID") != 0 && instance.at("DeviceID") == path)
-            return {path + '"',
-                    instance.at("OtherIdentifyingInfo").substr(1, instance.at("OtherIdentifyingInfo").size() - 2) +
-                        '"'};
+            return {path + '"', instance.at("OtherIdentifyingInfo") + '"'};
     }
     return {path + '"'};
 }

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <utility>
-#include <variant>
 
 namespace fs = std::filesystem;
 
@@ -29,20 +28,6 @@ std::string padded(std::string text, std::size_t size) {
 }
 
 simulator::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-struct asText {
-    std::string operator()(std::monostate /*empty*/) const { return "(empty)"; }
-    std::string operator()(const std::string& text) const { return text; }
-    std::string operator()(bool flag) const { return flag ? "true" : "false"; }
-    std::string operator()(std::uint16_t number) const { return std::to_string(number); }
-    std::string operator()(const NHALDEN20::TCIMReference& reference) const { return minihost::objectPath(reference); }
-    std::string operator()(const std::vector<NHALDEN20::TCIMValue>& elements) const {
-        std::string text;
-        for (const auto& element : elements)
-            text += '{' + std::visit(*this, element.Content().value) + '}';
-        return text;
-    }
-};
 
 } // namespace
 
@@ -110,7 +95,7 @@ std::vector<properties> Plugin::query(const strings& classNames) {
         const auto& instance = *namespace_.instances()[i];
         properties texts{{"class", std::string(instance.declaration().name)}};
         for (const auto& [name, value] : instance.properties())
-            texts[name] = std::visit(asText(), value.Content().value);
+            texts[name] = minihost::valueText(value);
         result.push_back(texts);
     }
     return result;
