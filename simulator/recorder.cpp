@@ -87,6 +87,9 @@ void recorder::answered(int fd, unsigned long request, const void* argument, int
     case HDIO_DRIVE_CMD:
         node.identify.add(failed ? driveAnswer{error, {}} : driveAnswer{0, {registers + 4, registers + 4 + 512}});
         break;
+    case HDIO_DRIVE_TASK:
+        node.task.add(failed ? driveAnswer{error, {}} : driveAnswer{0, {registers, registers + taskBytes}});
+        break;
     default:
         break;
     }

@@ -19,7 +19,6 @@ constexpr unsigned char serialNumberPage = 0x80;
 constexpr unsigned char identifyOpcode = 0xEC;
 constexpr std::size_t sectorSize = 512;
 constexpr std::size_t registerBytes = 4; // before the data of HDIO_DRIVE_CMD
-constexpr std::size_t taskBytes = 7;     // of HDIO_DRIVE_TASK
 
 constexpr unsigned char checkCondition = 2;
 constexpr unsigned short driverSense = 8;

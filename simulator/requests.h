@@ -2,9 +2,13 @@
 
 #include "simulator/machine.h"
 
+#include <cstddef>
 #include <string>
 
 namespace simulator {
+
+/// Register bytes of HDIO_DRIVE_TASK (linux/hdreg.h), before and after.
+constexpr std::size_t taskBytes = 7;
 
 /// What a request returns: a value, or an errno.
 struct requestResult {

@@ -1,8 +1,16 @@
 #include "simulator/machinefile.h"
 
+#include "simulator/kernel.h"
+#include "simulator/machinewriter.h"
+#include "simulator/recorder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/cdrom.h>
+#include <linux/hdreg.h>
+#include <scsi/sg.h>
 
+#include <cerrno>
 #include <string>
 
 namespace {
@@ -71,4 +79,44 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     for (const auto& c : cases)
         EXPECT_THAT(refusal(c.text), testing::HasSubstr(c.message));
     EXPECT_EQ(refusal("{}"), "accepted");
+}
+
+TEST(Recorder, WritesDownTheAnswerToEveryRequest) {
+    simulator::machine machine = simulator::parseMachine(R"({"nodes": {"/dev/sg0": {
+        "open": true, "sgVersion": 30536, "emulated": "ENXIO",
+        "address": {"host": 4, "channel": 3, "target": 2, "lun": 1, "type": 5},
+        "inquiry": [{"data": [{"zeros": 36}], "sense": "700002", "hostStatus": 7}, {"data": [{"text": "ACME", "size": 36}]}],
+        "serialPage": {"data": [{"text": "0080", "size": 36}]}, "identify": ["EIO", {"data": [{"zeros": 512}]}],
+        "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": 3145727}}})",
+                                                         "file.json");
+    simulator::kernel kernel(machine);
+    simulator::recorder recorder;
+    const int fd = kernel.open("/dev/sg0");
+    recorder.opened("/dev/sg0", fd, 0);
+    const auto ask = [&](unsigned long request, void* argument) {
+        const int result = kernel.ioctl(fd, request, argument);
+        recorder.answered(fd, request, argument, result, errno);
+    };
+    for (int number : {SG_GET_VERSION_NUM, SG_EMULATED_HOST, CDROM_GET_CAPABILITY})
+        ask(static_cast<unsigned long>(number), &number);
+    sg_scsi_id address{};
+    ask(SG_GET_SCSI_ID, &address);
+    unsigned char data[36] = {}, sense[32] = {}, inquiry[] = {0x12, 0, 0, 0, 36, 0}, page[] = {0x12, 1, 0x80, 0, 36, 0};
+    for (unsigned char* command : {inquiry, inquiry, page}) {
+        sg_io_hdr header{};
+        header.interface_id = 'S';
+        header.cmdp = command;
+        header.cmd_len = 6;
+        header.dxferp = data;
+        header.dxfer_len = sizeof data;
+        header.sbp = sense;
+        header.mx_sb_len = sizeof sense;
+        ask(SG_IO, &header);
+    }
+    for (const auto request : {HDIO_DRIVE_CMD, HDIO_DRIVE_CMD, HDIO_DRIVE_TASK, HDIO_DRIVE_TASK}) {
+        unsigned char registers[4 + 512] = {0xEC, 0, 0, 1};
+        ask(request, registers);
+    }
+    kernel.close(fd);
+    EXPECT_EQ(simulator::machineFileText(recorder.recorded()), simulator::machineFileText(machine));
 }
