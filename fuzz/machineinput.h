@@ -42,11 +42,7 @@ void transfer(archive& archive, simulator::answers<Answer>& answers) {
 }
 
 inline void transfer(archive& archive, simulator::node& node) {
-    const auto transferAll = [&archive](auto&... answers) {
-        (transfer(archive, answers), ...);
-    };
-    transferAll(node.open, node.sgVersion, node.emulated, node.address, node.inquiry, node.serialPage, node.identify,
-                node.task, node.opticalCapability);
+    eachAnswer(node, [&archive](const char* /*name*/, auto& answers) { transfer(archive, answers); });
 }
 
 /// A run: the queries, each a list of positions in the class table, and the machine.

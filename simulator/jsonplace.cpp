@@ -107,11 +107,6 @@ int jsonPlace::number(long long least, long long largest) const {
     return static_cast<int>(number);
 }
 
-void jsonPlace::requireTrue(const char* expected) const {
-    if (*value_ != json(true))
-        fail(expected);
-}
-
 std::optional<jsonPlace> jsonPlace::find(const char* name) const {
     if (!value_->is_object())
         fail("an object");
@@ -129,7 +124,7 @@ jsonPlace jsonPlace::member(const char* name) const {
     return *found;
 }
 
-void jsonPlace::allowMembers(std::initializer_list<const char*> names) const {
+void jsonPlace::allowMembers(const std::vector<const char*>& names) const {
     if (!value_->is_object())
         fail("an object");
     for (const auto& [name, value] : value_->items()) {

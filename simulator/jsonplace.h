@@ -4,10 +4,10 @@
 
 #include <cstddef>
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace simulator {
 
@@ -21,18 +21,20 @@ public:
 
     bool isText() const { return value_->is_string(); }
     bool isList() const { return value_->is_array(); }
+    bool isObject() const { return value_->is_object(); }
+    bool isWholeNumber() const { return value_->is_number_integer(); }
+    bool isTrue() const { return value_->is_boolean() && value_->get<bool>(); }
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;
     int number(long long least, long long largest) const;
-    void requireTrue(const char* expected) const;
 
     /// A member of an object; the object and the member must be there.
     jsonPlace member(const char* name) const;
     /// A member of an object, if it has it.
     std::optional<jsonPlace> find(const char* name) const;
     /// Refuses an object that has other members than these, and what is no object.
-    void allowMembers(std::initializer_list<const char*> names) const;
+    void allowMembers(const std::vector<const char*>& names) const;
 
     void forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const;
     void forEachMember(const char* expected,

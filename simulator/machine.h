@@ -37,6 +37,11 @@ struct numberAnswer {
     int error = 0; ///< errno; 0: the request succeeds
 };
 
+/// What opening a node is answered with: of each answer only the error counts.
+struct openAnswers : answers<numberAnswer> {
+    using answers::answers;
+};
+
 /// SG_GET_SCSI_ID.
 struct addressAnswer {
     int host = 0, channel = 0, target = 0, lun = 0;
@@ -65,7 +70,7 @@ struct driveAnswer {
 
 /// One device node. A request for which there are no answers is refused as a node of its family refuses it.
 struct node {
-    answers<numberAnswer> open; ///< none: opens
+    openAnswers open; ///< none: opens
     answers<numberAnswer> sgVersion;
     answers<numberAnswer> emulated;
     answers<addressAnswer> address;
@@ -75,6 +80,21 @@ struct node {
     answers<driveAnswer> task;               ///< HDIO_DRIVE_TASK: the seven returned registers
     answers<numberAnswer> opticalCapability; ///< CDROM_GET_CAPABILITY
 };
+
+/// Calls `visit` with the name and the answers of all that a node is asked. Whatever reads, writes or makes answers
+/// walks this list: a new request is added here, to requests.cpp and to the recorder.
+template <typename Node, typename Visit>
+void eachAnswer(Node& node, Visit visit) {
+    visit("open", node.open);
+    visit("sgVersion", node.sgVersion);
+    visit("emulated", node.emulated);
+    visit("address", node.address);
+    visit("inquiry", node.inquiry);
+    visit("serialPage", node.serialPage);
+    visit("identify", node.identify);
+    visit("task", node.task);
+    visit("opticalCapability", node.opticalCapability);
+}
 
 /// A machine as its kernel, its shell commands and its management controller show it.
 struct machine {

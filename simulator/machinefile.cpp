@@ -1,6 +1,5 @@
 #include "simulator/machinefile.h"
 
-#include "simulator/errnonames.h"
 #include "simulator/jsonplace.h"
 #include "simulator/nodepath.h"
 
@@ -28,11 +27,15 @@ constexpr unsigned char checkCondition = 2;
 constexpr unsigned short driverSense = 8;
 constexpr unsigned char statusMask = 0x1F; // of the status byte shifted right, as the sg driver masks it
 
-int errnoAt(const jsonPlace& place) {
-    const int error = errnoOf(place.text());
-    if (error == 0)
-        place.fail("the name of an error, such as \"EIO\"");
-    return error;
+/// The number of the error called `name` ("EIO"); 0 when there is none of that name.
+int errnoOf(const std::string& name) {
+    constexpr int lastErrno = 133; // EHWPOISON, asm-generic/errno.h
+    for (int number = 1; number <= lastErrno; ++number) {
+        const char* known = ::strerrorname_np(number);
+        if (known != nullptr && name == known)
+            return number;
+    }
+    return 0;
 }
 
 /// Bytes as pairs of hex digits; blanks between the pairs are allowed.
@@ -100,30 +103,14 @@ std::vector<std::string> textsAt(const jsonPlace& place) {
     return texts;
 }
 
-numberAnswer numberAt(const jsonPlace& place) {
-    return place.isText() ? numberAnswer{0, errnoAt(place)}
-                          : numberAnswer{place.number(-largestNumber, largestNumber), 0};
-}
-
-int exitStatusAt(const jsonPlace& place) { return place.number(0, largestByte); }
-
-numberAnswer openAt(const jsonPlace& place) {
-    if (place.isText())
-        return {0, errnoAt(place)};
-    place.requireTrue("true, or the name of an error");
-    return {};
-}
+numberAnswer numberAt(const jsonPlace& place) { return {place.number(-largestNumber, largestNumber), 0}; }
 
 addressAnswer addressAt(const jsonPlace& place) {
-    addressAnswer address;
-    if (place.isText()) {
-        address.error = errnoAt(place);
-        return address;
-    }
     place.allowMembers({"host", "channel", "target", "lun", "type"});
     const auto numberOf = [&place](const char* name) {
         return place.member(name).number(-largestNumber, largestNumber);
     };
+    addressAnswer address;
     address.host = numberOf("host");
     address.channel = numberOf("channel");
     address.target = numberOf("target");
@@ -134,12 +121,8 @@ addressAnswer addressAt(const jsonPlace& place) {
 }
 
 scsiAnswer scsiAt(const jsonPlace& place) {
-    scsiAnswer answer;
-    if (place.isText()) {
-        answer.error = errnoAt(place);
-        return answer;
-    }
     place.allowMembers({"data", "sense", "status", "maskedStatus", "hostStatus", "driverStatus", "info", "residual"});
+    scsiAnswer answer;
     if (const auto data = place.find("data"))
         answer.data = bytesAt(*data);
     if (const auto sense = place.find("sense"))
@@ -162,42 +145,90 @@ scsiAnswer scsiAt(const jsonPlace& place) {
 }
 
 driveAnswer driveAt(const jsonPlace& place) {
-    if (place.isText())
-        return {errnoAt(place), {}};
     place.allowMembers({"data"});
     return {0, bytesAt(place.member("data"))};
 }
 
-/// One answer, or a list of answers to be used in turn.
+/// How an answer is spelled where the request succeeds.
 template <typename Answer>
-void answersAt(const jsonPlace& node, const char* name, answers<Answer>& target, Answer (*read)(const jsonPlace&)) {
-    const auto place = node.find(name);
-    if (!place)
-        return;
-    if (!place->isList()) {
-        target = read(*place);
+struct spelling {
+    const char* expected;
+    bool (jsonPlace::*fits)() const;
+    Answer (*read)(const jsonPlace&);
+};
+
+spelling<numberAnswer> spellingOf(const openAnswers& /*answers*/) {
+    return {"true", &jsonPlace::isTrue, [](const jsonPlace& /*place*/) {
+                return numberAnswer();
+            }};
+}
+spelling<numberAnswer> spellingOf(const answers<numberAnswer>& /*answers*/) {
+    return {"a whole number", &jsonPlace::isWholeNumber, numberAt};
+}
+spelling<addressAnswer> spellingOf(const answers<addressAnswer>& /*answers*/) {
+    return {"an object", &jsonPlace::isObject, addressAt};
+}
+spelling<scsiAnswer> spellingOf(const answers<scsiAnswer>& /*answers*/) {
+    return {"an object", &jsonPlace::isObject, scsiAt};
+}
+spelling<driveAnswer> spellingOf(const answers<driveAnswer>& /*answers*/) {
+    return {"an object", &jsonPlace::isObject, driveAt};
+}
+
+template <typename Answer>
+Answer answerAt(const jsonPlace& place, const spelling<Answer>& plain, const char* otherwise) {
+    if ((place.*plain.fits)())
+        return plain.read(place);
+    Answer failure;
+    failure.error = place.isText() ? errnoOf(place.text()) : 0;
+    if (failure.error == 0)
+        place.fail(plain.expected + std::string(otherwise));
+    return failure;
+}
+
+/// One answer, or a list of answers to be used in turn.
+template <typename Answers>
+void readAnswers(const jsonPlace& place, Answers& target) {
+    const auto plain = spellingOf(target);
+    if (!place.isList()) {
+        target.add(answerAt(place, plain, ", the name of an error such as \"EIO\", or a list of answers"));
         return;
     }
-    std::vector<Answer> list;
-    place->forEachElement("a list of answers", [&](const jsonPlace& element) { list.push_back(read(element)); });
-    if (list.empty())
-        place->fail("at least one answer");
-    target = list;
+    place.forEachElement("a list of answers", [&](const jsonPlace& element) {
+        target.add(answerAt(element, plain, ", or the name of an error such as \"EIO\""));
+    });
+    if (target.empty())
+        place.fail("at least one answer");
+}
+
+void readStatuses(const jsonPlace& place, answers<int>& target) {
+    const auto add = [&target](const jsonPlace& status) {
+        target.add(status.number(0, largestByte));
+    };
+    if (place.isWholeNumber())
+        add(place);
+    else
+        place.forEachElement("a whole number from 0 to 255, or a list of these", add);
+    if (target.empty())
+        place.fail("at least one exit status");
+}
+
+/// The names of all answers that a node can have.
+std::vector<const char*> answerNames() {
+    std::vector<const char*> names;
+    const node any;
+    eachAnswer(any, [&names](const char* name, const auto& /*answers*/) { names.push_back(name); });
+    return names;
 }
 
 node nodeAt(const jsonPlace& place) {
-    place.allowMembers(
-        {"open", "sgVersion", "emulated", "address", "inquiry", "serialPage", "identify", "task", "opticalCapability"});
+    static const std::vector<const char*> known = answerNames();
+    place.allowMembers(known);
     node result;
-    answersAt(place, "open", result.open, openAt);
-    answersAt(place, "sgVersion", result.sgVersion, numberAt);
-    answersAt(place, "emulated", result.emulated, numberAt);
-    answersAt(place, "address", result.address, addressAt);
-    answersAt(place, "inquiry", result.inquiry, scsiAt);
-    answersAt(place, "serialPage", result.serialPage, scsiAt);
-    answersAt(place, "identify", result.identify, driveAt);
-    answersAt(place, "task", result.task, driveAt);
-    answersAt(place, "opticalCapability", result.opticalCapability, numberAt);
+    eachAnswer(result, [&place](const char* name, auto& answers) {
+        if (const auto found = place.find(name))
+            readAnswers(*found, answers);
+    });
     return result;
 }
 
@@ -206,7 +237,8 @@ machine machineAt(const jsonPlace& place) {
     machine result;
     if (const auto name = place.find("name"))
         result.name = name->text();
-    answersAt(place, "modprobe", result.modprobe, exitStatusAt);
+    if (const auto modprobe = place.find("modprobe"))
+        readStatuses(*modprobe, result.modprobe);
     if (const auto usb = place.find("usb"))
         result.usbListing = linesAt(*usb);
     if (const auto table = place.find("opticalTable"))

@@ -47,15 +47,9 @@ json lines(const std::string& text) {
     return list;
 }
 
-json statusToJson(const int& status) { return status; }
+json plain(const numberAnswer& answer) { return answer.value; }
 
-json toJson(const numberAnswer& answer) { return answer.error == 0 ? json(answer.value) : errorName(answer.error); }
-
-json openToJson(const numberAnswer& answer) { return answer.error == 0 ? json(true) : errorName(answer.error); }
-
-json toJson(const addressAnswer& answer) {
-    if (answer.error != 0)
-        return errorName(answer.error);
+json plain(const addressAnswer& answer) {
     return {{"host", answer.host},
             {"channel", answer.channel},
             {"target", answer.target},
@@ -63,9 +57,7 @@ json toJson(const addressAnswer& answer) {
             {"type", answer.type}};
 }
 
-json toJson(const scsiAnswer& answer) {
-    if (answer.error != 0)
-        return errorName(answer.error);
+json plain(const scsiAnswer& answer) {
     json members{{"data", hex(answer.data)}};
     if (!answer.sense.empty())
         members["sense"] = hex(answer.sense);
@@ -81,18 +73,35 @@ json toJson(const scsiAnswer& answer) {
     return members;
 }
 
-json toJson(const driveAnswer& answer) {
-    return answer.error == 0 ? json{{"data", hex(answer.data)}} : errorName(answer.error);
+json plain(const driveAnswer& answer) { return {{"data", hex(answer.data)}}; }
+
+/// A list of answers, or the only one; null for none. Answers at the end that only repeat the one before are left out.
+json asShortAsCanBe(json list) {
+    while (list.size() > 1 && list.back() == list[list.size() - 2])
+        list.erase(list.end() - 1);
+    return list.size() > 1 ? list : list.empty() ? json() : list.front();
+}
+
+template <typename Answers, typename Plain>
+json toJson(const Answers& answers, Plain plainAnswer) {
+    json list = json::array();
+    for (const auto& answer : answers.all())
+        list.push_back(answer.error == 0 ? plainAnswer(answer) : errorName(answer.error));
+    return asShortAsCanBe(std::move(list));
 }
 
 template <typename Answer>
-void put(json& target, const char* name, const answers<Answer>& answers, json (*write)(const Answer&)) {
-    std::vector<json> list;
-    std::transform(answers.all().begin(), answers.all().end(), std::back_inserter(list), write);
-    while (list.size() > 1 && list.back() == list[list.size() - 2])
-        list.pop_back();
-    if (!list.empty())
-        target[name] = list.size() == 1 ? list.front() : json(list);
+json toJson(const answers<Answer>& answers) {
+    return toJson(answers, [](const Answer& answer) { return plain(answer); });
+}
+
+json toJson(const openAnswers& answers) {
+    return toJson(answers, [](const numberAnswer& /*answer*/) { return json(true); });
+}
+
+void put(json& target, const char* name, json value) {
+    if (!value.is_null())
+        target[name] = std::move(value);
 }
 
 bool everPresent(const node& node) {
@@ -103,15 +112,7 @@ bool everPresent(const node& node) {
 
 json nodeToJson(const node& node) {
     json members = json::object();
-    put(members, "open", node.open, openToJson);
-    put(members, "sgVersion", node.sgVersion, toJson);
-    put(members, "emulated", node.emulated, toJson);
-    put(members, "address", node.address, toJson);
-    put(members, "inquiry", node.inquiry, toJson);
-    put(members, "serialPage", node.serialPage, toJson);
-    put(members, "identify", node.identify, toJson);
-    put(members, "task", node.task, toJson);
-    put(members, "opticalCapability", node.opticalCapability, toJson);
+    eachAnswer(node, [&members](const char* name, const auto& answers) { put(members, name, toJson(answers)); });
     return members;
 }
 
@@ -123,7 +124,7 @@ json nodeToJson(const node& node) {
 
 std::string machineFileText(const machine& machine) {
     json document{{"name", bytesAsCodePoints(machine.name)}};
-    put(document, "modprobe", machine.modprobe, statusToJson);
+    put(document, "modprobe", asShortAsCanBe(machine.modprobe.all()));
     document["usb"] = lines(machine.usbListing);
     for (const int kind : {0, 1}) {
         json& names = document["virtualDevices"][std::to_string(kind)] = json::array();
