@@ -85,7 +85,7 @@ int scsiDevice::initialize(std::string path, int index) {
 
 bool scsiDevice::identifyAta(unsigned char* answer) const {
     // Device 0 for an odd target, device 1 for an even one.
-    identifyDeviceCommand command(static_cast<unsigned char>(0xA0 | (((target - 1) & 1) << 4)));
+    identifyDeviceCommand command(target % 2 != 0 ? 0xA0 : 0xB0);
     try {
         ataInterface().executeCommand(fd, command.registers, answer, identifyDeviceCommand::answerSize);
         return true;

@@ -1,6 +1,8 @@
 #include "device/scsidevice_linux.h"
 #include "tests/simulatedmachine.h"
 
+#include <limits>
+
 using simulator::addressAnswer;
 
 class DeviceHandle : public SimulatedMachine {
@@ -27,6 +29,7 @@ TEST_F(DeviceHandle, TriesTheNumberedNodeBeforeTheLetteredOne) {
 
 TEST_F(DeviceHandle, IdentifiesAnAtaDeviceFirst) {
     at("/dev/sda").identify = identify("ACME DISK");
+    device_.target = std::numeric_limits<int>::min(); // what a target was before is no reason to overflow
     EXPECT_EQ(device_.initialize("/dev/sd", 0), 1);
     EXPECT_EQ(device_.vendor, "null") << "the identity stays as it was";
     EXPECT_EQ(takeLog(), (strings{"3 Trying device: ", "3 /dev/sda", "3 ACME DISK" + std::string(31, ' ')}));
