@@ -10,15 +10,22 @@
 using NHALDEN20::ICIMNamespace;
 using NHALDEN20::TContext;
 
+TContext TScsidevPluginCallbacks::queryContext() {
+    TContext context;
+    context[NHALDEN20::kContextName] = NHALDEN20::kPluginNSPName;
+    return context;
+}
+
 void TScsidevPluginCallbacks::GetData(boost::shared_ptr<ICIMNamespace> ns, classList& requested) {
+    const TContext context = queryContext();
     if (requested.empty())
         return;
     const auto firstClassIs = [&requested](const char* name) {
         return requested.front()->GetClassName(TContext()) == name;
     };
     if (firstClassIs(firmwareClass)) {
-        readExistingInstances(*ns, busDeviceClass, existingDevices_);
-        readExistingInstances(*ns, firmwareElementClass, existingFirmwareElements_);
+        readExistingInstances(*ns, busDeviceClass, context, existingDevices_);
+        readExistingInstances(*ns, firmwareElementClass, context, existingFirmwareElements_);
         if (existingDevices_.empty() || existingFirmwareElements_.empty())
             return;
     }
@@ -41,8 +48,7 @@ void TScsidevPluginCallbacks::GetData(boost::shared_ptr<ICIMNamespace> ns, class
 }
 
 void TScsidevPluginCallbacks::readExistingInstances(ICIMNamespace& ns, const std::string& className,
-                                                    instanceList& instances) {
-    const TContext queryContext{{NHALDEN20::kContextName, NHALDEN20::kPluginNSPName}};
-    ns.GetClass(className, queryContext)
+                                                    const TContext& context, instanceList& instances) {
+    ns.GetClass(className, context)
         ->EnumerateInstances(NHALDEN20::TAddToVectorCallback<NHALDEN20::ICIMInstance>(&instances), true, TContext());
 }

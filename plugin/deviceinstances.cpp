@@ -88,6 +88,7 @@ void TScsidevPluginCallbacks::GetBusDevice(classList& requested, boost::shared_p
 
 void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* record,
                                            boost::shared_ptr<ICIMNamespace> ns) {
+    const TContext context = queryContext();
     if (requested.empty())
         return;
     boost::shared_ptr<ICIMInstance> instance;
@@ -103,7 +104,7 @@ void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* reco
         hostLog(progress, "SCSI or ATA");
         writeDeviceInstance(*record, *instance);
     } else if (firstClass == firmwareElementClass) {
-        writeFirmwareElement(*record, *ns);
+        writeFirmwareElement(*record, *ns, context);
     }
 }
 
@@ -127,10 +128,10 @@ void TScsidevPluginCallbacks::writeAssociation(const busDevice& record, boost::s
     association->AddToClass(TContext());
 }
 
-void TScsidevPluginCallbacks::writeFirmwareElement(const busDevice& record, ICIMNamespace& ns) {
+void TScsidevPluginCallbacks::writeFirmwareElement(const busDevice& record, ICIMNamespace& ns,
+                                                   const TContext& context) {
     hostLog(progress, "FirmwareElement");
-    const TContext queryContext{{NHALDEN20::kContextName, NHALDEN20::kPluginNSPName}};
-    const auto element = ns.GetClass(firmwareElementClass, queryContext)->CreateInstance(TContext());
+    const auto element = ns.GetClass(firmwareElementClass, context)->CreateInstance(TContext());
     const auto set = [&element](const char* property, const TCIMValue& value) {
         element->SetProperty(property, value, TContext());
     };

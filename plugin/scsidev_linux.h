@@ -114,7 +114,11 @@ public:
     void processDevice(unsigned char* inquiry, busDevice* record);
 
 private:
-    void readExistingInstances(NHALDEN20::ICIMNamespace& ns, const std::string& className, instanceList& instances);
+    /// What every class lookup of a query goes with.
+    static NHALDEN20::TContext queryContext();
+
+    void readExistingInstances(NHALDEN20::ICIMNamespace& ns, const std::string& className,
+                               const NHALDEN20::TContext& context, instanceList& instances);
     bool collectScsiNode(scsiDevice& device, busDevice& record, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
     bool isExcluded(unsigned char peripheralByte, const busDevice& record,
                     boost::shared_ptr<NHALDEN20::ICIMNamespace> ns);
@@ -128,7 +132,8 @@ private:
     bool chooseDeviceInstance(classList& requested, const busDevice& record,
                               boost::shared_ptr<NHALDEN20::ICIMInstance>& instance);
     void writeAssociation(const busDevice& record, boost::shared_ptr<NHALDEN20::ICIMInstance> association);
-    void writeFirmwareElement(const busDevice& record, NHALDEN20::ICIMNamespace& ns);
+    void writeFirmwareElement(const busDevice& record, NHALDEN20::ICIMNamespace& ns,
+                              const NHALDEN20::TContext& context);
 
     instanceList existingDevices_;
     instanceList existingFirmwareElements_;

@@ -4,6 +4,25 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
+namespace {
+
+/// Notes which classes are looked up, and with what contexts.
+class notingNamespace : public minihost::memoryNamespace {
+public:
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(std::string name, NHALDEN20::TContext context) override {
+        lookUps.push_back(name);
+        for (const auto& [key, value] : context) {
+            lookUps.push_back(key);
+            lookUps.push_back(value);
+        }
+        return memoryNamespace::GetClass(name, context);
+    }
+
+    strings lookUps;
+};
+
+} // namespace
+
 TEST_F(Plugin, WithoutAnyClassDoesNothing) {
     EXPECT_EQ(query({}).size(), 0U);
     EXPECT_EQ(calls(), strings());
@@ -38,4 +57,16 @@ TEST_F(Plugin, TheFirstClassDecides) {
     EXPECT_EQ(each(query({"KORVA_SCSIDevice", "KORVA_CDVDDevice"}), "class"), strings{"KORVA_SCSIDevice"});
     EXPECT_EQ(each(query({"KORVA_CDVDDevice", "KORVA_SCSIDevice"}), "class"),
               (strings{"KORVA_CDVDDevice", "KORVA_SCSIDevice"}));
+}
+
+TEST_F(Plugin, LooksClassesUpInThePluginsContext) {
+    sgNode("/dev/sg0", inquiry(13, "ACME", "X"));
+    notingNamespace noting;
+    for (const char* name : {"KORVA_SysBusDeviceFirmwareElement", "KORVA_SysBusDeviceFirmware"}) {
+        auto requested = classes({name});
+        plugin_->GetData(noting.handle(), requested);
+    }
+    EXPECT_EQ(noting.lookUps, (strings{"KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin", "KORVA_SysBusDevice",
+                                       "nspID", "plugin", "KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin"}));
+    plugin_.reset(); // which has instances of that namespace
 }
