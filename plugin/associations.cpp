@@ -2,55 +2,58 @@
 
 #include "plugin/cimnames.h"
 
-#include <algorithm>
-#include <exception>
-
 using NHALDEN20::ICIMInstance;
+using NHALDEN20::ICIMNamespace;
 using NHALDEN20::TCIMReference;
 using NHALDEN20::TCIMValue;
 using NHALDEN20::TContext;
 
 namespace {
 
-TCIMValue property(ICIMInstance& instance, const char* name) {
-    return instance.GetPropertyHandle(name, TContext())->GetValue();
+/// A stored identity matches when it is part of the key, not only when it equals it.
+bool matches(const TCIMValue& identity, const std::string& key) {
+    return key.find(static_cast<std::string>(identity)) != std::string::npos;
 }
 
+/// Another provider's device may have no identity: no handle for the property, or a value that is no array or an empty
+/// one. It does not match.
 bool deviceMatches(ICIMInstance& device, const std::string& key) {
-    TCIMValue value = property(device, identifyingInfoProperty);
-    const std::vector<TCIMValue>& identities = value;
-    // Another provider's device may have none, or one that is no text.
-    try {
-        return !identities.empty() && key.find(static_cast<std::string>(identities.front())) != std::string::npos;
-    } catch (const std::exception&) {
+    const auto property = device.GetPropertyHandle(identifyingInfoProperty, TContext());
+    if (!property)
         return false;
-    }
+    TCIMValue value = property->GetValue();
+    const std::vector<TCIMValue> identities = static_cast<std::vector<TCIMValue>&>(value);
+    return !identities.empty() && matches(identities.front(), key);
 }
 
 bool firmwareMatches(ICIMInstance& element, const std::string& key) {
-    return key.find(static_cast<std::string>(property(element, softwareElementIdProperty))) != std::string::npos;
+    const auto property = element.GetPropertyHandle(softwareElementIdProperty, TContext());
+    return property && matches(property->GetValue(), key);
+}
+
+/// Sets `path` to the object path of the first instance that matches. False: none does.
+bool findFirst(const TScsidevPluginCallbacks::instanceList& instances,
+               bool (*matchesKey)(ICIMInstance&, const std::string&), const std::string& key, TCIMReference& path) {
+    for (const auto& instance : instances) {
+        if (matchesKey(*instance, key)) {
+            path = instance->GetReference(TContext());
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
 
-// A stored identity matches when it is part of the key, not only when it equals it, and the first match
-// decides.
 bool TScsidevPluginCallbacks::findRefs(std::string key, std::string /*firmwareLevel*/,
                                        boost::shared_ptr<ICIMInstance> association) {
-    const auto firstMatch = [&key](const instanceList& instances, bool (*matches)(ICIMInstance&, const std::string&)) {
-        const auto found = std::find_if(instances.begin(), instances.end(),
-                                        [&](const auto& instance) { return matches(*instance, key); });
-        return found == instances.end() ? nullptr : found->get();
-    };
-    ICIMInstance* device = firstMatch(existingDevices_, deviceMatches);
-    if (device == nullptr)
-        return false;
-    TCIMReference dependent = device->GetReference(TContext());
-    ICIMInstance* element = firstMatch(existingFirmwareElements_, firmwareMatches);
-    if (element == nullptr)
+    TCIMReference dependent({}, {});
+    TCIMReference antecedent({}, {});
+    // The first device that matches decides, also where only a later one has a firmware element.
+    if (!findFirst(existingDevices_, deviceMatches, key, dependent) ||
+        !findFirst(existingFirmwareElements_, firmwareMatches, key, antecedent))
         return false;
 
-    TCIMReference antecedent = element->GetReference(TContext());
     association->SetProperty("Dependent", TCIMValue(dependent), TContext());
     association->SetProperty("Antecedent", TCIMValue(antecedent), TContext());
     return true;

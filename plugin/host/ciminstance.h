@@ -31,6 +31,7 @@ public:
 
     virtual boost::shared_ptr<ICIMClass> GetInstanceClass(const TContext& context) = 0;
 
+    /// A handle for the property `name`; may be null when it was never set.
     virtual boost::shared_ptr<ICIMPropertyHandle> GetPropertyHandle(const std::string& name,
                                                                     const TContext& context) = 0;
 
