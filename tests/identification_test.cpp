@@ -1,6 +1,10 @@
 #include "device/scsidevice_linux.h"
 #include "tests/simulatedmachine.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fstream>
 #include <limits>
 
 using simulator::addressAnswer;
@@ -27,6 +31,22 @@ TEST_F(DeviceHandle, TriesTheNumberedNodeBeforeTheLetteredOne) {
                                 "open /dev/hd26", "open /dev/hd{"}));
 }
 
+TEST_F(DeviceHandle, OpensWithoutWaitingAndTakesDescriptor0) {
+    const int standardInput = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    for (const char* file : {"node0", "nodea"}) { // of the real kernel, which sees the flags
+        std::ofstream(file).close();
+        EXPECT_EQ(device_.GetDevice("node", 0), 1);
+        EXPECT_EQ(device_.GetDevice(), 1);
+        EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFL) & (O_ACCMODE | O_NONBLOCK), O_RDONLY | O_NONBLOCK);
+        device_.CloseDevice();
+        EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFL), -1) << "closed";
+        std::filesystem::remove(file);
+    }
+    ::dup2(standardInput, STDIN_FILENO);
+    ::close(standardInput);
+}
+
 TEST_F(DeviceHandle, IdentifiesAnAtaDeviceFirst) {
     at("/dev/sda").identify = identify("ACME DISK");
     device_.target = std::numeric_limits<int>::min(); // what a target was before is no reason to overflow
@@ -47,6 +67,7 @@ TEST_F(DeviceHandle, IdentifiesScsiDisksAndTapes) {
         {"other cartridge drive", inquiry(0, "ACME", "GoVault"), 1, 1},
         {"optical drive", inquiry(5, "ACME", "ROADRUNNER"), 0, 0},
         {"not connected", inquiry(0x20, "ACME", "ROADRUNNER"), 0, 0},
+        {"a product only", inquiry(0, std::string(1, '\0'), "ROADRUNNER"), 1, 0},
         {"no identity at all", inquiry(0, std::string(1, '\0'), std::string(1, '\0')), 0, 0},
         {"refused", check(5, 0x24, 0), 0, 0},
         {"disk", inquiry(0, "ACME", "ROADRUNNER"), 1, 0},

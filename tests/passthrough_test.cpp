@@ -7,8 +7,6 @@
 
 namespace {
 
-const unsigned char logSense[commandStorage] = {0x4D, 0, 0x6E, 0, 0, 0, 0, 2, 0, 0};
-
 class PassThrough : public SimulatedMachine {
 protected:
     /// Opens /dev/sg0, which answers INQUIRY with `answer`.
@@ -49,13 +47,38 @@ TEST_F(PassThrough, RefusesEmulatedHostsButForTapesAndCartridges) {
         EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 12 01 80 00 ff 00 length 255");
         EXPECT_EQ(takeLog(), (strings{"3 Device is emulated scsi", "3 " + product + " Found!\n"}));
     }
-    send(logSense, 10);
+    send(tapeAlert_cmd, 10);
     EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 4d 00 6e 00 00 00 00 00 ff 00 length 255");
     EXPECT_EQ(cdb_[8], 0xFF) << "the caller's command is changed";
+}
 
+TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
+    open();
     at("/dev/sg0").emulated = simulator::numberAnswer{0, 0};
-    EXPECT_EQ(send(logSense, 10), -1) << "the simulated device refuses it";
-    EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 4d 00 6e 00 00 00 00 02 00 00 length 65535");
+    const std::pair<const unsigned char*, std::string> commands[] = {
+        {test_unit_ready, "00 00 00 00 00 00"},
+        {load_cmd, "1b 00 00 00 01 00"},
+        {unload_cmd, "1b 00 00 00 00 00"},
+        {prevent_cmd, "1e 00 00 00 01 00"},
+        {allow_cmd, "1e 00 00 00 00 00"},
+        {send_diags, "1d 00 00 00 00 00"},
+        {rewind_cmd, "01 01 00 00 00 00"},
+        {tapeAlert_cmd, "4d 00 6e 00 00 00 00 02 00 00"},
+        {driveUsage_cmd, "4d 00 40 00 00 00 00 ff ff 00"},
+        {deviceStatus_cmd, "4d 00 33 00 00 00 01 02 00 00"},
+    };
+    for (const auto& [command, bytes] : commands) {
+        EXPECT_EQ(send(command, static_cast<int>(bytes.size() + 1) / 3), -1) << "the simulated device refuses it";
+        EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO " + bytes + " length 65535");
+    }
+}
+
+TEST_F(PassThrough, LogsASingleByteOfSense) {
+    simulator::scsiAnswer answer = check(5, 0, 0);
+    answer.sense.resize(1);
+    open(answer);
+    EXPECT_EQ(send(inquiry_cmd, 6), -1);
+    EXPECT_EQ(takeLog(), (strings{"3 SCSI sense data: 70", "3 SG SCSI status=\x02", "3 SG Driver status=8"}));
 }
 
 TEST_F(PassThrough, GivesUpAfterFiveAttempts) {

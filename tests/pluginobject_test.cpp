@@ -1,9 +1,28 @@
 // Operations of the plug-in object that a query alone does not show.
 
+#include "device/scsidevice_linux.h"
 #include "minihost/minihost.h"
 #include "tests/simulatedmachine.h"
 
 #include <stdexcept>
+
+TEST_F(Plugin, SaysWhoItIs) {
+    EXPECT_EQ(plugin_->GetType(), 0);
+    EXPECT_EQ(plugin_->GetName(), "SCSI/IDE Device Collector");
+    EXPECT_EQ(plugin_->GetVersion(), "1.0");
+    EXPECT_EQ(plugin_->GetInterfaceVersion(), "1.0");
+}
+
+TEST_F(Plugin, TellsAnAtaDeviceByItsAnswer) {
+    at("/dev/hda").identify = identify("ACME DISK");
+    at("/dev/hdb");
+    scsiDevice device;
+    device.GetDevice("/dev/hd", 0);
+    EXPECT_EQ(plugin_->getBusType(&device), BusTypeAta);
+    EXPECT_EQ(calls().back(), "ioctl /dev/hda HDIO_DRIVE_CMD ec 00 00 01");
+    device.GetDevice("/dev/hd", 1);
+    EXPECT_EQ(plugin_->getBusType(&device), BusTypeScsi);
+}
 
 TEST_F(Plugin, GivesANewInstanceOfARequestedClass) {
     boost::shared_ptr<NHALDEN20::ICIMInstance> instance;

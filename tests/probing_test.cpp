@@ -28,3 +28,9 @@ TEST_F(Plugin, AsksTheDiskNodeBehindAnAtaDisk) {
                        "ioctl closed HDIO_DRIVE_CMD ec 00 00 01"}))
         << "without that node the command goes nowhere";
 }
+
+TEST_F(Plugin, AsksAgainWhatNamesNoMaker) {
+    sgNode("/dev/sg0", inquiry(0, std::string(1, '\0'), "ROADRUNNER"));
+    EXPECT_EQ(query({"KORVA_SCSIDevice"}).size(), 0U) << "a product alone is no identity";
+    EXPECT_THAT(takeLog(), testing::Contains("3 Scsi:ATA Inquiry started"));
+}
