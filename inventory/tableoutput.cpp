@@ -2,10 +2,9 @@
 
 #include "inventory/columns.h"
 #include "inventory/escape.h"
-#include "inventory/propertylist.h"
 #include "minihost/cimcontent.h"
 
-#include <algorithm>
+#include <functional>
 #include <map>
 #include <set>
 #include <sstream>
@@ -17,27 +16,42 @@ using minihost::memoryInstance;
 
 namespace {
 
+/// The devices of a run by their object paths.
+using deviceMap = std::map<std::string, const memoryInstance*>;
+
+/// What stands in a column for an instance.
+using cellText = std::function<std::string(const memoryInstance&, const deviceMap&)>;
+
+struct column {
+    std::string heading;
+    cellText text;
+};
+
+/// How the instances of a class are shown.
+struct section {
+    std::string title;
+    std::vector<column> columns;
+};
+
 /// The outer blanks of a text are padding here.
 std::string withoutPadding(const std::string& text) {
     const std::size_t first = text.find_first_not_of(' ');
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
-std::string property(const memoryInstance& instance, const char* name) {
+std::string propertyOf(const memoryInstance& instance, std::string_view name) {
     const auto* value = instance.find(name);
     return value == nullptr ? "" : withoutPadding(minihost::valueText(*value));
 }
 
-/// HOST:CHANNEL:TARGET:LUN; nothing where the device's node is all that identifies it.
-std::string address(const memoryInstance& device) {
-    if (property(device, "OtherIdentifyingInfo") == property(device, "DeviceID"))
-        return "";
-    return property(device, "HostAdapterID") + ':' + property(device, "Bus") + ':' + property(device, "TargetID") +
-           ':' + property(device, "Lun");
+cellText property(std::string_view name, minihost::textForm form = minihost::asItIs) {
+    return [name, form](const memoryInstance& instance, const deviceMap& /*devices*/) {
+        return form(propertyOf(instance, name));
+    };
 }
 
-/// The peripheral device type in a word or two.
-std::string typeName(const memoryInstance& device) {
+/// A peripheral device type in a word or two.
+std::string shortTypeName(const std::string& name) {
     static const std::map<std::string, std::string> words{
         {"Direct Access Device", "disk"},
         {"Sequential Access Device", "tape"},
@@ -49,119 +63,145 @@ std::string typeName(const memoryInstance& device) {
         {"Simple Direct Access Device", "disk"},
         {"Optical Card Reader Device", "card"},
     };
-    const std::string name = property(device, "DeviceType");
     const auto word = words.find(name);
     return word != words.end() ? word->second : name.substr(0, name.rfind(" Device"));
 }
 
-/// The words for those of the 16-bit `properties` that are not 0.
-std::string abilities(const memoryInstance& drive,
-                      std::initializer_list<std::pair<const char*, const char*>> properties) {
-    std::string words;
-    for (const auto& [name, word] : properties) {
-        if (property(drive, name) != "0")
-            words += (words.empty() ? "" : " ") + std::string(word);
-    }
-    return words;
+/// HOST:CHANNEL:TARGET:LUN; nothing where the kernel did not tell it, and the node identifies the device.
+std::string address(const memoryInstance& device, const deviceMap& /*devices*/) {
+    if (propertyOf(device, "OtherIdentifyingInfo").rfind("Port:", 0) != 0)
+        return "";
+    return propertyOf(device, "HostAdapterID") + ':' + propertyOf(device, "Bus") + ':' +
+           propertyOf(device, "TargetID") + ':' + propertyOf(device, "Lun");
 }
 
-const NHALDEN20::TCIMReference* end(const memoryInstance& association, const char* name) {
+/// The words for those of the 16-bit properties that are not 0.
+cellText abilities(std::vector<std::pair<const char*, const char*>> wordOfProperty) {
+    return [wordOfProperty](const memoryInstance& drive, const deviceMap& /*devices*/) {
+        std::string words;
+        for (const auto& [name, word] : wordOfProperty) {
+            if (propertyOf(drive, name) != "0")
+                words += (words.empty() ? "" : " ") + std::string(word);
+        }
+        return words;
+    };
+}
+
+const NHALDEN20::TCIMReference* end(const memoryInstance& association, std::string_view name) {
     const auto* value = association.find(name);
     return value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
 }
 
 /// A key of one end of an association.
-std::string key(const memoryInstance& association, const char* endName, const char* name) {
-    const auto* reference = end(association, endName);
-    if (reference == nullptr)
-        return "";
-    const auto found = reference->Content().keys.find(name);
-    return found == reference->Content().keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
+cellText keyOf(std::string_view endName, const char* name) {
+    return [endName, name](const memoryInstance& association, const deviceMap& /*devices*/) -> std::string {
+        const auto* reference = end(association, endName);
+        if (reference == nullptr)
+            return "";
+        const auto& keys = reference->Content().keys;
+        const auto found = keys.find(name);
+        return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
+    };
 }
-
-/// The devices of a run by their object paths.
-using deviceMap = std::map<std::string, const memoryInstance*>;
 
 std::string deviceName(const memoryInstance& association, const deviceMap& devices) {
     const auto* reference = end(association, "Dependent");
     const auto found = reference == nullptr ? devices.end() : devices.find(minihost::objectPath(*reference));
-    return found == devices.end() ? "" : property(*found->second, "ElementName");
-}
-
-using rowMaker = std::vector<std::string> (*)(const memoryInstance&, const deviceMap&);
-
-/// How the instances of a class are shown.
-struct section {
-    std::string title;
-    std::vector<std::string> headings;
-    rowMaker row;
-};
-
-std::vector<std::string> deviceRow(const memoryInstance& device, const deviceMap& /*devices*/) {
-    return {property(device, "Name"),
-            property(device, "VendorID"),
-            property(device, "ProductID"),
-            property(device, "Revision"),
-            property(device, "serialNum"),
-            typeName(device),
-            address(device)};
-}
-
-std::vector<std::string> opticalRow(const memoryInstance& drive, const deviceMap& /*devices*/) {
-    return {
-        property(drive, "DeviceID"),
-        abilities(drive, {{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}}),
-        abilities(drive,
-                  {{"CdRWrite", "CD-R"}, {"CdRwWrite", "CD-RW"}, {"DvdRWrite", "DVD-R"}, {"DvdRamWrite", "DVD-RAM"}})};
-}
-
-std::vector<std::string> firmwareElementRow(const memoryInstance& element, const deviceMap& /*devices*/) {
-    return {property(element, "SoftwareElementId"), property(element, "Name"), property(element, "Manufacturer"),
-            property(element, "Version")};
-}
-
-std::vector<std::string> firmwareRow(const memoryInstance& association, const deviceMap& devices) {
-    return {key(association, "Dependent", "DeviceID"), deviceName(association, devices),
-            key(association, "Antecedent", "Version"), key(association, "Antecedent", "SoftwareElementId")};
+    return found == devices.end() ? "" : propertyOf(*found->second, "ElementName");
 }
 
 const std::map<std::string, section>& sections() {
-    static const std::vector<std::string> deviceHeadings{"Node",   "Vendor", "Product", "Rev",
-                                                         "Serial", "Type",   "H:C:T:L"};
+    static const std::vector<column> deviceColumns{{"Node", property("Name")},
+                                                   {"Vendor", property("VendorID")},
+                                                   {"Product", property("ProductID")},
+                                                   {"Rev", property("Revision")},
+                                                   {"Serial", property("serialNum")},
+                                                   {"Type", property("DeviceType", shortTypeName)},
+                                                   {"H:C:T:L", address}};
     static const std::map<std::string, section> table{
-        {"KORVA_SysBusDevice", {"Bus devices", deviceHeadings, deviceRow}},
-        {"KORVA_SCSIDevice", {"SCSI devices", deviceHeadings, deviceRow}},
-        {"KORVA_SCSITapeDrive", {"SCSI tape drives", deviceHeadings, deviceRow}},
-        {"KORVA_ATADevice", {"ATA devices", deviceHeadings, deviceRow}},
-        {"KORVA_CDVDDevice", {"Optical drives", {"Drive", "Reads", "Writes"}, opticalRow}},
+        {"KORVA_SysBusDevice", {"Bus devices", deviceColumns}},
+        {"KORVA_SCSIDevice", {"SCSI devices", deviceColumns}},
+        {"KORVA_SCSITapeDrive", {"SCSI tape drives", deviceColumns}},
+        {"KORVA_ATADevice", {"ATA devices", deviceColumns}},
+        {"KORVA_CDVDDevice",
+         {"Optical drives",
+          {{"Drive", property("DeviceID")},
+           {"Reads", abilities({{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}})},
+           {"Writes",
+            abilities(
+                {{"CdRWrite", "CD-R"}, {"CdRwWrite", "CD-RW"}, {"DvdRWrite", "DVD-R"}, {"DvdRamWrite", "DVD-RAM"}})}}}},
         {"KORVA_SysBusDeviceFirmwareElement",
-         {"Firmware elements", {"Device identity", "Kind", "Vendor", "Version"}, firmwareElementRow}},
+         {"Firmware elements",
+          {{"Device identity", property("SoftwareElementId")},
+           {"Kind", property("Name")},
+           {"Vendor", property("Manufacturer")},
+           {"Version", property("Version")}}}},
         {"KORVA_SysBusDeviceFirmware",
-         {"Firmware of devices", {"Device", "Name", "Firmware", "Device identity"}, firmwareRow}},
+         {"Firmware of devices",
+          {{"Device", keyOf("Dependent", "DeviceID")},
+           {"Name", deviceName},
+           {"Firmware", keyOf("Antecedent", "Version")},
+           {"Device identity", keyOf("Antecedent", "SoftwareElementId")}}}},
     };
     return table;
 }
 
-void writeSection(const std::string& className, const queryResult& query, const deviceMap& devices,
-                  const tableStyle& style, std::ostream& output) {
-    const section& how = sections().at(className);
-    columns rows(how.headings);
+/// A column for each property, of a class that has no section.
+std::vector<column> plainColumns(const minihost::classDeclaration& declaration) {
+    std::vector<column> columns;
+    for (const auto* declared : propertiesOf(declaration))
+        columns.push_back({std::string(declared->name), property(declared->name)});
+    return columns;
+}
+
+/// Writes every property that was set, in the order first set, as an indented line "NAME = VALUE": texts whole,
+/// padding included, with what is not printable escaped.
+void writeProperties(const memoryInstance& instance, std::ostream& output) {
+    for (const auto& [name, value] : instance.properties()) {
+        const std::string text = minihost::valueText(value, escaped);
+        output << "    " << escaped(name) << " =" << (text.empty() ? "" : " " + text) << '\n';
+    }
+}
+
+using instanceList = std::vector<const memoryInstance*>;
+
+/// Writes a row for each of the instances, and below all of them the properties of each where they are wanted.
+void writeRows(const instanceList& instances, const std::vector<column>& shown, const deviceMap& devices,
+               const tableStyle& style, std::ostream& output) {
+    std::vector<std::string> headings;
+    for (const auto& column : shown)
+        headings.push_back(column.heading);
+    columns rows(headings);
     std::ostringstream lists;
-    std::size_t count = 0;
-    for (const auto& instance : query.instances) {
-        if (instance->declaration().name != className)
-            continue;
-        const std::vector<std::string> row = how.row(*instance, devices);
+    for (const auto* instance : instances) {
+        std::vector<std::string> row;
+        for (const auto& column : shown)
+            row.push_back(column.text(*instance, devices));
         rows.add(row);
         lists << "\n  " << escaped(row.front()) << '\n';
         writeProperties(*instance, lists);
-        ++count;
     }
-    output << how.title << " (" << className << "): " << (count == 0 ? "none" : std::to_string(count)) << '\n';
-    if (count > 0)
-        rows.write(output, style.width);
+    rows.write(output, style.width);
     if (style.allProperties)
         output << lists.str();
+}
+
+void writeSection(const std::string& className, const queryResult& query, const deviceMap& devices,
+                  const tableStyle& style, std::ostream& output) {
+    instanceList instances;
+    for (const auto& instance : query.instances) {
+        if (instance->declaration().name == className)
+            instances.push_back(instance.get());
+    }
+    const std::string count = instances.empty() ? "none" : std::to_string(instances.size());
+    const auto own = sections().find(className);
+    const bool hasOwn = own != sections().end();
+    output << (hasOwn ? own->second.title + " (" + className + ')' : className) << ": " << count << '\n';
+    if (instances.empty())
+        return;
+    const std::vector<column> shown = hasOwn ? own->second.columns : plainColumns(instances.front()->declaration());
+    if (!shown.empty())
+        writeRows(instances, shown, devices, style, output);
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 #include "inventory/tableoutput.h"
 #include "minihost/memorynamespace.h"
 
+#include <boost/make_shared.hpp>
+
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -20,6 +22,37 @@ TEST(Columns, StandCloserWhereTheyWouldNotFit) {
     output.str("");
     rows.write(output, 1);
     EXPECT_EQ(output.str(), " Node      Name\n /dev/sg10 \\x1b[31m\n") << "never cut";
+}
+
+namespace {
+
+std::string tableOf(const inventory::queryResult& query, bool allProperties) {
+    std::ostringstream output;
+    inventory::writeTable({"host", {query}}, {allProperties, 80}, output);
+    return output.str();
+}
+
+} // namespace
+
+TEST(Table, HasAPlainSectionForAClassThatHasNone) {
+    constexpr minihost::propertyDeclaration properties[] = {{"Ready", minihost::cimType::boolean, false, ""},
+                                                            {"Name", minihost::cimType::string, true, ""},
+                                                            {"Slots", minihost::cimType::uint16, false, ""}};
+    const minihost::classDeclaration box{"KORVA_Box", "", minihost::classKind::concrete, "", properties};
+    const minihost::classDeclaration bare{"KORVA_Bare", "", minihost::classKind::concrete, "", {}};
+    minihost::memoryNamespace ns;
+    const auto instance = boost::make_shared<minihost::memoryInstance>(ns, box);
+    instance->SetProperty("Name", "left ", {});
+    instance->SetProperty("Ready", true, {});
+    const auto nothing = boost::make_shared<minihost::memoryInstance>(ns, bare);
+    EXPECT_EQ(tableOf({{"KORVA_Box", "KORVA_Bare", "KORVA_Other"}, {instance, nothing}, std::nullopt}, false),
+              "KORVA_Box: 1\n"
+              "  Ready  Name  Slots\n"
+              "  true   left  -\n"
+              "\n"
+              "KORVA_Bare: 1\n"
+              "\n"
+              "KORVA_Other: none\n");
 }
 
 TEST(Table, ListsEveryPropertyBelowTheRows) {
@@ -43,11 +76,9 @@ TEST(Table, ListsEveryPropertyBelowTheRows) {
         {"KORVA_ATADevice", "KORVA_CDVDDevice", "KORVA_ATADevice", "KORVA_SysBusDeviceFirmware"},
         ns.instances(),
         std::nullopt};
-    std::ostringstream output;
-    inventory::writeTable({"host", {query}}, {true, 80}, output);
-    EXPECT_EQ(output.str(), R"(ATA devices (KORVA_ATADevice): 1
+    EXPECT_EQ(tableOf(query, true), R"(ATA devices (KORVA_ATADevice): 1
   Node      Vendor  Product  Rev  Serial  Type  H:C:T:L
-  /dev/hda  -       -        -    -       -     :::7
+  /dev/hda  -       -        -    -       -     -
 
   /dev/hda
     Model =  \x1b[2J\xff
