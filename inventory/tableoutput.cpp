@@ -1,10 +1,13 @@
 #include "inventory/tableoutput.h"
 
+#include "device/peripheraltypes.h"
 #include "inventory/columns.h"
 #include "inventory/escape.h"
 #include "minihost/cimcontent.h"
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -50,21 +53,11 @@ cellText property(std::string_view name, minihost::textForm form = minihost::asI
     };
 }
 
-/// A peripheral device type in a word or two.
+/// lsscsi's word for a peripheral device type; of one that is not known, its name.
 std::string shortTypeName(const std::string& name) {
-    static const std::map<std::string, std::string> words{
-        {"Direct Access Device", "disk"},
-        {"Sequential Access Device", "tape"},
-        {"Write-Once Device", "worm"},
-        {"CD-ROM Device", "optical"},
-        {"Optical Memory Device", "optical mem"},
-        {"Medium Changer Device", "changer"},
-        {"Storage Array Controller", "array"},
-        {"Simple Direct Access Device", "disk"},
-        {"Optical Card Reader Device", "card"},
-    };
-    const auto word = words.find(name);
-    return word != words.end() ? word->second : name.substr(0, name.rfind(" Device"));
+    const auto* const type = std::find_if(std::begin(peripheralTypes), std::end(peripheralTypes),
+                                          [&name](const peripheralType& known) { return known.name == name; });
+    return type == std::end(peripheralTypes) ? name : type->shortName;
 }
 
 /// HOST:CHANNEL:TARGET:LUN; nothing where the kernel did not tell it, and the node identifies the device.
