@@ -34,12 +34,8 @@ constexpr const char* deviceTypeNames[] = {
 
 } // namespace
 
-void busDevice::initialize() {
-    for (std::string* text : {&devicePath, &nodeName, &product, &vendor, &firmwareLevel, &deviceType, &serialNumber,
-                              &identity, &model, &inquiryText})
-        text->clear();
-    port = target = bus = lun = busType = 0;
-}
+// The braces set the numbers to 0, which the constructor alone leaves unset.
+void busDevice::initialize() { *this = busDevice{}; }
 
 void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
     auto copy = std::make_unique<busDevice>(*record);
