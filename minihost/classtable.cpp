@@ -176,4 +176,9 @@ std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& dec
     return properties;
 }
 
+std::size_t propertyCount(const classDeclaration& declaration) {
+    const classDeclaration* base = findClass(declaration.base);
+    return declaration.properties.size() + (base == nullptr ? 0 : propertyCount(*base));
+}
+
 } // namespace minihost

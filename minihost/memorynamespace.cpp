@@ -20,8 +20,6 @@ namespace minihost {
 
 namespace {
 
-constexpr std::size_t mostProperties = 18; // that an instance of any class is given
-
 class memoryClass : public ICIMClass {
 public:
     memoryClass(memoryNamespace& ns, const classDeclaration& declaration)
@@ -67,7 +65,7 @@ void setRemarkSink(remarkSink wanted) { sink() = std::move(wanted); }
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
     : namespace_(ns), declaration_(declaration) {
-    properties_.reserve(mostProperties);
+    properties_.reserve(propertyCount(declaration));
 }
 
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
