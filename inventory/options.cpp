@@ -17,13 +17,6 @@ namespace inventory {
 
 namespace {
 
-const std::vector<std::string> defaultQueries{"KORVA_SCSIDevice",
-                                              "KORVA_SCSITapeDrive",
-                                              "KORVA_ATADevice",
-                                              "KORVA_CDVDDevice",
-                                              "KORVA_SysBusDeviceFirmwareElement",
-                                              "KORVA_SysBusDeviceFirmware"};
-
 const std::map<std::string, outputFormat> formats{
     {"table", outputFormat::table}, {"json", outputFormat::json}, {"mof", outputFormat::mof}};
 
@@ -67,6 +60,16 @@ std::vector<std::string> parseQuery(const std::string& query) {
     return classes;
 }
 
+/// One query for each class that can have instances.
+std::vector<std::string> defaultQueries() {
+    std::vector<std::string> queries;
+    for (const auto& declaration : minihost::classTable()) {
+        if (declaration.kind != minihost::classKind::abstract)
+            queries.emplace_back(declaration.name);
+    }
+    return queries;
+}
+
 void addVirtualDevice(const std::string& text, options& options) {
     if (text.size() < 2 || (text[0] != '0' && text[0] != '1') || text[1] != '=')
         throw usageError("--virtual-device: expected 0=TEXT or 1=TEXT, found '" + text + "'");
@@ -108,8 +111,8 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
     app.set_help_flag("--help", "Print this help");
     app.add_option("QUERY", raw.queries,
                    "Class names with commas between them: one query for these\n"
-                   "classes in this order. Default: one query for each class of\n"
-                   "devices, for firmware elements and for firmware associations");
+                   "classes in this order. Default: one query for each class,\n"
+                   "devices first, then their firmware");
     app.add_option("--format", raw.format, "table, json or mof (default: table)")->type_name("FORMAT");
     app.add_flag("--all-properties", options.allProperties, "Below each table, list every property of each instance");
     app.add_option("--log-level", raw.logLevel,
@@ -154,7 +157,7 @@ void check(const CLI::App& app, const rawOptions& raw, options& options) {
     options.logLevel = parseLogLevel(raw.logLevel);
     if (raw.schema && !raw.queries.empty())
         throw usageError("--schema: takes no QUERY, found '" + raw.queries.front() + "'");
-    for (const auto& query : raw.queries.empty() ? defaultQueries : raw.queries)
+    for (const auto& query : raw.queries.empty() ? defaultQueries() : raw.queries)
         options.queries.push_back(parseQuery(query));
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
