@@ -3,8 +3,7 @@
 #include "simulator/machinefile.h"
 
 #include <algorithm>
-#include <set>
-#include <vector>
+#include <utility>
 
 namespace simulator {
 
@@ -12,79 +11,161 @@ using nlohmann::json;
 
 namespace {
 
-constexpr int deepestNesting = 16;        // levels; machine files have 7
-constexpr std::size_t mostValues = 65536; // recorded files have hundreds; the parser slows with the square of them
+constexpr std::size_t mostValues = 65536; // recorded files have hundreds; a value takes far more memory than text
 
-/// Refuses what would cost far more memory than the text, and a member that an object has twice: the parser alone would
-/// drop the first.
-class documentCheck {
-public:
-    bool operator()(int depth, json::parse_event_t event, const json& parsed) {
-        const bool opens = event == json::parse_event_t::object_start || event == json::parse_event_t::array_start;
-        if (opens && depth >= deepestNesting)
-            throw std::invalid_argument("nested too deep, expected at most " + std::to_string(deepestNesting) +
-                                        " levels");
-        if ((opens || event == json::parse_event_t::value) && ++values_ > mostValues)
-            throw std::invalid_argument("too many values, expected at most " + std::to_string(mostValues));
-        if (event == json::parse_event_t::object_start) {
-            open_.emplace_back();
-        } else if (event == json::parse_event_t::object_end) {
-            open_.pop_back();
-        } else if (event == json::parse_event_t::key && !open_.back().insert(parsed.get<std::string>()).second) {
-            throw std::invalid_argument("the member " + parsed.dump() + " stands twice in one object");
-        }
-        return true;
-    }
+constexpr std::size_t longestExcerpt = 40; // characters of the file that an error shows
+constexpr std::size_t longestPlace = 60;
+constexpr std::size_t longestReason = 150;
 
-private:
-    std::vector<std::set<std::string>> open_;
-    std::size_t values_ = 0;
-};
-
-/// What the parser says of an error, without its own name in brackets.
-std::string withoutTag(const std::string& message) {
-    const std::size_t tag = message.find("] ");
-    return tag == std::string::npos ? message : message.substr(tag + 2);
-}
-
-std::string excerpt(const json& value) {
-    constexpr std::size_t longest = 40;
-    if (value.is_structured())
-        return value.is_array() ? "a list" : "an object";
-    const std::string text = value.dump(-1, ' ', true, json::error_handler_t::replace);
+std::string shortened(const std::string& text, std::size_t longest) {
     return text.size() <= longest ? text : text.substr(0, longest) + "...";
 }
 
+std::string quoted(const std::string& text) {
+    constexpr std::size_t longestCharacter = 4; // bytes; one that is cut here is cut off again below
+    const json start = text.substr(0, longestExcerpt + longestCharacter);
+    return shortened(start.dump(-1, ' ', true, json::error_handler_t::replace), longestExcerpt);
+}
+
+std::string excerpt(const json& value) {
+    if (value.is_structured())
+        return value.is_array() ? "a list" : "an object";
+    return value.is_string() ? quoted(value.get_ref<const std::string&>()) : value.dump();
+}
+
+bool isPlainName(const std::string& name) {
+    return name.size() <= longestExcerpt && std::all_of(name.begin(), name.end(), [](char c) {
+               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+           });
+}
+
+/// The way from the document to a value in it: nodes["/dev/sg0"].inquiry[1]. The middle of a long one is left out.
+std::string placeText(const std::vector<jsonStep>& way) {
+    if (way.empty())
+        return "the document";
+    std::string text;
+    for (const jsonStep& step : way) {
+        if (step.name == nullptr)
+            text += '[' + std::to_string(step.index) + ']';
+        else if (isPlainName(*step.name))
+            text += (text.empty() ? "" : ".") + *step.name;
+        else
+            text += '[' + quoted(*step.name) + ']';
+    }
+    if (text.size() <= longestPlace)
+        return text;
+    return text.substr(0, longestPlace / 2) + "..." + text.substr(text.size() - longestPlace / 2);
+}
+
+/// Builds a document from what the parser reads. The parser's own way of building one drops the first of two members of
+/// one name, and its callbacks for finding them take a time that grows with the square of a list's length.
+class documentBuilder : public nlohmann::json_sax<json> {
+public:
+    explicit documentBuilder(jsonDocument& document) : document_(document) {}
+
+    bool null() override { return add(nullptr); }
+    bool boolean(bool value) override { return add(value); }
+    bool number_integer(json::number_integer_t value) override { return add(value); }
+    bool number_unsigned(json::number_unsigned_t value) override { return add(value); }
+    bool number_float(json::number_float_t value, const std::string& /*text*/) override { return add(value); }
+    bool string(std::string& value) override { return add(std::move(value)); }
+    bool binary(json::binary_t& /*value*/) override { return false; } // not in JSON
+
+    bool start_object(std::size_t /*size*/) override { return open(json::object()); }
+    bool start_array(std::size_t /*size*/) override { return open(json::array()); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+
+    bool key(std::string& name) override {
+        level& object = open_.back();
+        const auto [member, isNew] = object.value->get_ref<json::object_t&>().emplace(std::move(name), nullptr);
+        if (!isNew)
+            fail(placeText(way()) + ": the member " + quoted(member->first) + " stands twice");
+        object.name = &member->first;
+        object.target = &member->second;
+        return true;
+    }
+
+    bool parse_error(std::size_t /*position*/, const std::string& /*lastRead*/, const json::exception& error) override {
+        const std::string message = error.what(); // behind the parser's own name for it, in brackets
+        const std::size_t tag = message.find("] ");
+        fail("not a JSON document: " +
+             shortened(message.substr(tag == std::string::npos ? 0 : tag + 2), longestReason));
+    }
+
+private:
+    /// A list or an object whose end is not read yet.
+    struct level {
+        json* value;
+        const std::string* name = nullptr; // of the member that is being read
+        json* target = nullptr;            // and its value
+    };
+
+    json& place(json value) {
+        if (++values_ > mostValues)
+            fail("too many values, expected at most " + std::to_string(mostValues));
+        if (open_.empty())
+            return document_.value = std::move(value);
+        json& parent = *open_.back().value;
+        if (parent.is_array())
+            return parent.emplace_back(std::move(value));
+        return *open_.back().target = std::move(value);
+    }
+    bool add(json value) {
+        place(std::move(value));
+        return true;
+    }
+    bool open(json value) {
+        open_.push_back({&place(std::move(value))});
+        return true;
+    }
+    bool close() {
+        open_.pop_back();
+        return true;
+    }
+
+    /// To the innermost open value.
+    std::vector<jsonStep> way() const {
+        std::vector<jsonStep> steps;
+        for (std::size_t i = 0; i + 1 < open_.size(); ++i)
+            steps.push_back({open_[i].name, open_[i].name == nullptr ? open_[i].value->size() - 1 : 0});
+        return steps;
+    }
+    [[noreturn]] void fail(const std::string& message) const {
+        throw machineFileError(document_.file + ": " + message);
+    }
+
+    jsonDocument& document_;
+    std::vector<level> open_;
+    std::size_t values_ = 0;
+};
+
 } // namespace
 
-jsonPlace jsonPlace::parse(const std::string& text, const std::string& file) {
-    try {
-        const auto whole = std::make_shared<const json>(json::parse(text, documentCheck()));
-        return {whole, whole.get(), file, ""};
-    } catch (const json::exception& failure) {
-        throw machineFileError(file + ": not a JSON document: " + withoutTag(failure.what()));
-    } catch (const std::invalid_argument& failure) {
-        throw machineFileError(file + ": " + failure.what());
-    }
+jsonDocument parseJson(const std::string& text, const std::string& file) {
+    jsonDocument document{file, nullptr};
+    documentBuilder builder(document);
+    json::sax_parse(text, &builder);
+    return document;
+}
+
+void jsonPlace::failWith(const std::string& message) const {
+    std::vector<jsonStep> way;
+    for (const jsonPlace* place = this; place->parent_ != nullptr; place = place->parent_)
+        way.push_back(place->step_);
+    std::reverse(way.begin(), way.end());
+    throw machineFileError(document_.file + ": " + placeText(way) + ": " + message);
 }
 
 void jsonPlace::fail(const std::string& expected) const {
-    throw machineFileError(file_ + ": " + (place_.empty() ? "the document" : place_) + ": expected " + expected +
-                           ", found " + excerpt(*value_));
-}
-
-jsonPlace jsonPlace::at(const json& value, const std::string& step) const {
-    jsonPlace place = *this;
-    place.value_ = &value;
-    place.place_ += step;
-    return place;
+    failWith("expected " + expected + ", found " + excerpt(value_));
 }
 
 std::string jsonPlace::text() const {
     if (!isText())
         fail("a text");
     // The parser has checked the UTF-8: a byte of a longer sequence than two stands for a larger code point.
-    const auto& utf8 = value_->get_ref<const std::string&>();
+    const auto& utf8 = value_.get_ref<const std::string&>();
     std::string result;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
         const auto byte = static_cast<unsigned char>(utf8[i]);
@@ -95,26 +176,22 @@ std::string jsonPlace::text() const {
     return result;
 }
 
-int jsonPlace::number(long long least, long long largest) const {
-    const std::string expected = "a whole number from " + std::to_string(least) + " to " + std::to_string(largest);
-    if (!value_->is_number_integer())
-        fail(expected);
-    if (value_->is_number_unsigned() && value_->get<unsigned long long>() > static_cast<unsigned long long>(largest))
-        fail(expected);
-    const auto number = value_->get<long long>();
-    if (number < least || number > largest)
-        fail(expected);
-    return static_cast<int>(number);
+long long jsonPlace::number(long long least, long long largest) const {
+    // A number above the largest signed one is none that is allowed, and would be negative in what get() gives.
+    const bool fits = isWholeNumber() && (!value_.is_number_unsigned() || value_.get<long long>() >= 0);
+    const long long number = fits ? value_.get<long long>() : 0;
+    if (!fits || number < least || number > largest)
+        fail("a whole number from " + std::to_string(least) + " to " + std::to_string(largest));
+    return number;
 }
 
 std::optional<jsonPlace> jsonPlace::find(const char* name) const {
-    if (!value_->is_object())
+    if (!isObject())
         fail("an object");
-    const auto found = value_->find(name);
-    if (found == value_->end())
+    const auto found = value_.find(name);
+    if (found == value_.end())
         return std::nullopt;
-    const bool plain = std::string(name).find_first_not_of("0123456789") != std::string::npos;
-    return at(*found, plain ? (place_.empty() ? name : std::string(".") + name) : '[' + std::string(name) + ']');
+    return jsonPlace(*this, *found, {&found.key(), 0});
 }
 
 jsonPlace jsonPlace::member(const char* name) const {
@@ -125,33 +202,31 @@ jsonPlace jsonPlace::member(const char* name) const {
 }
 
 void jsonPlace::allowMembers(const std::vector<const char*>& names) const {
-    if (!value_->is_object())
+    if (!isObject())
         fail("an object");
-    for (const auto& [name, value] : value_->items()) {
-        const std::string& given = name;
-        if (std::any_of(names.begin(), names.end(), [&given](const char* known) { return given == known; }))
+    for (const auto& [name, value] : value_.get_ref<const json::object_t&>()) {
+        if (std::find(names.begin(), names.end(), name) != names.end())
             continue;
-        std::string known;
-        for (const char* candidate : names)
-            known += (known.empty() ? "" : ", ") + std::string(candidate);
-        throw machineFileError(file_ + ": " + (place_.empty() ? "the document" : place_) + ": unknown member " +
-                               json(name).dump(-1, ' ', true) + ", expected one of " + known);
+        std::string known = names.size() == 1 ? "" : "one of ";
+        for (const char* const candidate : names)
+            known += (candidate == names.front() ? "" : ", ") + std::string(candidate);
+        failWith("unknown member " + quoted(name) + ", expected " + known);
     }
 }
 
 void jsonPlace::forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const {
     if (!isList())
         fail(expected);
-    for (std::size_t i = 0; i < value_->size(); ++i)
-        use(at((*value_)[i], '[' + std::to_string(i) + ']'));
+    for (std::size_t i = 0; i < value_.size(); ++i)
+        use(jsonPlace(*this, value_[i], {nullptr, i}));
 }
 
 void jsonPlace::forEachMember(const char* expected,
                               const std::function<void(const std::string&, const jsonPlace&)>& use) const {
-    if (!value_->is_object())
+    if (!isObject())
         fail(expected);
-    for (const auto& [name, value] : value_->items())
-        use(name, at(value, '[' + json(name).dump(-1, ' ', true) + ']'));
+    for (const auto& [name, value] : value_.get_ref<const json::object_t&>())
+        use(name, jsonPlace(*this, value, {&name, 0}));
 }
 
 } // namespace simulator

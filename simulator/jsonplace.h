@@ -4,30 +4,52 @@
 
 #include <cstddef>
 #include <functional>
-#include <memory>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace simulator {
 
+/// A JSON document, and the name of the file that it stands in, for errors.
+struct jsonDocument {
+    std::string file;
+    nlohmann::json value;
+};
+
+/// Reads a document in a time that grows with its length. Refuses, with a machineFileError, what is no JSON, an object
+/// with two members of one name, and more values than a machine file can need.
+jsonDocument parseJson(const std::string& text, const std::string& file);
+
+/// One step from a value to a value in it: a member or an element.
+struct jsonStep {
+    const std::string* name = nullptr; ///< of the member, in the document; null: an element
+    std::size_t index = 0;
+};
+
 /// A value in a JSON document together with where it stands, for errors that name the place.
 ///
-/// Cheap to copy; the document lives as long as any of its places. Every failure is a machineFileError.
+/// Cheap to make: a place is put into words only for an error. It points to the document and to the place that it was
+/// found in, and both have to live longer. Every failure is a machineFileError of a bounded length.
 class jsonPlace {
 public:
-    /// The whole document; `file` names it in errors.
-    static jsonPlace parse(const std::string& text, const std::string& file);
+    /// The whole document.
+    explicit jsonPlace(const jsonDocument& document) : document_(document), value_(document.value) {}
 
-    bool isText() const { return value_->is_string(); }
-    bool isList() const { return value_->is_array(); }
-    bool isObject() const { return value_->is_object(); }
-    bool isWholeNumber() const { return value_->is_number_integer(); }
-    bool isTrue() const { return value_->is_boolean() && value_->get<bool>(); }
+    bool isText() const { return value_.is_string(); }
+    bool isList() const { return value_.is_array(); }
+    bool isObject() const { return value_.is_object(); }
+    bool isWholeNumber() const { return value_.is_number_integer(); }
+    bool isTrue() const { return value_.is_boolean() && value_.get<bool>(); }
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;
-    int number(long long least, long long largest) const;
+    long long number(long long least, long long largest) const;
+    /// Any number that the type can hold.
+    template <typename Number>
+    Number number() const {
+        return static_cast<Number>(number(std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()));
+    }
 
     /// A member of an object; the object and the member must be there.
     jsonPlace member(const char* name) const;
@@ -40,23 +62,18 @@ public:
     void forEachMember(const char* expected,
                        const std::function<void(const std::string& name, const jsonPlace&)>& use) const;
 
-    /// Adds to the one total that all places of a document share, 0 at first, and returns it.
-    std::size_t addToTotal(std::size_t amount) const { return *total_ += amount; }
-
     /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
 
 private:
-    using document = std::shared_ptr<const nlohmann::json>;
-    jsonPlace(document whole, const nlohmann::json* value, std::string file, std::string place)
-        : whole_(std::move(whole)), value_(value), file_(std::move(file)), place_(std::move(place)) {}
-    jsonPlace at(const nlohmann::json& value, const std::string& step) const;
+    jsonPlace(const jsonPlace& parent, const nlohmann::json& value, jsonStep step)
+        : document_(parent.document_), value_(value), parent_(&parent), step_(step) {}
+    [[noreturn]] void failWith(const std::string& message) const;
 
-    document whole_;
-    std::shared_ptr<std::size_t> total_ = std::make_shared<std::size_t>(0);
-    const nlohmann::json* value_;
-    std::string file_;
-    std::string place_;
+    const jsonDocument& document_;
+    const nlohmann::json& value_;
+    const jsonPlace* parent_ = nullptr; // null: the whole document
+    jsonStep step_;                     // from the parent
 };
 
 } // namespace simulator

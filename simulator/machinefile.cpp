@@ -18,10 +18,8 @@ namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
 constexpr std::size_t largestAnswer = 65536;               // bytes; more than any request asks for
-constexpr std::size_t largestTotal = std::size_t{1} << 20; // bytes of a whole file; a recorded one has a few KB
 constexpr std::size_t largestPart = 512;                   // bytes that few characters of the file stand for
-constexpr int largestByte = 0xFF;
-constexpr int largestNumber = 0x7FFFFFFF;
+constexpr int largestStatus = 0xFF;                        // of a command that exits
 
 constexpr unsigned char checkCondition = 2;
 constexpr unsigned short driverSense = 8;
@@ -38,15 +36,23 @@ int errnoOf(const std::string& name) {
     return 0;
 }
 
+int digitOf(char c) {
+    constexpr const char* digits = "0123456789abcdef0123456789ABCDEF";
+    const char* const found = c == '\0' ? nullptr : std::strchr(digits, c);
+    return found == nullptr ? -1 : static_cast<int>((found - digits) % 16);
+}
+
 /// Bytes as pairs of hex digits; blanks between the pairs are allowed.
 bytes hexBytes(const jsonPlace& place) {
     std::string digits = place.text();
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    if (digits.size() % 2 != 0 || digits.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos)
-        place.fail("pairs of hex digits");
     bytes result;
-    for (std::size_t i = 0; i < digits.size(); i += 2)
-        result.push_back(static_cast<unsigned char>(std::stoi(digits.substr(i, 2), nullptr, 16)));
+    for (std::size_t i = 0; i < digits.size(); i += 2) {
+        const int high = digitOf(digits[i]), low = i + 1 < digits.size() ? digitOf(digits[i + 1]) : -1;
+        if (high < 0 || low < 0)
+            place.fail("pairs of hex digits");
+        result.push_back(static_cast<unsigned char>(high << 4 | low));
+    }
     return result;
 }
 
@@ -54,31 +60,40 @@ bytes hexBytes(const jsonPlace& place) {
 /// of every word exchanged, as ATA texts come. {"zeros": N}.
 bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
-    if (const auto zeros = place.find("zeros")) {
+    const auto plain = place.find("text"), swapped = place.find("swapped"), zeros = place.find("zeros");
+    if (plain.has_value() + swapped.has_value() + zeros.has_value() != 1)
+        place.fail("one of text, swapped and zeros");
+    if (zeros) {
         place.allowMembers({"zeros"});
-        bytes result(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
-        return result;
+        return bytes(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
     }
-    const auto swapped = place.find("swapped");
-    std::string text = (swapped ? *swapped : place.member("text")).text();
-    const auto size = static_cast<std::size_t>(place.member("size").number(0, largestPart));
+    place.allowMembers({swapped ? "swapped" : "text", "size"});
+    std::string text = (swapped ? swapped : plain)->text();
+    const jsonPlace sizePlace = place.member("size");
+    const auto size = static_cast<std::size_t>(sizePlace.number(0, largestPart));
     if (text.size() > size || (swapped && size % 2 != 0))
-        place.member("size").fail("room for the text" + std::string(swapped ? ", an even number" : ""));
+        sizePlace.fail("room for the text" + std::string(swapped ? ", an even number" : ""));
     text.resize(size, ' ');
     for (std::size_t i = 0; swapped && i < size; i += 2)
         std::swap(text[i], text[i + 1]);
     return {text.begin(), text.end()};
 }
 
+bytes partAt(const jsonPlace& place) {
+    if (place.isText())
+        return hexBytes(place);
+    if (!place.isObject())
+        place.fail("pairs of hex digits, or an object with one of text, swapped and zeros");
+    return describedBytes(place);
+}
+
 bytes bytesAt(const jsonPlace& place) {
     bytes result;
     const auto append = [&result](const jsonPlace& part) {
-        const bytes more = part.isText() ? hexBytes(part) : describedBytes(part);
+        const bytes more = partAt(part);
         result.insert(result.end(), more.begin(), more.end());
         if (result.size() > largestAnswer)
             part.fail("at most " + std::to_string(largestAnswer) + " bytes in all");
-        if (part.addToTotal(more.size()) > largestTotal)
-            part.fail("at most " + std::to_string(largestTotal) + " bytes in the whole file");
     };
     if (place.isText())
         append(place);
@@ -103,12 +118,12 @@ std::vector<std::string> textsAt(const jsonPlace& place) {
     return texts;
 }
 
-numberAnswer numberAt(const jsonPlace& place) { return {place.number(-largestNumber, largestNumber), 0}; }
+numberAnswer numberAt(const jsonPlace& place) { return {place.number<int>(), 0}; }
 
 addressAnswer addressAt(const jsonPlace& place) {
     place.allowMembers({"host", "channel", "target", "lun", "type"});
     const auto numberOf = [&place](const char* name) {
-        return place.member(name).number(-largestNumber, largestNumber);
+        return place.member(name).number<int>();
     };
     addressAnswer address;
     address.host = numberOf("host");
@@ -116,7 +131,7 @@ addressAnswer addressAt(const jsonPlace& place) {
     address.target = numberOf("target");
     address.lun = numberOf("lun");
     if (const auto type = place.find("type"))
-        address.type = type->number(0, largestByte);
+        address.type = type->number<int>();
     return address;
 }
 
@@ -127,20 +142,23 @@ scsiAnswer scsiAt(const jsonPlace& place) {
         answer.data = bytesAt(*data);
     if (const auto sense = place.find("sense"))
         answer.sense = bytesAt(*sense);
-    const auto numberOf = [&place](const char* name, int otherwise, int largest) {
-        const auto found = place.find(name);
-        return found ? found->number(0, largest) : otherwise;
+    const auto readOver = [&place](auto& number, const char* name) {
+        if (const auto found = place.find(name))
+            number = found->number<std::decay_t<decltype(number)>>();
     };
     const bool sensed = !answer.sense.empty();
-    answer.status = static_cast<unsigned char>(numberOf("status", sensed ? checkCondition : 0, largestByte));
-    answer.maskedStatus =
-        static_cast<unsigned char>(numberOf("maskedStatus", answer.status >> 1 & statusMask, largestByte));
-    answer.hostStatus = static_cast<unsigned short>(numberOf("hostStatus", 0, 0xFFFF));
-    answer.driverStatus = static_cast<unsigned short>(numberOf("driverStatus", sensed ? driverSense : 0, 0xFFFF));
+    answer.status = sensed ? checkCondition : 0;
+    readOver(answer.status, "status");
+    answer.maskedStatus = answer.status >> 1 & statusMask;
+    readOver(answer.maskedStatus, "maskedStatus");
+    readOver(answer.hostStatus, "hostStatus");
+    answer.driverStatus = sensed ? driverSense : 0;
+    readOver(answer.driverStatus, "driverStatus");
     const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
-    answer.info = static_cast<unsigned>(numberOf("info", check ? SG_INFO_CHECK : SG_INFO_OK, largestNumber));
+    answer.info = check ? SG_INFO_CHECK : SG_INFO_OK;
+    readOver(answer.info, "info");
     if (const auto residual = place.find("residual"))
-        answer.residual = residual->number(-largestNumber, largestNumber);
+        answer.residual = residual->number<int>();
     return answer;
 }
 
@@ -203,7 +221,7 @@ void readAnswers(const jsonPlace& place, Answers& target) {
 
 void readStatuses(const jsonPlace& place, answers<int>& target) {
     const auto add = [&target](const jsonPlace& status) {
-        target.add(status.number(0, largestByte));
+        target.add(static_cast<int>(status.number(0, largestStatus)));
     };
     if (place.isWholeNumber())
         add(place);
@@ -263,7 +281,8 @@ machine machineAt(const jsonPlace& place) {
 } // namespace
 
 machine parseMachine(const std::string& text, const std::string& name) {
-    return machineAt(jsonPlace::parse(text, name));
+    const jsonDocument document = parseJson(text, name);
+    return machineAt(jsonPlace(document));
 }
 
 machine readMachineFile(const std::string& path) {
