@@ -164,8 +164,13 @@ void jsonPlace::fail(const std::string& expected) const {
 std::string jsonPlace::text() const {
     if (!isText())
         fail("a text");
-    // The parser has checked the UTF-8: a byte of a longer sequence than two stands for a larger code point.
-    const auto& utf8 = value_.get_ref<const std::string&>();
+    return bytesOf(value_.get_ref<const std::string&>());
+}
+
+std::string jsonPlace::name() const { return bytesOf(*step_.name); }
+
+/// The parser has checked the UTF-8: a byte of a longer sequence than two stands for a larger code point.
+std::string jsonPlace::bytesOf(const std::string& utf8) const {
     std::string result;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
         const auto byte = static_cast<unsigned char>(utf8[i]);
@@ -221,12 +226,11 @@ void jsonPlace::forEachElement(const char* expected, const std::function<void(co
         use(jsonPlace(*this, value_[i], {nullptr, i}));
 }
 
-void jsonPlace::forEachMember(const char* expected,
-                              const std::function<void(const std::string&, const jsonPlace&)>& use) const {
+void jsonPlace::forEachMember(const char* expected, const std::function<void(const jsonPlace&)>& use) const {
     if (!isObject())
         fail(expected);
     for (const auto& [name, value] : value_.get_ref<const json::object_t&>())
-        use(name, jsonPlace(*this, value, {&name, 0}));
+        use(jsonPlace(*this, value, {&name, 0}));
 }
 
 } // namespace simulator

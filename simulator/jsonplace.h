@@ -44,6 +44,8 @@ public:
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;
+    /// The same of the name that this member has in its object.
+    std::string name() const;
     long long number(long long least, long long largest) const;
     /// Any number that the type can hold.
     template <typename Number>
@@ -59,8 +61,7 @@ public:
     void allowMembers(const std::vector<const char*>& names) const;
 
     void forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const;
-    void forEachMember(const char* expected,
-                       const std::function<void(const std::string& name, const jsonPlace&)>& use) const;
+    void forEachMember(const char* expected, const std::function<void(const jsonPlace&)>& use) const;
 
     /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
@@ -68,6 +69,7 @@ public:
 private:
     jsonPlace(const jsonPlace& parent, const nlohmann::json& value, jsonStep step)
         : document_(parent.document_), value_(value), parent_(&parent), step_(step) {}
+    std::string bytesOf(const std::string& utf8) const;
     [[noreturn]] void failWith(const std::string& message) const;
 
     const jsonDocument& document_;

@@ -269,7 +269,8 @@ machine machineAt(const jsonPlace& place) {
         }
     }
     if (const auto nodes = place.find("nodes")) {
-        nodes->forEachMember("an object of nodes by path", [&result](const std::string& path, const jsonPlace& node) {
+        nodes->forEachMember("an object of nodes by path", [&result](const jsonPlace& node) {
+            const std::string path = node.name();
             if (!isNodePath(path))
                 node.fail("a node of /dev/sg, /dev/sd, /dev/hd or /dev/sr");
             result.nodes[path] = nodeAt(node);

@@ -61,7 +61,9 @@ json plain(const scsiAnswer& answer) {
     json members{{"data", hex(answer.data)}};
     if (!answer.sense.empty())
         members["sense"] = hex(answer.sense);
-    if (answer.info != 0 || !answer.sense.empty()) {
+    const bool isPlain = answer.status == 0 && answer.maskedStatus == 0 && answer.hostStatus == 0 &&
+                         answer.driverStatus == 0 && answer.info == 0 && answer.sense.empty();
+    if (!isPlain) {
         members["status"] = answer.status;
         members["maskedStatus"] = answer.maskedStatus;
         members["hostStatus"] = answer.hostStatus;
@@ -133,10 +135,10 @@ std::string machineFileText(const machine& machine) {
     }
     if (machine.opticalTable)
         document["opticalTable"] = lines(*machine.opticalTable);
-    document["nodes"] = json::object();
+    auto& nodes = (document["nodes"] = json::object()).get_ref<json::object_t&>();
     for (const auto& [path, node] : machine.nodes) {
         if (everPresent(node))
-            document["nodes"][bytesAsCodePoints(path)] = nodeToJson(node);
+            nodes.emplace_back(bytesAsCodePoints(path), nodeToJson(node)); // operator[] would search for it first
     }
     return document.dump(2, ' ', true) + '\n';
 }

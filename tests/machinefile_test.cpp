@@ -12,7 +12,9 @@
 
 #include <cerrno>
 #include <chrono>
+#include <limits>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -117,6 +119,34 @@ TEST(MachineFile, IsReadInATimeThatGrowsWithItsLength) {
     EXPECT_EQ(refusal(R"({"nodes": {)" + nodes + "}}"), "accepted");
     // A hundredth of this as it is, minutes when the time grows with the square; the sanitizers and valgrind are slow.
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
+}
+
+TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
+    constexpr int least = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
+    simulator::machine machine;
+    for (int byte = 0; byte < 256; ++byte)
+        machine.name += static_cast<char>(byte);
+    machine.usbListing = "no end";
+    machine.opticalTable = "two\n\nlines\n";
+    auto& node = machine.nodes["/dev/sg\xff"];
+    node.sgVersion = std::vector<simulator::numberAnswer>{{least, 0}, {largest, 0}, {0, EHWPOISON}};
+    node.address = std::vector<simulator::addressAnswer>{{least, least, least, least, least, 0},
+                                                         {largest, largest, largest, largest, largest, 0}};
+    const std::vector<simulator::scsiAnswer> scsi{{0, {}, {1}, 0, 0, 0, 0, 0, {}},
+                                                  {0, {1}, {}, 0xFF, 0xFE, 0xFFFD, 0xFFFC, 0xFFFFFFFB, least},
+                                                  {0, {}, {}, 2, 0, 0, 0, 0, largest}};
+    node.inquiry = scsi;
+
+    const std::string written = simulator::machineFileText(machine);
+    simulator::machine read = simulator::parseMachine(written, "file.json");
+    EXPECT_EQ(simulator::machineFileText(read), written);
+    EXPECT_EQ(read.name, machine.name);
+    const auto members = [](const simulator::scsiAnswer& answer) {
+        return std::tuple(answer.data, answer.sense, answer.status, answer.maskedStatus, answer.hostStatus,
+                          answer.driverStatus, answer.info, answer.residual);
+    };
+    for (const auto& answer : scsi)
+        EXPECT_EQ(members(read.nodes["/dev/sg\xff"].inquiry.next()), members(answer));
 }
 
 TEST(Recorder, WritesDownTheAnswerToEveryRequest) {
