@@ -1,4 +1,4 @@
-# Builds a guest from Debian's kernel and this machine's own programs, and boots it under QEMU. Sourced by script/test-vm
+# Builds a guest from a Debian kernel and this machine's own programs, and boots it under QEMU. Sourced by script/test-vm
 # and script/bench-vm, which set $root and, before they call what needs them, $work (their own directory), $guestTools,
 # $modules and $program (the directory of the program and the plug-in).
 #
@@ -6,13 +6,11 @@
 # up, or its init failed.
 # shellcheck shell=sh disable=SC2154  # set by who sources this
 
-cache=${XDG_CACHE_HOME:-$HOME/.cache}/scsidev-vm
-bootSeconds=${BOOT_SECONDS:-600}
+# shellcheck source=script/suite.sh
+. "$root/script/suite.sh"
 
-die() { # STATUS TEXT
-    echo "${0##*/}: $2" >&2
-    exit "$1"
-}
+suite=${KERNEL_SUITE:-bookworm}
+bootSeconds=${BOOT_SECONDS:-600}
 
 buildTargets() { # TARGET...
     { cmake -S "$root" -B "$root/build" &&
@@ -20,28 +18,24 @@ buildTargets() { # TARGET...
         die 2 "$* does not build (see $work/build.log)"
 }
 
-kernelPackage() {
-    apt-cache depends linux-image-amd64 2>/dev/null |
-        sed -n 's/^ *Depends: \(linux-image-[0-9][^ ]*\)$/\1/p' | head -n 1
-}
-
-# Sets kernelDir and version. Once fetched, a kernel stays: the same one serves every run until the cache is emptied.
+# Sets kernelDir, version and kernel. Once fetched, a kernel stays: the same one serves every run until the cache is
+# emptied.
 fetchKernel() {
-    kernelDir=$cache/kernel
-    if [ ! -f "$kernelDir/complete" ]; then
-        [ -n "$(kernelPackage)" ] || apt-get update -qq >"$work/apt.log" 2>&1 || true
-        package=$(kernelPackage)
-        [ -n "$package" ] || die 2 "the package lists name no linux-image-amd64 (run apt-get update)"
-        rm -rf "$kernelDir" "$cache/fetch"
-        mkdir -p "$cache/fetch"
-        (cd "$cache/fetch" && apt-get download -q "$package") >"$work/apt.log" 2>&1 ||
-            die 2 "apt-get could not download $package (see $work/apt.log)"
-        dpkg -x "$cache/fetch"/linux-image-*.deb "$kernelDir"
-        rm -rf "$cache/fetch"
-        depmod -b "$kernelDir" "$(ls "$kernelDir/lib/modules")"
-        touch "$kernelDir/complete"
+    kernelDir=$cache/$suite/kernel
+    if [ ! -d "$kernelDir" ]; then
+        openSuite "$suite"
+        package=$(suiteApt apt-cache depends linux-image-amd64 |
+            sed -n 's/^ *Depends: \(linux-image-[0-9][^ ]*\)$/\1/p' | head -n 1)
+        [ -n "$package" ] || die 2 "Debian's $suite has no linux-image-amd64"
+        rm -rf "$kernelDir.new"
+        unpackPackage "$package" "$kernelDir.new"
+        # From Debian 13 on, packages name the directory behind the link.
+        [ -e "$kernelDir.new/lib" ] || ln -s usr/lib "$kernelDir.new/lib"
+        depmod -b "$kernelDir.new" "$(ls "$kernelDir.new/lib/modules")"
+        mv "$kernelDir.new" "$kernelDir"
     fi
     version=$(ls "$kernelDir/lib/modules")
+    kernel=$kernelDir/boot/vmlinuz-$version
 }
 
 copyWithLibraries() { # FILE TARGET
@@ -59,7 +53,10 @@ copyModules() {
     while read -r file; do
         target=$guest${file#"$kernelDir"}
         mkdir -p "$(dirname "$target")"
-        cp "$file" "$target"
+        case $file in
+            *.xz) xz -dc "$file" >"${target%.xz}" ;;
+            *) cp "$file" "$target" ;;
+        esac
     done <"$work/modules"
     cp "$kernelDir/lib/modules/$version"/modules.builtin* "$kernelDir/lib/modules/$version/modules.order" \
         "$guest/lib/modules/$version"
@@ -108,7 +105,7 @@ consoleTail() {
 
 startMachine() { # QEMU option...
     timeout -k 5 "$bootSeconds" qemu-system-x86_64 -accel tcg -machine q35 -cpu max -m 768 -nodefaults -display none \
-        -no-reboot -kernel "$kernelDir/boot/vmlinuz-$version" -initrd "$work/initramfs" \
+        -no-reboot -kernel "$kernel" -initrd "$work/initramfs" \
         -append "console=ttyS0 panic=-1 quiet loglevel=4 rig.boot=$boot" \
         -serial "file:$results/console" -device virtio-serial-pci \
         -chardev "file,id=results,path=$results/results.tar" -device virtserialport,chardev=results,name=results \
