@@ -23,6 +23,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,16 +44,27 @@ Function* behind(const char* name) {
 using openCall = int(const char*, int, mode_t);
 using fopenCall = FILE*(const char*, const char*);
 
-/// The kernel that answers for `path`, or null for the real one.
-kernel* owner(const char* path) {
-    kernel* const simulated = activeKernel();
-    return simulated != nullptr && simulator::isNodePath(path) ? simulated : nullptr;
+// A program under the preload library can have several threads, and the simulated kernel takes one at a time. It makes
+// system calls itself, which come back here on the same thread.
+std::recursive_mutex kernelInUse;
+
+using answer = std::optional<int>; // none: the call is the C library's
+
+/// What `call` gives on the simulated kernel; none where there is no such kernel.
+template <typename Call>
+answer simulated(Call call) {
+    kernel* const active = activeKernel();
+    if (active == nullptr)
+        return std::nullopt;
+    const std::lock_guard<std::recursive_mutex> alone(kernelInUse);
+    return call(*active);
 }
 
-/// The kernel that answers for `fd`, or null for the real one. A descriptor that is none belongs to any.
-kernel* owner(int fd) {
-    kernel* const simulated = activeKernel();
-    return simulated != nullptr && (fd < 0 || simulated->owns(fd)) ? simulated : nullptr;
+/// The same for a call on a descriptor, if it is one of the kernel's own. What is no descriptor goes there too and is
+/// refused.
+template <typename Call>
+answer simulated(int fd, Call call) {
+    return simulated([&](kernel& active) { return fd < 0 || active.owns(fd) ? answer(call(active)) : std::nullopt; });
 }
 
 bool isSimulatedTable(const char* path) {
@@ -69,16 +82,20 @@ void tellRecorder(Tell tell) {
 }
 
 int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
+    if (path == nullptr)
+        return realOpen(path, flags, mode); // which refuses it
     if (isSimulatedTable(path))
         return activeKernel()->openOpticalTable();
-    kernel* const simulated = owner(path);
-    const int fd = simulated != nullptr ? simulated->open(path) : realOpen(path, flags, mode);
+    const answer own = simulator::isNodePath(path)
+                           ? simulated([path](kernel& active) { return answer(active.open(path)); })
+                           : std::nullopt;
+    const int fd = own ? *own : realOpen(path, flags, mode);
     tellRecorder([&](recorder& recording, int error) { recording.opened(path, fd, error); });
     return fd;
 }
 
 FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
-    if (!isSimulatedTable(path))
+    if (path == nullptr || !isSimulatedTable(path))
         return realFopen(path, mode);
     const int fd = activeKernel()->openOpticalTable();
     FILE* const file = fd < 0 ? nullptr : ::fdopen(fd, mode);
@@ -88,8 +105,8 @@ FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
 }
 
 int hostName(char* name, std::size_t size) {
-    if (kernel* simulated = activeKernel()) {
-        std::snprintf(name, size, "%s", simulated->simulated().name.c_str());
+    if (kernel* const active = activeKernel()) {
+        std::snprintf(name, size, "%s", active->simulated().name.c_str());
         return 0;
     }
     static auto* const real = behind<int(char*, std::size_t)>("gethostname");
@@ -102,8 +119,8 @@ bool createsFile(int flags) { return (flags & O_CREAT) != 0 || (flags & O_TMPFIL
 /// that a child which is not interposed reads the simulated table too.
 class redirectedArguments {
 public:
-    redirectedArguments(kernel* simulated, char* const* arguments) {
-        for (; *arguments != nullptr; ++arguments)
+    redirectedArguments(kernel* active, char* const* arguments) {
+        for (; arguments != nullptr && *arguments != nullptr; ++arguments)
             list_.push_back(*arguments);
         list_.push_back(nullptr);
         const auto found = std::find_if(list_.begin(), list_.end() - 1, [](const char* argument) {
@@ -112,9 +129,9 @@ public:
         if (found == list_.end() - 1)
             return;
         tellRecorder([](recorder& recording, int /*error*/) { recording.readsOpticalTable(); });
-        if (simulated == nullptr)
+        if (active == nullptr)
             return;
-        table_ = simulated->openOpticalTable();
+        table_ = active->openOpticalTable();
         path_ = "/dev/fd/" + std::to_string(table_); // no file at all where the machine has no table
         *found = path_.data();
     }
@@ -174,8 +191,8 @@ FILE* fopen64(const char* path, const char* mode) {
 int close(int fd) {
     static auto* const real = behind<int(int)>("close");
     tellRecorder([fd](recorder& recording, int /*error*/) { recording.closed(fd); });
-    kernel* const simulated = owner(fd);
-    return simulated != nullptr ? simulated->close(fd) : real(fd);
+    const answer own = simulated(fd, [fd](kernel& active) { return active.close(fd); });
+    return own ? *own : real(fd);
 }
 
 int ioctl(int fd, unsigned long request, ...) noexcept {
@@ -184,26 +201,28 @@ int ioctl(int fd, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
-    kernel* const simulated = owner(fd);
-    const int result = simulated != nullptr ? simulated->ioctl(fd, request, argument) : real(fd, request, argument);
+    const answer own = simulated(fd, [=](kernel& active) { return active.ioctl(fd, request, argument); });
+    const int result = own ? *own : real(fd, request, argument);
     tellRecorder([&](recorder& recording, int error) { recording.answered(fd, request, argument, result, error); });
     return result;
 }
 
 unsigned sleep(unsigned seconds) {
     static auto* const real = behind<unsigned(unsigned)>("sleep");
-    kernel* const simulated = activeKernel();
-    return simulated != nullptr && simulated->skipsSleep(seconds) ? 0 : real(seconds);
+    const answer left =
+        simulated([seconds](kernel& active) { return active.skipsSleep(seconds) ? answer(0) : std::nullopt; });
+    return left ? static_cast<unsigned>(*left) : real(seconds);
 }
 
 int system(const char* command) {
     static auto* const real = behind<int(const char*)>("system");
     if (command == nullptr)
         return real(command);
-    int status = 0;
-    kernel* const simulated = activeKernel();
-    if (simulated == nullptr || !simulated->system(command, status))
-        status = real(command);
+    const answer own = simulated([command](kernel& active) {
+        int status = 0;
+        return active.system(command, status) ? answer(status) : std::nullopt;
+    });
+    const int status = own ? *own : real(command);
     tellRecorder([&](recorder& recording, int /*error*/) { recording.ran(command, status); });
     return status;
 }

@@ -1,13 +1,36 @@
 // A client of the simulated machine, built in each way in which the C library gives the same calls other names.
-// Prints the machine's name, what opening the node named by its argument comes to, and a line of the optical table.
+// Prints the machine's name, what it comes to when several threads open the node named by its argument and ask it for
+// its version, what opening no path comes to, and a line of the optical table.
 
 #include <fcntl.h>
+#include <scsi/sg.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
+#include <thread>
+
+namespace {
+
+constexpr int threadCount = 4, timesEach = 1000;
+std::atomic<int> opened{0}, lastError{0};
+
+void openOften(const char* path, int flags) {
+    for (int i = 0; i < timesEach; ++i) {
+        const int fd = ::open(path, flags);
+        int version = 0;
+        if (fd >= 0 && ::ioctl(fd, SG_GET_VERSION_NUM, &version) == 0 && version > 0)
+            ++opened;
+        if (fd < 0 || ::close(fd) != 0)
+            lastError = errno;
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     // Neither flags nor size are constants, so that a fortified build has to check them while it runs.
@@ -15,8 +38,18 @@ int main(int argc, char** argv) {
     char name[64];
     if (::gethostname(name, sizeof name - static_cast<std::size_t>(argc)) != 0)
         return 1;
-    const int fd = ::open(argv[1], flags);
-    std::printf("%s %s\n", name, fd >= 0 ? "opened" : std::strerror(errno));
+    std::thread threads[threadCount];
+    for (auto& thread : threads)
+        thread = std::thread(openOften, argv[1], flags);
+    for (auto& thread : threads)
+        thread.join();
+    std::printf("%s: %d opened", name, opened.load());
+    std::printf(lastError != 0 ? ", %s\n" : "\n", std::strerror(lastError));
+
+    const char* const noPath = argv[argc];
+    const bool isOpen = ::open(noPath, flags) >= 0;
+    std::printf("no path: %s, ", isOpen ? "opened" : std::strerror(errno));
+    std::printf("%s\n", std::fopen(noPath, "r") != nullptr ? "opened" : std::strerror(errno));
 
     char line[256];
     std::FILE* table = std::fopen("/proc/sys/dev/cdrom/info", "r");
