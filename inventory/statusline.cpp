@@ -39,8 +39,8 @@ statusLine::~statusLine() {
         ending_ = true;
         onTerminal = 0;
         erase();
+        ended_.notify_one();
     }
-    ended_.notify_one();
     ticker_.join();
 }
 
