@@ -6,10 +6,8 @@ namespace inventory {
 
 namespace fs = std::filesystem;
 
-std::string executable() { return fs::read_symlink("/proc/self/exe").string(); }
-
 std::string installedFile(const std::string& name) {
-    const fs::path directory = fs::path(executable()).parent_path();
+    const fs::path directory = fs::read_symlink("/proc/self/exe").parent_path();
     const fs::path beside = directory / name;
     const fs::path installed = directory / SCSIDEV_LIBRARY_DIRECTORY / name;
     std::error_code ignored;

@@ -1,8 +1,8 @@
+#include "inventory/askedmachine.h"
 #include "inventory/escape.h"
 #include "inventory/jsonoutput.h"
 #include "inventory/mofoutput.h"
 #include "inventory/options.h"
-#include "inventory/preloadedrun.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
 #include "inventory/statusline.h"
@@ -27,10 +27,10 @@ constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
 
 /// Runs the queries, with the log and, on a terminal, what is done right now on standard error.
-inventory::runResult runVisibly(const inventory::options& options, minihost::memoryNamespace& ns,
-                                inventory::remarks& remarks) {
+inventory::runResult runVisibly(const inventory::options& options, const inventory::askedMachine& machine,
+                                minihost::memoryNamespace& ns, inventory::remarks& remarks) {
     inventory::statusLine status;
-    return inventory::run(options, ns,
+    return inventory::run(options, machine, ns,
                           {[&](const std::string& step) { status.show(step); },
                            [&](int level, const std::string& text) {
                                remarks.sawMessage(level, text);
@@ -57,16 +57,14 @@ void writeResult(const inventory::runResult& result, const inventory::options& o
     }
 }
 
-int show(inventory::options options, char* const* argv) {
-    inventory::simulateMachine(options, argv);
-    inventory::startRecording(options, argv);
+int show(const inventory::options& options) {
+    const inventory::askedMachine machine(options);
     minihost::memoryNamespace ns;
     inventory::remarks remarks;
-    const inventory::runResult result = runVisibly(options, ns, remarks);
+    const inventory::runResult result = runVisibly(options, machine, ns, remarks);
     writeResult(result, options);
-    remarks.write(result, std::cerr);
-    if (!options.recordFile.empty())
-        inventory::writeRecording(options);
+    remarks.write(result, machine, std::cerr);
+    machine.writeRecording();
     if (result.failed())
         writeError("the query failed: " + *result.queries.back().error);
     return result.failed() ? failed : succeeded;
@@ -96,7 +94,7 @@ int runCommandLine(int argc, char** argv) {
     case inventory::commandLine::outcome::run:
         break;
     }
-    return show(line.options, argv);
+    return show(line.options);
 }
 
 } // namespace

@@ -1,8 +1,5 @@
 #include "inventory/remarks.h"
 
-#include "inventory/nodewatch.h"
-#include "inventory/preloadedrun.h"
-
 #include <unistd.h>
 
 #include <cstdlib>
@@ -28,8 +25,8 @@ void remarks::sawMessage(int level, const std::string& text) {
     driverMissing_ = driverMissing_ || (level == 0 && text == "sg module is not loaded correctly");
 }
 
-void remarks::write(const runResult& result, std::ostream& output) const {
-    const nodeCount nodes = countedNodes();
+void remarks::write(const runResult& result, const askedMachine& machine, std::ostream& output) const {
+    const simulator::nodeCount nodes = machine.nodes();
     const bool root = ::geteuid() == 0;
     const bool found = result.instanceCount() > 0;
     if (nodes.refused > 0)
@@ -38,13 +35,15 @@ void remarks::write(const runResult& result, std::ostream& output) const {
     if (driverMissing_)
         output << (root ? "" : "not running as root: ")
                << "the sg driver could not be loaded, SCSI devices are not shown" << (root ? "" : "; try sudo") << '\n';
-    if (found && !isSimulated() && !isOnPath("hwinfo"))
+    if (found && !machine.isSimulated() && !isOnPath("hwinfo"))
         output << "hwinfo is not installed: virtual USB media cannot be told apart\n";
     if (!found && nodes.refused == 0 && !result.failed())
         output << "no devices found on "
-               << (isSimulated() ? "the simulated machine"
-                                 : "this machine; to see a simulated one: --machine machines/rack-server.json")
+               << (machine.isSimulated() ? "the simulated machine"
+                                         : "this machine; to see a simulated one: --machine machines/rack-server.json")
                << '\n';
+    if (machine.secondsSkipped() > 0)
+        output << "simulated machine: " << machine.secondsSkipped() << " s of sleeping skipped\n";
 }
 
 } // namespace inventory

@@ -34,9 +34,10 @@ std::size_t runResult::instanceCount() const {
     return count;
 }
 
-runResult run(const options& options, minihost::memoryNamespace& ns, const runEvents& events) {
+runResult run(const options& options, const askedMachine& machine, minihost::memoryNamespace& ns,
+              const runEvents& events) {
     for (const int kind : {0, 1})
-        minihost::setVirtualDevices(kind, options.virtualDevices[kind]);
+        minihost::setVirtualDevices(kind, machine.virtualDevices(kind));
     runResult result{NHALDEN20::TOSSpecific::GetMachineName(), {}};
     minihost::setLogSink(events.logged);
     minihost::setRemarkSink(events.remarked);

@@ -45,6 +45,7 @@ public:
     virtual bool system(const std::string& command, int& status);
 
     machine& simulated() { return machine_; }
+    const machine& simulated() const { return machine_; }
 
     /// One line a call, such as "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM", "sleep 5".
     const std::vector<std::string>& recordedCalls() const { return calls_; }

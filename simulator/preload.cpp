@@ -1,7 +1,6 @@
-// The preload library: the machine file that the environment names takes the place of this machine's devices, or what
-// this machine's devices answer is recorded.
+// The preload library: the machine file that the environment names takes the place of this machine's devices, for
+// programs that know nothing of it.
 
-#include "simulator/preload.h"
 #include "simulator/kernel.h"
 #include "simulator/machinefile.h"
 #include "simulator/recorder.h"
@@ -15,33 +14,19 @@
 
 namespace {
 
+constexpr const char* machineVariable = "SCSIDEV_MACHINE";
+
 // Never destroyed: calls come until the very end of the process.
 simulator::kernel* loaded = nullptr;
-simulator::recorder* recording = nullptr;
-
-/// Child processes are not recorded.
-void startRecording(const char* preloadForChildren) {
-    if (*preloadForChildren == '\0')
-        ::unsetenv("LD_PRELOAD");
-    else
-        ::setenv("LD_PRELOAD", preloadForChildren, 1);
-    ::unsetenv(simulator::recordVariable);
-    recording = new simulator::recorder;
-}
 
 [[gnu::constructor]] void load() {
-    if (const char* preloadForChildren = std::getenv(simulator::recordVariable)) {
-        startRecording(preloadForChildren);
-    }
-    const char* path = std::getenv(simulator::machineVariable);
+    const char* path = std::getenv(machineVariable);
     if (path == nullptr)
         return;
     try {
         loaded = new simulator::kernel(simulator::readMachineFile(path));
         // Child processes may work elsewhere.
-        ::setenv(simulator::machineVariable, std::filesystem::absolute(path).c_str(), 1);
-        if (std::getenv(simulator::sleepVariable) != nullptr)
-            loaded->sleepForReal();
+        ::setenv(machineVariable, std::filesystem::absolute(path).c_str(), 1);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "simulated machine: %s\n", failure.what());
         ::_exit(1);
@@ -57,16 +42,4 @@ void startRecording(const char* preloadForChildren) {
 
 simulator::kernel* simulator::activeKernel() { return loaded; }
 
-simulator::recorder* simulator::activeRecorder() { return recording; }
-
-extern "C" {
-
-#pragma GCC visibility push(default)
-
-bool scsidevMachineIsSimulated() { return loaded != nullptr; }
-
-simulator::machine* scsidevRecordedMachine() { return recording == nullptr ? nullptr : &recording->recorded(); }
-
-#pragma GCC visibility pop
-
-} // extern "C"
+simulator::recorder* simulator::activeRecorder() { return nullptr; }

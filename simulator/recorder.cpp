@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <fstream>
 #include <iterator>
 
@@ -45,17 +46,36 @@ addressAnswer addressAnswerOf(const sg_scsi_id& id) {
     return {id.host_no, id.channel, id.scsi_id, id.lun, id.scsi_type, 0};
 }
 
+/// Is `path` of a family whose nodes are looked at one after the other, and not one that stands in for another node?
+bool isWalked(std::string_view path) {
+    const std::string_view family = path.substr(0, 7);
+    return family == "/dev/sg" || family == "/dev/hd";
+}
+
 } // namespace
 
-void recorder::opened(const std::string& path, int fd, int error) {
-    if (!isNodePath(path))
+void recorder::opened(std::string_view path, int fd, int error) {
+    const bool refused = fd < 0 && (error == EACCES || error == EPERM);
+    if ((fd >= 0 || refused) && isWalked(path))
+        refused_[std::string(path)] = refused;
+    if (!keepsAnswers_ || !isNodePath(path))
         return;
-    machine_.nodes[path].open.add({0, fd >= 0 ? 0 : error});
+    const std::string name(path);
+    machine_.nodes[name].open.add({0, fd >= 0 ? 0 : error});
     if (fd >= 0)
-        open_[fd] = path;
+        open_[fd] = name;
 }
 
 void recorder::closed(int fd) { open_.erase(fd); }
+
+nodeCount recorder::nodes() const {
+    nodeCount count;
+    for (const auto& [path, refused] : refused_) {
+        ++count.present;
+        count.refused += refused ? 1 : 0;
+    }
+    return count;
+}
 
 void recorder::answered(int fd, unsigned long request, const void* argument, int result, int error) {
     const auto found = open_.find(fd);
@@ -96,6 +116,8 @@ void recorder::answered(int fd, unsigned long request, const void* argument, int
 }
 
 void recorder::ran(const std::string& command, int status) {
+    if (!keepsAnswers_)
+        return;
     switch (commandOf(command).kind) {
     case shellCommand::modprobe:
         machine_.modprobe.add(status == 0 ? 0 : std::max(1, WEXITSTATUS(status)));
@@ -109,7 +131,7 @@ void recorder::ran(const std::string& command, int status) {
 }
 
 void recorder::readsOpticalTable() {
-    if (std::ifstream(opticalTablePath).is_open())
+    if (keepsAnswers_ && std::ifstream(opticalTablePath).is_open())
         machine_.opticalTable = contentOf(opticalTablePath);
 }
 

@@ -2,32 +2,53 @@
 
 #include "simulator/machine.h"
 
+#include <cstddef>
 #include <map>
 #include <string>
+#include <string_view>
 
 namespace simulator {
 
-/// Writes down what the real machine answers while a program runs on it, so that a simulated machine can answer the
-/// same. It watches calls that were made anyway and changes none.
+/// What opening device nodes came to.
+struct nodeCount {
+    std::size_t present = 0; ///< nodes that opened or were refused
+    std::size_t refused = 0; ///< nodes for which there was no permission
+};
+
+/// Watches what the machine answers while a program runs on it, and writes it down where a simulated machine is to
+/// answer the same. It watches calls that were made anyway and changes none: asking a node again would be one access
+/// too many. For one thread.
 class recorder {
 public:
+    enum class keeps { nothing, answers };
+
+    explicit recorder(keeps wanted) : keepsAnswers_(wanted == keeps::answers) {}
+    virtual ~recorder() = default;
+    recorder(const recorder&) = delete;
+    recorder& operator=(const recorder&) = delete;
+
     /// `fd` is what opening `path` gave; `error` its errno where it failed.
-    void opened(const std::string& path, int fd, int error);
+    void opened(std::string_view path, int fd, int error);
     void closed(int fd);
 
     /// `result` is what the ioctl gave, with `argument` as the driver left it; `error` its errno where it failed.
     void answered(int fd, unsigned long request, const void* argument, int result, int error);
 
     /// `status` is the wait status of a shell command.
-    void ran(const std::string& command, int status);
+    virtual void ran(const std::string& command, int status);
 
     /// The optical-drive table is about to be read.
     void readsOpticalTable();
 
+    /// The sg and IDE nodes that were opened so far.
+    nodeCount nodes() const;
+
     /// What was recorded so far.
-    machine& recorded() { return machine_; }
+    const machine& recorded() const { return machine_; }
 
 private:
+    bool keepsAnswers_;
+    std::map<std::string, bool> refused_; // by the path of a node that is there
     machine machine_;
     std::map<int, std::string> open_; // descriptor to path
 };

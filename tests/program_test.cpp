@@ -294,12 +294,11 @@ TEST_F(Program, DoesNotDependOnWhatItInherits) {
         "PATH=$PWD/../bin:$PATH perl -e '$SIG{CHLD} = q(IGNORE); exec @ARGV' % --log-level 0 KORVA_SCSIDevice");
     EXPECT_THAT(errors, Not(HasSubstr("sg module is not loaded correctly")));
 
-    const std::string drives = "Optical drives (KORVA_CDVDDevice): 1\n";
-    run("export SCSIDEV_MACHINE=" + machines + "empty.json; % KORVA_CDVDDevice" + onRackServer);
-    EXPECT_THAT(output, HasSubstr(drives));
-    run(underRackServer + "% KORVA_CDVDDevice");
-    EXPECT_THAT(output, HasSubstr(drives)) << "its virtual drives are left out too";
-    EXPECT_EQ(jsonOf(underRackServer + "%" + onEmptyMachine)["machine"], "bare-01");
+    const std::string odd = "d='../a b:c'; mkdir \"$d\" && cp " + program + ' ' + plugin + " \"$d\" && ";
+    run(odd + "\"$d\"/scsidev-inventory --format json" + onRackServer);
+    EXPECT_EQ(output, contentOf(expected + "rack-server.json")) << "from a path with blanks and colons";
+    run("cat " + machines + "rack-server.json | % --format json --machine /dev/stdin");
+    EXPECT_EQ(output, contentOf(expected + "rack-server.json")) << "a machine file that can be read only once";
 
     run("PATH=/nonexistent % KORVA_CDVDDevice" + onRackServer);
     EXPECT_THAT(output, HasSubstr("Optical drives (KORVA_CDVDDevice): none\n")) << "there is no cat to read them with";

@@ -1,0 +1,84 @@
+#include "inventory/askedmachine.h"
+
+#include "plugin/host/osspecific.h"
+#include "simulator/machinefile.h"
+#include "simulator/machinewriter.h"
+
+#include <sys/wait.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+// What the interposed calls look for: files are opened before and after main, when there is none.
+simulator::kernel* activeKernel = nullptr;
+simulator::recorder* activeRecorder = nullptr;
+
+/// The environment variable that, set to anything, makes a simulated machine sleep for real.
+constexpr const char* sleepVariable = "SCSIDEV_SLEEP";
+
+} // namespace
+
+simulator::kernel* simulator::activeKernel() { return ::activeKernel; }
+simulator::recorder* simulator::activeRecorder() { return ::activeRecorder; }
+
+namespace inventory {
+
+using simulator::recorder;
+
+// While a shell command runs, the C library lets an interrupt from the terminal end the command only. The user means
+// the run.
+void askedMachine::watcher::ran(const std::string& command, int status) {
+    for (const int signal : {SIGINT, SIGQUIT}) {
+        if (WIFSIGNALED(status) && WTERMSIG(status) == signal)
+            std::raise(signal);
+    }
+    recorder::ran(command, status);
+}
+
+askedMachine::askedMachine(const options& options)
+    : options_(options), recorder_(options.recordFile.empty() ? recorder::keeps::nothing : recorder::keeps::answers) {
+    if (!options.machineFile.empty()) {
+        kernel_.emplace(simulator::readMachineFile(options.machineFile));
+        if (std::getenv(sleepVariable) != nullptr)
+            kernel_->sleepForReal();
+        ::activeKernel = &*kernel_;
+    }
+    if (!options.recordFile.empty() && !options.force && std::filesystem::exists(options.recordFile))
+        throw std::runtime_error(options.recordFile + ": is there already; --force replaces it");
+    ::activeRecorder = &recorder_;
+}
+
+askedMachine::~askedMachine() {
+    ::activeRecorder = nullptr;
+    ::activeKernel = nullptr;
+}
+
+std::vector<std::string> askedMachine::virtualDevices(int kind) const {
+    std::vector<std::string> names;
+    if (kernel_)
+        names = kernel_->simulated().virtualDevices[kind];
+    const auto& named = options_.virtualDevices[kind];
+    names.insert(names.end(), named.begin(), named.end());
+    return names;
+}
+
+void askedMachine::writeRecording() const {
+    if (options_.recordFile.empty())
+        return;
+    simulator::machine machine = recorder_.recorded();
+    machine.name = NHALDEN20::TOSSpecific::GetMachineName();
+    for (const int kind : {0, 1})
+        machine.virtualDevices[kind] = virtualDevices(kind);
+    simulator::writeWholeFile(options_.recordFile, simulator::machineFileText(machine), options_.force);
+    std::cerr << "recorded in " << options_.recordFile
+              << ": the host name, every answer of the device nodes with vendors, models and serial numbers,\n"
+                 "the optical-drive table, the USB listing and the names of virtual devices; look through it before "
+                 "you give it away\n";
+}
+
+} // namespace inventory

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "inventory/options.h"
+#include "simulator/kernel.h"
+#include "simulator/recorder.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace inventory {
+
+/// The machine that a run asks: this one, or the one of a machine file.
+///
+/// While it lives, the system calls of this process, the plug-in's among them, go through it: a simulated machine
+/// answers those on its device nodes, and all are watched. One at a time.
+class askedMachine {
+public:
+    /// Throws simulator::machineFileError when the machine file cannot be used, and std::runtime_error when there is a
+    /// file already where to record.
+    explicit askedMachine(const options& options);
+    ~askedMachine();
+    askedMachine(const askedMachine&) = delete;
+    askedMachine& operator=(const askedMachine&) = delete;
+
+    bool isSimulated() const { return kernel_.has_value(); }
+
+    /// The management controller's virtual devices of one kind (0 or 1): those of the machine, then those of the
+    /// options.
+    std::vector<std::string> virtualDevices(int kind) const;
+
+    /// The device nodes that were opened so far.
+    simulator::nodeCount nodes() const { return recorder_.nodes(); }
+
+    /// Seconds of waiting that a simulated machine has spared.
+    unsigned secondsSkipped() const { return kernel_ ? kernel_->secondsSkipped() : 0; }
+
+    /// Writes what was recorded to the file that the options name, if they do, and says on standard error what it
+    /// holds.
+    void writeRecording() const;
+
+private:
+    /// Ends the run with the shell command that an interrupt has ended.
+    class watcher : public simulator::recorder {
+    public:
+        using recorder::recorder;
+        void ran(const std::string& command, int status) override;
+    };
+
+    const options& options_;
+    std::optional<simulator::kernel> kernel_; ///< none: this machine's own
+    watcher recorder_;
+};
+
+} // namespace inventory
