@@ -103,7 +103,7 @@ std::string deviceName(const memoryInstance& association, const deviceMap& devic
     return found == devices.end() ? "" : propertyOf(*found->second, "ElementName");
 }
 
-const std::map<std::string, section>& sections() {
+const std::map<std::string_view, section>& sections() {
     static const std::vector<column> deviceColumns{{"Node", property("Name")},
                                                    {"Vendor", property("VendorID")},
                                                    {"Product", property("ProductID")},
@@ -111,7 +111,7 @@ const std::map<std::string, section>& sections() {
                                                    {"Serial", property("serialNum")},
                                                    {"Type", property("DeviceType", shortTypeName)},
                                                    {"H:C:T:L", address}};
-    static const std::map<std::string, section> table{
+    static const std::map<std::string_view, section> table{
         {"KORVA_SysBusDevice", {"Bus devices", deviceColumns}},
         {"KORVA_SCSIDevice", {"SCSI devices", deviceColumns}},
         {"KORVA_SCSITapeDrive", {"SCSI tape drives", deviceColumns}},
@@ -139,8 +139,14 @@ const std::map<std::string, section>& sections() {
     return table;
 }
 
-/// A column for each property, of a class that has no section.
-std::vector<column> plainColumns(const minihost::classDeclaration& declaration) {
+/// The columns of a class: those of its section, or else of the nearest superclass that has one, or else a column for
+/// each property.
+std::vector<column> columnsOf(const minihost::classDeclaration& declaration) {
+    for (const auto* owner = &declaration; owner != nullptr; owner = minihost::findClass(owner->base)) {
+        const auto own = sections().find(owner->name);
+        if (own != sections().end())
+            return own->second.columns;
+    }
     std::vector<column> columns;
     for (const auto* declared : propertiesOf(declaration))
         columns.push_back({std::string(declared->name), property(declared->name)});
@@ -188,11 +194,11 @@ void writeSection(const std::string& className, const queryResult& query, const 
     }
     const std::string count = instances.empty() ? "none" : std::to_string(instances.size());
     const auto own = sections().find(className);
-    const bool hasOwn = own != sections().end();
-    output << (hasOwn ? own->second.title + " (" + className + ')' : className) << ": " << count << '\n';
+    output << (own == sections().end() ? className : own->second.title + " (" + className + ')') << ": " << count
+           << '\n';
     if (instances.empty())
         return;
-    const std::vector<column> shown = hasOwn ? own->second.columns : plainColumns(instances.front()->declaration());
+    const std::vector<column> shown = columnsOf(instances.front()->declaration());
     if (!shown.empty())
         writeRows(instances, shown, devices, style, output);
 }

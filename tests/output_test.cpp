@@ -40,19 +40,30 @@ TEST(Table, HasAPlainSectionForAClassThatHasNone) {
                                                             {"Slots", minihost::cimType::uint16, false, ""}};
     const minihost::classDeclaration box{"KORVA_Box", "", minihost::classKind::concrete, "", properties};
     const minihost::classDeclaration bare{"KORVA_Bare", "", minihost::classKind::concrete, "", {}};
+    const minihost::classDeclaration derived{"KORVA_Derived", "KORVA_SysBusDeviceFirmwareElement",
+                                             minihost::classKind::concrete, "", properties};
     minihost::memoryNamespace ns;
     const auto instance = boost::make_shared<minihost::memoryInstance>(ns, box);
     instance->SetProperty("Name", "left ", {});
     instance->SetProperty("Ready", true, {});
     const auto nothing = boost::make_shared<minihost::memoryInstance>(ns, bare);
-    EXPECT_EQ(tableOf({{"KORVA_Box", "KORVA_Bare", "KORVA_Other"}, {instance, nothing}, std::nullopt}, false),
-              "KORVA_Box: 1\n"
-              "  Ready  Name  Slots\n"
-              "  true   left  -\n"
-              "\n"
-              "KORVA_Bare: 1\n"
-              "\n"
-              "KORVA_Other: none\n");
+    const auto element = boost::make_shared<minihost::memoryInstance>(ns, derived);
+    element->SetProperty("Version", "1.0", {});
+    EXPECT_EQ(
+        tableOf(
+            {{"KORVA_Box", "KORVA_Bare", "KORVA_Derived", "KORVA_Other"}, {instance, nothing, element}, std::nullopt},
+            false),
+        "KORVA_Box: 1\n"
+        "  Ready  Name  Slots\n"
+        "  true   left  -\n"
+        "\n"
+        "KORVA_Bare: 1\n"
+        "\n"
+        "KORVA_Derived: 1\n"
+        "  Device identity  Kind  Vendor  Version\n"
+        "  -                -     -       1.0\n"
+        "\n"
+        "KORVA_Other: none\n");
 }
 
 TEST(Table, ListsEveryPropertyBelowTheRows) {

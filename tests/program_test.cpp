@@ -154,16 +154,19 @@ TEST_F(Program, PrintsTheSchemaThatTheRepositoryHolds) {
 }
 
 TEST_F(Program, MofSaysOfEachMachineWhatJsonSays) {
-    std::set<std::string> classes;
+    std::set<std::string> declared, seen;
     for (const auto& entry : fs::directory_iterator(machines)) {
         const mof::document document = mofLikeJson("% --machine " + entry.path().string());
+        for (const auto& [name, properties] : document.classes)
+            declared.insert(name);
         for (const auto& instance : document.instances) {
-            classes.insert(instance["class"]);
+            seen.insert(instance["class"]);
             for (const auto& name : document.classes.at(instance["class"]))
                 EXPECT_TRUE(instance["properties"].contains(name)) << name << " is declared and never set";
         }
     }
-    EXPECT_EQ(classes.size(), 6U) << "every class that is not abstract";
+    declared.erase("KORVA_SysBusDevice"); // which is abstract
+    EXPECT_EQ(seen, declared) << "some machine shows each class";
 }
 
 TEST_F(Program, MofIsWholeWhateverThePluginDoes) {
