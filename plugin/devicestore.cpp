@@ -2,37 +2,13 @@
 
 #include "device/atainterface_linux.h"
 #include "device/identifydevice.h"
+#include "device/peripheraltypes.h"
 #include "device/scsidevice_linux.h"
 
 #include <algorithm>
 #include <exception>
 #include <iterator>
 #include <memory>
-
-namespace {
-
-constexpr const char* deviceTypeNames[] = {
-    "Direct Access Device",
-    "Sequential Access Device",
-    "Printer Device",
-    "Processor Device",
-    "Write-Once Device",
-    "CD-ROM Device",
-    "Scanner Device",
-    "Optical Memory Device",
-    "Medium Changer Device",
-    "Communications Device",
-    "Graphic Arts Device", // 10 and 11 are both ASC IT8 types
-    "Graphic Arts Device",
-    "Storage Array Controller",
-    "Enclosure Device",
-    "Simple Direct Access Device",
-    "Optical Card Reader Device",
-    "", // 16, bridge controllers, have no name here
-    "Optical Based Storage Device",
-};
-
-} // namespace
 
 // The braces set the numbers to 0, which the constructor alone leaves unset.
 void busDevice::initialize() { *this = busDevice{}; }
@@ -50,7 +26,7 @@ void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
 }
 
 std::string TScsidevPluginCallbacks::getDeviceTypeString(unsigned char type) {
-    return type < std::size(deviceTypeNames) ? deviceTypeNames[type] : "";
+    return type < std::size(peripheralTypes) ? peripheralTypes[type].name : "";
 }
 
 unsigned int TScsidevPluginCallbacks::getBusType(scsiDevice* device) {
