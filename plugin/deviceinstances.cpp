@@ -5,7 +5,7 @@
 #include "plugin/cimnames.h"
 #include "plugin/host/osspecific.h"
 
-#include <cstddef>
+#include <algorithm>
 #include <memory>
 
 using NHALDEN20::ICIMInstance;
@@ -143,4 +143,17 @@ void TScsidevPluginCallbacks::writeFirmwareElement(const busDevice& record, ICIM
     set("Name", firmwareElementName(record));
     firmwareElements_.push_back(element);
     element->AddToClass(TContext());
+}
+
+bool TScsidevPluginCallbacks::wasRequested(classList& requested, std::string className,
+                                           boost::shared_ptr<NHALDEN20::ICIMInstance>& instance) {
+    const auto match = std::find_if(requested.begin(), requested.end(), [&className](const auto& candidate) {
+        return candidate->GetClassName(TContext()) == className;
+    });
+    if (match == requested.end())
+        return false;
+    instance = (*match)->CreateInstance(TContext());
+    if (className != firmwareClass)
+        instance->SetProperty(creationClassNameProperty, className, TContext());
+    return true;
 }
