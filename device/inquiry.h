@@ -27,3 +27,12 @@ private:
 
 /// The low four bits of the peripheral byte: what this system takes as the device type.
 constexpr unsigned char deviceTypeMask = 0x0F;
+
+// Peripheral bytes, qualifier bits included: only a connected device of one of these types is looked at closely.
+constexpr unsigned char diskByte = 0;
+constexpr unsigned char tapeByte = 1;
+constexpr unsigned char opticalDriveByte = 5;
+
+constexpr bool isDiskOrTape(unsigned char peripheralByte) {
+    return peripheralByte == diskByte || peripheralByte == tapeByte;
+}

@@ -3,12 +3,24 @@
 #include "device/hostlog.h"
 #include "plugin/cimnames.h"
 #include "plugin/host/addtovectorcallback.h"
+#include "plugin/host/osspecific.h"
 
 #include <cstdlib>
 #include <exception>
 
 using NHALDEN20::ICIMNamespace;
 using NHALDEN20::TContext;
+using NHALDEN20::TOSSpecific;
+
+void TScsidevPluginCallbacks::Init() {
+    TOSSpecific::getOrvexVirtualDevices(0, virtualDisks_, true);
+    TOSSpecific::getOrvexVirtualDevices(1, virtualOpticalDrives_, true);
+    // Without hwinfo the listing is empty and excludes nothing, so the results do not matter.
+    [[maybe_unused]] int result = std::system("hwinfo --usb|grep \"Device: usb\" | grep 0x4012 > infousb.txt");
+    usbListing_ = TOSSpecific::CaptureFile("infousb.txt");
+    result = std::system("rm -f infousb.txt");
+    hostLog(progress, "hwinfo --usb | grep 'Device: usb' | grep 0x4012\n" + usbListing_ + "\n");
+}
 
 TContext TScsidevPluginCallbacks::queryContext() {
     TContext context;

@@ -1,20 +1,22 @@
 #include "plugin/scsidev_linux.h"
 
 #include "device/hostlog.h"
-#include "plugin/host/osspecific.h"
+#include "device/inquiry.h"
+#include "plugin/texthelpers.h"
 
-#include <cstdlib>
+#include <algorithm>
 
-using NHALDEN20::TOSSpecific;
-
-void TScsidevPluginCallbacks::Init() {
-    TOSSpecific::getOrvexVirtualDevices(0, virtualDisks_, true);
-    TOSSpecific::getOrvexVirtualDevices(1, virtualOpticalDrives_, true);
-    // Without hwinfo the listing is empty and excludes nothing, so the results do not matter.
-    [[maybe_unused]] int result = std::system("hwinfo --usb|grep \"Device: usb\" | grep 0x4012 > infousb.txt");
-    usbListing_ = TOSSpecific::CaptureFile("infousb.txt");
-    result = std::system("rm -f infousb.txt");
-    hostLog(progress, "hwinfo --usb | grep 'Device: usb' | grep 0x4012\n" + usbListing_ + "\n");
+bool TScsidevPluginCallbacks::isExcluded(unsigned char peripheralByte, const busDevice& record,
+                                         boost::shared_ptr<NHALDEN20::ICIMNamespace> ns) {
+    if (!isDiskOrTape(peripheralByte) && peripheralByte != opticalDriveByte)
+        return false;
+    const bool behindUsb = FindUSBDevice(ns, record.vendor, record.product);
+    if (peripheralByte == opticalDriveByte || (behindUsb && peripheralByte == diskByte))
+        return behindUsb;
+    if (std::none_of(virtualDisks_.begin(), virtualDisks_.end(), Tsubstring(record.devicePath)))
+        return false;
+    hostLog(progress, "TScsidevPluginCallbacks::collectData : Ignoring Virtual Device " + record.devicePath);
+    return true;
 }
 
 bool TScsidevPluginCallbacks::FindUSBDevice(boost::shared_ptr<NHALDEN20::ICIMNamespace> /*ns*/, std::string /*vendor*/,

@@ -6,12 +6,10 @@
 #include "device/inquiry.h"
 #include "device/scsidevice_linux.h"
 #include "device/scsipassthrough_linux.h"
-#include "plugin/texthelpers.h"
 
 #include <scsi/sg.h>
 #include <sys/ioctl.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -24,14 +22,6 @@ constexpr std::size_t modelLength = 23;      // what a record keeps of the 40 ch
 constexpr unsigned longestSerialNumber = 32; // what is left of 36 bytes behind the page header
 constexpr std::size_t pageLengthOffset = 3;  // of the unit serial number page (SPC-4, 7.8.19)
 constexpr std::size_t serialNumberOffset = 4;
-
-// Peripheral bytes, qualifier bits included: only a connected device of one of these types is looked at
-// closely.
-constexpr unsigned char diskByte = 0;
-constexpr unsigned char tapeByte = 1;
-constexpr unsigned char opticalDriveByte = 5;
-
-bool isDiskOrTape(unsigned char peripheralByte) { return peripheralByte == diskByte || peripheralByte == tapeByte; }
 
 bool isAtaVendor(const busDevice& record) { return record.vendor.find("ATA") != std::string::npos; }
 
@@ -144,19 +134,6 @@ bool TScsidevPluginCallbacks::collectScsiNode(scsiDevice& device, busDevice& rec
         readSerialNumber(device, passThrough, record);
     if (!isExcluded(peripheralByte, record, ns))
         StoreBusDevice(&record);
-    return true;
-}
-
-bool TScsidevPluginCallbacks::isExcluded(unsigned char peripheralByte, const busDevice& record,
-                                         boost::shared_ptr<NHALDEN20::ICIMNamespace> ns) {
-    if (!isDiskOrTape(peripheralByte) && peripheralByte != opticalDriveByte)
-        return false;
-    const bool behindUsb = FindUSBDevice(ns, record.vendor, record.product);
-    if (peripheralByte == opticalDriveByte || (behindUsb && peripheralByte == diskByte))
-        return behindUsb;
-    if (std::none_of(virtualDisks_.begin(), virtualDisks_.end(), Tsubstring(record.devicePath)))
-        return false;
-    hostLog(progress, "TScsidevPluginCallbacks::collectData : Ignoring Virtual Device " + record.devicePath);
     return true;
 }
 
