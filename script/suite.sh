@@ -1,6 +1,6 @@
 # Fetches packages of any Debian release, beside this machine's own package lists and without root's rights, from the
-# mirror that the machine's own package sources name. Sourced by script/guest.sh; $work is
-# the user's own directory.
+# mirror that the machine's own package sources name. Sourced by script/guest.sh and script/ide-kernel, which set $work
+# (their own directory).
 # shellcheck shell=sh disable=SC2034,SC2154  # used and set by who sources this
 
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/scsidev-vm

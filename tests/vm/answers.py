@@ -34,6 +34,7 @@ def readNode(tools, listed, scanned, plans):
     if scanned.removesuffix(" [em]") != address or node.inquiry[8:].replace(b"\0", b" ") != texts:
         raise ValueError(f"lsscsi says {listed[0]}, sg_scan {scanned}, sg_inq {node.inquiry}")
     node.kind = node.inquiry[0]
+    node.address = tuple(int(listed[part]) for part in ("port", "target", "bus", "lun"))
     serialPage = (tools / f"sg{node.index}.serial").read_bytes()
     node.serial = text(serialPage, 4, serialPage[3]) if serialPage else None
     hostStatus = re.search(r"Host_status=0x([0-9a-f]+)", (tools / f"sg{node.index}.serial.err").read_text())
@@ -54,7 +55,8 @@ def readDrives(table):
     return [dict(zip(names, column)) for column in zip(*map(str.split, rows))]
 
 
-# The whole machine: its nodes in index order, IDENTIFY data by disk node, the optical drives, the virtual USB media.
+# The whole machine: its nodes in index order, IDENTIFY data by disk node, the optical drives, the IDE driver's nodes of
+# both kinds, the virtual USB media.
 def readAnswers(results):
     tools = results / "tools"
     planned = map(str.split, linesOf(results / "plans") if (results / "plans").exists() else [])
@@ -63,9 +65,13 @@ def readAnswers(results):
     # Strictly in pairs: both name the same nodes.
     pairs = zip(listed, linesOf(tools / "sg_scan"), strict=True)
     usb = [line for line in linesOf(tools / "hwinfo-usb") if "Device: usb" in line and "0x4012" in line]
+    identify = dict(map(readIdentify, sorted(tools.glob("*.identify"))))
+    drives = readDrives(tools / "cdrom-info")
     return SimpleNamespace(
         machine=(results / "name").read_text().strip(),
         nodes=[readNode(tools, match, scanned, plans) for match, scanned in pairs],
-        identify=dict(map(readIdentify, tools.glob("*.identify"))),
-        drives=readDrives(tools / "cdrom-info"),
+        identify=identify,
+        drives=drives,
+        ideDisks=[path for path in identify if path.startswith("/dev/hd")],
+        ideOptical=[f"/dev/{drive['drive name']}" for drive in drives if drive["drive name"].startswith("hd")],
         usbListing="".join(usb))

@@ -9,6 +9,14 @@ nodesLookedAt = 32
 mostTries = 5
 inquiry = r"\x12\x00\x00\x00\x24\x00"
 serialPage = r"\x12\x01\x80\x00\xff\x00"
+identifyFailed = "ATA 0command returned fail: "
+
+
+# Puts what IDENTIFY data say into a record.
+def fillIn(record, data):
+    record.model, record.revision, record.serial = text(data, 54, 23), text(data, 46, 8), text(data, 20, 20)
+    # A model of one word leaves the product as it was.
+    record.vendor, record.product, *_ = text(data, 54, 40).split() + [record.product]
 
 
 # A node's name by letter as strace shows it: after z come the signs that follow it, the last ones escaped.
@@ -34,10 +42,10 @@ class Collector:
     # One pass over the nodes; returns the records stored.
     def lookAtNodes(self):
         records = [self.lookAt(node) for node in self.answers.nodes[:nodesLookedAt]]
-        absent = [("/dev/sg", index) for index in range(len(records), nodesLookedAt)]
-        for base, index in absent + [("/dev/hd", index) for index in range(nodesLookedAt)]:
-            self.ask(f"{base}{index}", "failed open")
-            self.ask(lettered(base, index), "failed open")
+        for index in range(len(records), nodesLookedAt):
+            self.ask(f"/dev/sg{index}", "failed open")
+            self.ask(lettered("/dev/sg", index), "failed open")
+        records += [self.lookAtIde(index) for index in range(nodesLookedAt)]
         return [record for record in records if record]
 
     def ask(self, path, *requests):
@@ -48,16 +56,18 @@ class Collector:
         if not self.succeeds(node, inquiry):
             # What does not answer is asked for IDENTIFY data too, which no sg node gives.
             self.ask(node.path, "CDROM_GET_CAPABILITY", "HDIO_DRIVE_CMD", "close")
+            self.log.append(identifyFailed)
             return None
         self.ask(node.path, "SG_GET_SCSI_ID")
         serial = self.serialNumber(node) if node.kind in (0, 1) else ""
         record = SimpleNamespace(
-            node=node, identity=f"Port:{node.port}|Target:{node.target}|Bus:{node.bus}|Lun:{node.lun}",
+            path=node.path, bus="SCSI", kind=node.kind, inquiryText=text(node.inquiry, 8, 28), address=node.address,
+            identity="Port:{}|Target:{}|Bus:{}|Lun:{}".format(*node.address),
             vendor=node.vendor, product=node.product, revision=text(node.inquiry, 32, 4), model="", serial=serial)
         self.ask(node.path, "close")
         excluded = self.isExcluded(node)
         # An ATA disk is stored for its IDENTIFY data even when a list excluded it before.
-        identified = node.vendor == "ATA" and self.identify(record)
+        identified = node.vendor == "ATA" and self.identify(record, node)
         return record if identified or not excluded else None
 
     # Sends a command, again after a failure that may pass; says whether it succeeds in the end.
@@ -96,10 +106,29 @@ class Collector:
             return True
         return False
 
+    def lookAtIde(self, index):
+        path = lettered("/dev/hd", index)
+        self.ask(f"/dev/hd{index}", "failed open")
+        # What INQUIRY brings of an optical drive is not looked at.
+        if path in self.answers.ideOptical:
+            self.ask(path, "open", "SG_GET_VERSION_NUM", f"SG_IO {inquiry}", "CDROM_GET_CAPABILITY", "close")
+            self.log.append("Aborting inquiry to cdrom...")
+            return None
+        if path not in self.answers.ideDisks:
+            self.ask(path, "failed open")
+            return None
+        # The driver passes no SCSI request on to a disk: it is opened anew for a second try.
+        self.ask(path, "open", "SG_GET_VERSION_NUM", "close", "open", "SG_GET_VERSION_NUM", "CDROM_GET_CAPABILITY",
+                 "HDIO_DRIVE_CMD", "close")
+        self.log += ["Device does not support SGIO, try again!", "Device does not support SGIO"]
+        record = SimpleNamespace(path=path, bus="ATA", kind=None, address=(0, 0, 0, 0), identity=path, product="")
+        fillIn(record, self.answers.identify[path])
+        return record
+
     # Fills in what the disk asked says of itself; says whether it is an ATA disk.
-    def identify(self, record):
-        disk = diskAskedFor(record.node)
-        self.ask(f"/dev/sd{record.node.index}", "failed open")
+    def identify(self, record, node):
+        disk = diskAskedFor(node)
+        self.ask(f"/dev/sd{node.index}", "failed open")
         if disk in (node.block for node in self.answers.nodes):
             self.ask(disk, "open", "CDROM_GET_CAPABILITY", "HDIO_DRIVE_CMD", "close")
         else:
@@ -107,7 +136,7 @@ class Collector:
             self.ask("-1", "CDROM_GET_CAPABILITY", "HDIO_DRIVE_CMD")
         data = self.answers.identify.get(disk)
         if data:
-            record.model, record.revision, record.serial = text(data, 54, 23), text(data, 46, 8), text(data, 20, 20)
-            # A model of one word leaves the product as it was.
-            record.vendor, record.product, *_ = text(data, 54, 40).split() + [record.product]
+            fillIn(record, data)
+        else:
+            self.log.append(identifyFailed)
         return data is not None

@@ -1,6 +1,5 @@
 # The document that the program must print of a machine that the tools have described.
 
-from answers import text
 from collector import Collector
 
 defaultQueries = (
@@ -9,28 +8,28 @@ defaultQueries = (
 systemClass = "KORVA_ComputerSystem"
 deviceTypes = {  # those that the boots bring up
     0: "Direct Access Device", 1: "Sequential Access Device", 3: "Processor Device", 5: "CD-ROM Device",
-    8: "Medium Changer Device", 13: "Enclosure Device"}
+    8: "Medium Changer Device", 13: "Enclosure Device",
+    None: ""}  # an IDE disk's
 deviceKeys = ("CreationClassName", "DeviceID", "SystemCreationClassName", "SystemName")
 elementKeys = ("Name", "SoftwareElementId", "SoftwareElementState", "TargetOperatingSystem", "Version")
 
 
 def deviceInstance(className, machine, record):
-    node = record.node
+    port, target, bus, lun = record.address
     name = f"{record.vendor} {record.product}"
     return {"class": className, "properties": {
         "CreationClassName": className, "SystemCreationClassName": systemClass, "SystemName": machine,
-        "Caption": text(node.inquiry, 8, 28) if className == "KORVA_SCSITapeDrive" else name,
-        "Name": node.path, "DeviceID": node.path, "ElementName": name,
+        "Caption": record.inquiryText if className == "KORVA_SCSITapeDrive" else name,
+        "Name": record.path, "DeviceID": record.path, "ElementName": name,
         "ProductID": record.product, "VendorID": record.vendor, "Revision": record.revision,
-        "HostAdapterID": int(node.port), "TargetID": int(node.target), "Bus": int(node.bus), "Lun": int(node.lun),
-        "DeviceType": deviceTypes[node.kind], "serialNum": record.serial, "Model": record.model,
-        "OtherIdentifyingInfo": [record.identity]}}
+        "HostAdapterID": port, "TargetID": target, "Bus": bus, "Lun": lun, "DeviceType": deviceTypes[record.kind],
+        "serialNum": record.serial, "Model": record.model, "OtherIdentifyingInfo": [record.identity]}}
 
 
 def firmwareElement(record):
     return {"class": "KORVA_SysBusDeviceFirmwareElement", "properties": {
         "Version": record.revision, "Manufacturer": record.vendor, "TargetOperatingSystem": 58,
-        "SoftwareElementState": 2, "SoftwareElementId": record.identity, "Name": "SCSI Device"}}
+        "SoftwareElementState": 2, "SoftwareElementId": record.identity, "Name": f"{record.bus} Device"}}
 
 
 def opticalInstance(machine, drive):
@@ -74,19 +73,20 @@ def association(record, devices, elements):
 # The instances of one class; `made` holds those of the queries before.
 def instances(className, collector, records, made):
     machine = collector.answers.machine
+    scsiRecords = [record for record in records if record.bus == "SCSI"]
     if className == "KORVA_SCSIDevice":
-        return [deviceInstance(className, machine, record) for record in records if "RDX" not in record.product]
+        return [deviceInstance(className, machine, record) for record in scsiRecords if "RDX" not in record.product]
     if className == "KORVA_SCSITapeDrive":
-        return [deviceInstance(className, machine, record) for record in records
-                if record.node.kind == 1 or "RDX" in record.product]
+        return [deviceInstance(className, machine, record) for record in scsiRecords
+                if record.kind == 1 or "RDX" in record.product]
+    if className == "KORVA_ATADevice":
+        return [deviceInstance(className, machine, record) for record in records if record.bus == "ATA"]
     if className == "KORVA_CDVDDevice":
         return opticalInstances(collector)
     if className == "KORVA_SysBusDeviceFirmwareElement":
         return [firmwareElement(record) for record in records]
-    if className == "KORVA_SysBusDeviceFirmware":
-        devices = made["KORVA_SCSIDevice"] + made["KORVA_SCSITapeDrive"]
-        return [association(record, devices, made["KORVA_SysBusDeviceFirmwareElement"]) for record in records]
-    return []  # no ATA devices: sg nodes count as SCSI, and this kernel has no /dev/hd nodes
+    devices = made["KORVA_SCSIDevice"] + made["KORVA_SCSITapeDrive"] + made["KORVA_ATADevice"]
+    return [association(record, devices, made["KORVA_SysBusDeviceFirmwareElement"]) for record in records]
 
 
 # What a run with these queries, one class each, must yield: its document, its telling log lines, its system calls.

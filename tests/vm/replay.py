@@ -38,7 +38,7 @@ def compareReplay(programs, runs, name, *queries):
 # The tools print of the recording what they printed of the devices, as far as the program asked the same.
 def compareTools(programs, results, answers):
     nodes = answers.nodes[:nodesLookedAt]
-    disks = [diskAskedFor(node) for node in nodes if node.vendor == "ATA"]
+    disks = [diskAskedFor(node) for node in nodes if node.vendor == "ATA"] + answers.ideDisks
     commands = {f"sg{node.index}.sg_inq": ["sg_inq", "--len=36", node.path] for node in nodes}
     commands |= {f"{disk.removeprefix('/dev/')}.hdparm": ["hdparm", "-I", disk]
                  for disk in disks if disk in answers.identify}
