@@ -101,7 +101,7 @@ private:
         json* target = nullptr;            // and its value
     };
 
-    json& place(json value) {
+    json& put(json value) {
         if (++values_ > mostValues)
             fail("too many values, expected at most " + std::to_string(mostValues));
         if (open_.empty())
@@ -112,11 +112,11 @@ private:
         return *open_.back().target = std::move(value);
     }
     bool add(json value) {
-        place(std::move(value));
+        put(std::move(value));
         return true;
     }
     bool open(json value) {
-        open_.push_back({&place(std::move(value))});
+        open_.push_back({&put(std::move(value))});
         return true;
     }
     bool close() {

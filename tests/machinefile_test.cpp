@@ -161,12 +161,13 @@ TEST(Recorder, WritesDownTheAnswerToEveryRequest) {
     simulator::recorder recorder(simulator::recorder::keeps::answers);
     const int fd = kernel.open("/dev/sg0");
     recorder.opened("/dev/sg0", fd, 0);
-    const auto ask = [&](unsigned long request, void* argument) {
+    const auto ask = [&](int number, void* argument) {
+        const auto request = static_cast<unsigned long>(number);
         const int result = kernel.ioctl(fd, request, argument);
         recorder.answered(fd, request, argument, result, errno);
     };
     for (int number : {SG_GET_VERSION_NUM, SG_EMULATED_HOST, CDROM_GET_CAPABILITY})
-        ask(static_cast<unsigned long>(number), &number);
+        ask(number, &number);
     sg_scsi_id address{};
     ask(SG_GET_SCSI_ID, &address);
     unsigned char data[36] = {}, sense[32] = {}, inquiry[] = {0x12, 0, 0, 0, 36, 0}, page[] = {0x12, 1, 0x80, 0, 36, 0};
@@ -181,7 +182,7 @@ TEST(Recorder, WritesDownTheAnswerToEveryRequest) {
         header.mx_sb_len = sizeof sense;
         ask(SG_IO, &header);
     }
-    for (const auto request : {HDIO_DRIVE_CMD, HDIO_DRIVE_CMD, HDIO_DRIVE_TASK, HDIO_DRIVE_TASK}) {
+    for (const int request : {HDIO_DRIVE_CMD, HDIO_DRIVE_CMD, HDIO_DRIVE_TASK, HDIO_DRIVE_TASK}) {
         unsigned char registers[4 + 512] = {0xEC, 0, 0, 1};
         ask(request, registers);
     }
