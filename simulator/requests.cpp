@@ -124,6 +124,11 @@ requestResult address(answers<addressAnswer>& replies, sg_scsi_id* id) {
     return {};
 }
 
+/// A number that the request returns itself: -1 from a driver is -EPERM, which the C library turns into an error.
+requestResult returned(requestResult result) {
+    return result.error == 0 && result.value == -1 ? requestResult{0, EPERM} : result;
+}
+
 requestResult written(requestResult result) { return {0, result.error}; }
 
 /// What a node says to a request that its driver does not know. An sg node that was opened for reading
@@ -153,7 +158,7 @@ requestResult answer(const std::string& path, node& node, unsigned long request,
     case SG_IO:
         return node.inquiry.empty() ? requestResult{0, EINVAL} : sgIo(node, *static_cast<sg_io_hdr*>(argument));
     case CDROM_GET_CAPABILITY:
-        return number(node.opticalCapability, refusal, nullptr);
+        return returned(number(node.opticalCapability, refusal, nullptr));
     case HDIO_DRIVE_CMD:
         return registers[0] == identifyOpcode
                    ? driveCommand(node.identify, registers + registerBytes, registers[3] * sectorSize, refusal)

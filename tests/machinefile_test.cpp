@@ -189,3 +189,12 @@ TEST(Recorder, WritesDownTheAnswerToEveryRequest) {
     kernel.close(fd);
     EXPECT_EQ(simulator::machineFileText(recorder.recorded()), simulator::machineFileText(machine));
 }
+
+TEST(Recorder, IsToldWhyARequestFails) {
+    simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/hdc": {"opticalCapability": -1}}})", ""));
+    const int fd = kernel.open("/dev/hdc");
+    errno = 0;
+    EXPECT_EQ(kernel.ioctl(fd, CDROM_GET_CAPABILITY, nullptr), -1);
+    EXPECT_EQ(errno, EPERM) << "or a recording would hold a success";
+    kernel.close(fd);
+}
