@@ -1,4 +1,5 @@
-// Whole runs on a machine whose every answer comes from the input, for any classes in any order.
+// Whole runs on a machine whose every answer comes from the input, for any classes in any order, and on a recording of
+// it.
 
 #include "fuzz/machineinput.h"
 #include "fuzz/pluginrun.h"
@@ -9,5 +10,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     simulator::machine machine;
     fuzz::transfer(input, queries, machine);
     fuzz::checkPluginRun(machine, queries);
+    fuzz::checkReplay(machine, queries);
     return 0;
 }

@@ -1,12 +1,18 @@
 #include "fuzz/pluginrun.h"
 
 #include "fuzz/input.h"
+#include "inventory/jsonoutput.h"
 #include "minihost/memorynamespace.h"
 #include "minihost/minihost.h"
 #include "plugin/host/osspecific.h"
 #include "plugin/scsidev_linux.h"
 #include "simulator/kernel.h"
+#include "simulator/machinefile.h"
+#include "simulator/machinewriter.h"
 #include "simulator/recorder.h"
+
+#include <algorithm>
+#include <sstream>
 
 using NHALDEN20::TOSSpecific;
 
@@ -14,31 +20,83 @@ namespace {
 
 thread_local simulator::kernel* installed = nullptr; // a thread that watches the fuzzer's memory sleeps in truth
 
-/// Runs one query and returns how many instances were committed.
-std::size_t query(TScsidevPluginCallbacks& plugin, minihost::memoryNamespace& ns,
-                  TScsidevPluginCallbacks::classList requested) {
-    const std::size_t before = ns.instances().size();
-    plugin.GetData(ns.handle(), requested);
-    return ns.instances().size() - before;
-}
+thread_local simulator::recorder* watching = nullptr;
 
-void checkDrives(TScsidevPluginCallbacks& plugin, minihost::memoryNamespace& ns,
-                 const std::vector<std::string>& virtualDrives) {
-    const TScsidevPluginCallbacks::classList requested{ns.GetClass("KORVA_CDVDDevice", {})};
-    const std::size_t drives = query(plugin, ns, requested);
-    fuzz::require(query(plugin, ns, requested) == drives, "a second query finds the same drives");
-    for (std::size_t i = ns.instances().size() - drives; i < ns.instances().size(); ++i) {
-        const std::string name = *ns.instances()[i]->find("Name");
+/// A plug-in object on a machine, and a namespace for what it commits.
+class pluginRun {
+public:
+    explicit pluginRun(const simulator::machine& machine) : kernel_(machine) {
+        installed = &kernel_;
+        auto& registered = minihost::registeredPlugins();
+        for (auto* const loaded : registered) // at the first run, the one that came with this program
+            loaded->PrepareForUnload();
+        plugin_ = new TScsidevPluginCallbacks; // which registers itself
+        registered.clear();
+        plugin_->Init();
+    }
+    ~pluginRun() {
+        plugin_->PrepareForUnload();
+        installed = nullptr;
+    }
+    pluginRun(const pluginRun&) = delete;
+    pluginRun& operator=(const pluginRun&) = delete;
+
+    simulator::kernel& kernel() { return kernel_; }
+    const std::vector<boost::shared_ptr<minihost::memoryInstance>>& instances() const { return ns_.instances(); }
+
+    /// Runs one query and returns how many instances were committed.
+    std::size_t query(const std::vector<std::string>& classNames) {
+        const std::size_t before = instances().size();
+        TScsidevPluginCallbacks::classList requested;
+        for (const auto& name : classNames)
+            requested.push_back(ns_.GetClass(name, {}));
+        plugin_->GetData(ns_.handle(), requested);
+        return instances().size() - before;
+    }
+
+    void queryAll(const fuzz::queryList& queries) {
+        constexpr std::size_t mostQueries = 8, mostClasses = 8; // more of them cost time and show nothing new
+        for (std::size_t i = 0; i < std::min(queries.size(), mostQueries); ++i) {
+            std::vector<std::string> names;
+            for (std::size_t j = 0; j < std::min(queries[i].size(), mostClasses); ++j)
+                names.emplace_back(minihost::classTable()[queries[i][j] % minihost::classTable().size()].name);
+            query(names);
+        }
+    }
+
+private:
+    simulator::kernel kernel_;
+    minihost::memoryNamespace ns_;
+    TScsidevPluginCallbacks* plugin_;
+};
+
+void checkDrives(pluginRun& run) {
+    const std::vector<std::string> drivesOnly{"KORVA_CDVDDevice"};
+    const std::size_t drives = run.query(drivesOnly);
+    fuzz::require(run.query(drivesOnly) == drives, "a second query finds the same drives");
+    for (std::size_t i = run.instances().size() - drives; i < run.instances().size(); ++i) {
+        const std::string name = *run.instances()[i]->find("Name");
         fuzz::require(name.find('/') == std::string::npos, "a drive's name is a bare one");
-        for (const auto& path : virtualDrives)
+        for (const auto& path : run.kernel().simulated().virtualDevices[1])
             fuzz::require(path.find(name) == std::string::npos, "virtual drives are left out");
     }
+}
+
+/// What a host sees of the queries on a machine: the log, and behind it the instances.
+std::string seenByHost(const simulator::machine& machine, const fuzz::queryList& queries) {
+    std::ostringstream seen;
+    minihost::setLogSink([&seen](int level, const std::string& text) { seen << level << ' ' << text << '\n'; });
+    pluginRun run(machine);
+    run.queryAll(queries);
+    minihost::setLogSink(nullptr);
+    inventory::writeJson({"", {{{}, run.instances(), std::nullopt}}}, seen);
+    return seen.str();
 }
 
 } // namespace
 
 simulator::kernel* simulator::activeKernel() { return installed; }
-simulator::recorder* simulator::activeRecorder() { return nullptr; }
+simulator::recorder* simulator::activeRecorder() { return watching; }
 
 // The host's services, answered by the machine: no process is started and no file is read.
 
@@ -56,34 +114,28 @@ bool TOSSpecific::getOrvexVirtualDevices(int kind, std::vector<std::string>& lis
     return true;
 }
 
-void fuzz::checkPluginRun(simulator::machine machine, std::vector<std::vector<std::uint8_t>> queries) {
-    simulator::kernel kernel(std::move(machine));
-    installed = &kernel;
+void fuzz::checkPluginRun(const simulator::machine& machine, const queryList& queries) {
+    pluginRun run(machine);
+    run.queryAll(queries);
+    checkDrives(run);
+    fuzz::require(run.kernel().openDescriptors() == 0, "every node is closed again");
+    run.kernel().simulated().nodes.clear();
+    const std::vector<std::string> elementsOnly{"KORVA_SysBusDeviceFirmwareElement"};
+    run.query(elementsOnly);
+    fuzz::require(run.query(elementsOnly) == 0, "a query consumes the records of those before it");
+}
 
-    auto& registered = minihost::registeredPlugins();
-    for (auto* const loaded : registered) // at the first run, the one that came with this program
-        loaded->PrepareForUnload();
-    auto& plugin = *new TScsidevPluginCallbacks; // which registers itself
-    registered.clear();
-    minihost::memoryNamespace ns;
-    plugin.Init();
+void fuzz::checkReplay(const simulator::machine& machine, const queryList& queries) {
+    simulator::recorder recorder;
+    watching = &recorder;
+    const std::string seen = seenByHost(machine, queries);
+    watching = nullptr;
+    // What does not come from the interposed calls.
+    recorder.recorded().name = machine.name;
+    recorder.recorded().opticalTable = machine.opticalTable;
+    for (const int kind : {0, 1})
+        recorder.recorded().virtualDevices[kind] = machine.virtualDevices[kind];
 
-    constexpr std::size_t mostQueries = 8, mostClasses = 8; // more of them cost time and show nothing new
-    queries.resize(std::min(queries.size(), mostQueries));
-    for (auto& positions : queries) {
-        TScsidevPluginCallbacks::classList requested;
-        positions.resize(std::min(positions.size(), mostClasses));
-        for (const std::uint8_t position : positions)
-            requested.push_back(
-                ns.GetClass(std::string(minihost::classTable()[position % minihost::classTable().size()].name), {}));
-        query(plugin, ns, requested);
-    }
-    checkDrives(plugin, ns, kernel.simulated().virtualDevices[1]);
-    fuzz::require(kernel.openDescriptors() == 0, "every node is closed again");
-    kernel.simulated().nodes.clear();
-    const auto element = ns.GetClass("KORVA_SysBusDeviceFirmwareElement", {});
-    query(plugin, ns, {element});
-    fuzz::require(query(plugin, ns, {element}) == 0, "a query consumes the records of those before it");
-    plugin.PrepareForUnload();
-    installed = nullptr;
+    const std::string written = simulator::machineFileText(recorder.recorded());
+    require(seenByHost(simulator::parseMachine(written, "recording"), queries) == seen, "a replay shows the same");
 }
