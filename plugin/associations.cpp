@@ -3,7 +3,6 @@
 #include "plugin/cimnames.h"
 
 using NHALDEN20::ICIMInstance;
-using NHALDEN20::ICIMNamespace;
 using NHALDEN20::TCIMReference;
 using NHALDEN20::TCIMValue;
 using NHALDEN20::TContext;

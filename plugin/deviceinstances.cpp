@@ -31,9 +31,7 @@ bool belongsToRequest(const busDevice& record, const std::string& firstClass) {
 
 /// An array of one text. Not `{text}` in place of the vector: g++ 14 reads one value in braces as a value to be
 /// converted to a vector, which gives an empty one.
-TCIMValue arrayOf(const std::string& text) {
-    return TCIMValue(NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(1, text));
-}
+TCIMValue arrayOf(const std::string& text) { return {NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(1, text)}; }
 
 void writeDeviceInstance(const busDevice& record, ICIMInstance& instance) {
     const TContext none;

@@ -50,7 +50,7 @@ protected:
     }
 
     boost::shared_ptr<foreignInstance> commitForeign(const strings& className) {
-        const auto instance = boost::make_shared<foreignInstance>(namespace_, className[0], asked_);
+        auto instance = boost::make_shared<foreignInstance>(namespace_, className[0], asked_);
         instance->AddToClass({});
         return instance;
     }

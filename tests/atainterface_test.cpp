@@ -46,6 +46,8 @@ TEST_F(AtaInterface, CopiesTheDataBehindTheRegisters) {
     EXPECT_THAT(calls(), Contains("ioctl /dev/hda HDIO_DRIVE_CMD ec 00 00 01").Times(2));
     EXPECT_THAT(calls(), Contains("ioctl /dev/hda CDROM_GET_CAPABILITY").Times(1))
         << "the plain pass-through asks nothing";
+    send({5, 1, 2, 3, 4, 0xA0, 0xA1});
+    EXPECT_EQ(calls()[calls().size() - 2], "ioctl /dev/hda HDIO_DRIVE_CMD a1 02 05 01");
 }
 
 TEST_F(AtaInterface, DoesNotIdentifyAnOpticalDrive) {

@@ -78,7 +78,8 @@ TEST_F(DeviceHandle, IdentifiesScsiDisksAndTapes) {
         scsiDevice device;
         EXPECT_EQ(device.initialize("/dev/sg", 7), c.result);
         EXPECT_EQ(device.deviceType, c.type);
-        EXPECT_EQ(device.target, c.result == 1 ? 4 : 0);
+        EXPECT_EQ((std::vector{device.host, device.channel, device.target, device.lun}),
+                  c.result == 1 ? (std::vector{3, 1, 4, 2}) : std::vector<int>(4));
         EXPECT_EQ(device.getBusType(), 1);
     }
     takeLog();
