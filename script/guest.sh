@@ -1,6 +1,6 @@
-# Builds a guest from a Debian kernel and this machine's own programs, and boots it under QEMU. Sourced by script/test-vm
-# and script/bench-vm, which set $root and, before they call what needs them, $work (their own directory), $guestTools,
-# $modules and $program (the directory of the program and the plug-in).
+# Builds a guest from a Debian kernel and this machine's own programs, and boots it under QEMU. Sourced by
+# script/test-vm and script/bench-vm, which set $root and, before they call what needs them, $work (their own
+# directory), $guestTools, $modules and $program (the directory of the program and the plug-in).
 #
 # Exit statuses of both: 2 something needed is missing; 3 kernel panic; 4 time-out; 5 a device of the guest did not come
 # up, or its init failed.
