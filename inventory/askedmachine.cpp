@@ -30,6 +30,17 @@ namespace inventory {
 
 using simulator::recorder;
 
+namespace {
+
+/// What the recorder has to keep: copies of answers cost time.
+recorder::keeps wanted(const options& options) {
+    if (!options.recordFile.empty())
+        return recorder::keeps::everything;
+    return options.queries.size() > 1 && !options.askAgain ? recorder::keeps::answers : recorder::keeps::nothing;
+}
+
+} // namespace
+
 // While a shell command runs, the C library lets an interrupt from the terminal end the command only. The user means
 // the run.
 void askedMachine::watcher::ran(const std::string& command, int status) {
@@ -40,8 +51,7 @@ void askedMachine::watcher::ran(const std::string& command, int status) {
     recorder::ran(command, status);
 }
 
-askedMachine::askedMachine(const options& options)
-    : options_(options), recorder_(options.recordFile.empty() ? recorder::keeps::nothing : recorder::keeps::answers) {
+askedMachine::askedMachine(const options& options) : options_(options), recorder_(wanted(options)) {
     if (!options.machineFile.empty()) {
         kernel_.emplace(simulator::readMachineFile(options.machineFile));
         if (std::getenv(sleepVariable) != nullptr)
@@ -56,6 +66,19 @@ askedMachine::askedMachine(const options& options)
 askedMachine::~askedMachine() {
     ::activeRecorder = nullptr;
     ::activeKernel = nullptr;
+}
+
+void askedMachine::beginQuery() {
+    if (options_.askAgain || !recorder_.sawDevices())
+        return;
+    if (!again_) {
+        using simulator::kernel;
+        recorder_.endWalk();
+        again_.emplace(recorder_.walkedAgain(kernel_ ? kernel_->simulated() : simulator::machine()),
+                       kernel::calls::forgotten, kernel_ ? kernel::scope::machine : kernel::scope::devices);
+        ::activeKernel = &*again_;
+    }
+    again_->rewind();
 }
 
 std::vector<std::string> askedMachine::virtualDevices(int kind) const {

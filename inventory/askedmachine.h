@@ -13,7 +13,8 @@ namespace inventory {
 /// The machine that a run asks: this one, or the one of a machine file.
 ///
 /// While it lives, the system calls of this process, the plug-in's among them, go through it: a simulated machine
-/// answers those on its device nodes, and all are watched. One at a time.
+/// answers those on its device nodes, and all are watched. The first query that asks the devices is recorded, and the
+/// later ones get the same answers again. One at a time.
 class askedMachine {
 public:
     /// Throws simulator::machineFileError when the machine file cannot be used, and std::runtime_error when there is a
@@ -22,6 +23,10 @@ public:
     ~askedMachine();
     askedMachine(const askedMachine&) = delete;
     askedMachine& operator=(const askedMachine&) = delete;
+
+    /// To be called before each query: from the one after the first that asked the devices, these are not asked any
+    /// more, unless the options want that. No waiting time is spent again.
+    void beginQuery();
 
     bool isSimulated() const { return kernel_.has_value(); }
 
@@ -49,6 +54,7 @@ private:
 
     const options& options_;
     std::optional<simulator::kernel> kernel_; ///< none: this machine's own
+    std::optional<simulator::kernel> again_;  ///< what the devices answered, once that is to be answered again
     watcher recorder_;
 };
 

@@ -27,7 +27,7 @@ constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
 
 /// Runs the queries, with the log and, on a terminal, what is done right now on standard error.
-inventory::runResult runVisibly(const inventory::options& options, const inventory::askedMachine& machine,
+inventory::runResult runVisibly(const inventory::options& options, inventory::askedMachine& machine,
                                 minihost::memoryNamespace& ns, inventory::remarks& remarks) {
     inventory::statusLine status;
     return inventory::run(options, machine, ns,
@@ -58,7 +58,7 @@ void writeResult(const inventory::runResult& result, const inventory::options& o
 }
 
 int show(const inventory::options& options) {
-    const inventory::askedMachine machine(options);
+    inventory::askedMachine machine(options);
     minihost::memoryNamespace ns;
     inventory::remarks remarks;
     const inventory::runResult result = runVisibly(options, machine, ns, remarks);

@@ -130,6 +130,9 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
                    "bug report; serial numbers are part of it")
         ->type_name("FILE");
     app.add_flag("--force", options.force, "Let --record replace the file");
+    app.add_flag("--ask-again", options.askAgain,
+                 "Ask the devices anew for every query; otherwise later\n"
+                 "queries get the answers that the first one got");
     app.add_option("--plugin", raw.file, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
     app.add_flag("--schema", raw.schema, "Print the class declarations as MOF, and nothing else");
     app.footer("\nExamples:\n"

@@ -18,6 +18,7 @@ struct options {
     std::string plugin;
     std::string recordFile; ///< empty: nothing is recorded
     bool force = false;     ///< the file to record into may be replaced
+    bool askAgain = false;  ///< the devices, for every query
 };
 
 /// The outcome of reading a command line: options to run with, the wish for the class declarations, or a text

@@ -34,8 +34,7 @@ std::size_t runResult::instanceCount() const {
     return count;
 }
 
-runResult run(const options& options, const askedMachine& machine, minihost::memoryNamespace& ns,
-              const runEvents& events) {
+runResult run(const options& options, askedMachine& machine, minihost::memoryNamespace& ns, const runEvents& events) {
     for (const int kind : {0, 1})
         minihost::setVirtualDevices(kind, machine.virtualDevices(kind));
     runResult result{NHALDEN20::TOSSpecific::GetMachineName(), {}};
@@ -46,6 +45,7 @@ runResult run(const options& options, const askedMachine& machine, minihost::mem
     minihost::pluginLibrary plugin(options.plugin);
     for (const auto& classNames : options.queries) {
         events.step(classNames.front());
+        machine.beginQuery();
         result.queries.push_back(runQuery(classNames, plugin, ns));
         if (result.failed())
             break;

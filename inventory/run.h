@@ -37,7 +37,6 @@ struct runEvents {
 
 /// Loads the plug-in, runs the queries one after the other in `ns`, which outlives the result, and unloads
 /// it. Throws minihost::pluginError when the plug-in cannot be used.
-runResult run(const options& options, const askedMachine& machine, minihost::memoryNamespace& ns,
-              const runEvents& events);
+runResult run(const options& options, askedMachine& machine, minihost::memoryNamespace& ns, const runEvents& events);
 
 } // namespace inventory

@@ -67,8 +67,14 @@ answer simulated(int fd, Call call) {
     return simulated([&](kernel& active) { return fd < 0 || active.owns(fd) ? answer(call(active)) : std::nullopt; });
 }
 
+/// The simulated kernel where it stands for more than device nodes, or null.
+kernel* activeMachine() {
+    kernel* const active = activeKernel();
+    return active != nullptr && active->isWholeMachine() ? active : nullptr;
+}
+
 bool isSimulatedTable(const char* path) {
-    return activeKernel() != nullptr && std::strcmp(path, simulator::opticalTablePath) == 0;
+    return activeMachine() != nullptr && std::strcmp(path, simulator::opticalTablePath) == 0;
 }
 
 /// Tells the recorder, if there is one, without touching errno.
@@ -105,7 +111,7 @@ FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
 }
 
 int hostName(char* name, std::size_t size) {
-    if (kernel* const active = activeKernel()) {
+    if (kernel* const active = activeMachine()) {
         std::snprintf(name, size, "%s", active->simulated().name.c_str());
         return 0;
     }
@@ -234,7 +240,7 @@ int __gethostname_chk(char* name, std::size_t size, std::size_t /*room*/) noexce
 int posix_spawnp(pid_t* child, const char* file, const posix_spawn_file_actions_t* actions,
                  const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment) {
     static auto* const real = behind<decltype(::posix_spawnp)>("posix_spawnp");
-    const redirectedArguments redirected(activeKernel(), arguments);
+    const redirectedArguments redirected(activeMachine(), arguments);
     return real(child, file, actions, attributes, redirected.list(), environment);
 }
 

@@ -23,6 +23,12 @@ int fail(int error) {
 
 } // namespace
 
+void kernel::rewind() {
+    machine_.modprobe.rewind();
+    for (auto& [path, node] : machine_.nodes)
+        eachAnswer(node, [](const char* /*name*/, auto& answers) { answers.rewind(); });
+}
+
 int kernel::open(const std::string& path) {
     note([&] { return "open " + path; });
     const auto found = machine_.nodes.find(path);
@@ -79,6 +85,8 @@ bool kernel::skipsSleep(unsigned seconds) {
 
 bool kernel::system(const std::string& command, int& status) {
     const shellCommand known = commandOf(command);
+    if (!isWholeMachine() && known.kind != shellCommand::modprobe)
+        return false;
     status = 0;
     switch (known.kind) {
     case shellCommand::modprobe:

@@ -18,14 +18,22 @@ namespace simulator {
 class kernel {
 public:
     enum class calls { forgotten, kept };
+    enum class scope {
+        machine, ///< all that a machine file tells
+        devices  ///< the device nodes, loading their driver and waiting for them; the rest is the real machine's
+    };
 
-    explicit kernel(machine simulated, calls record = calls::forgotten)
-        : machine_(std::move(simulated)), record_(record == calls::kept) {}
+    explicit kernel(machine simulated, calls record = calls::forgotten, scope standsFor = scope::machine)
+        : machine_(std::move(simulated)), record_(record == calls::kept), scope_(standsFor) {}
     virtual ~kernel() = default;
     kernel(const kernel&) = delete;
     kernel& operator=(const kernel&) = delete;
 
     bool owns(int fd) const { return open_.count(fd) != 0; }
+    bool isWholeMachine() const { return scope_ == scope::machine; }
+
+    /// Answers each request with its first answer again.
+    void rewind();
 
     /// The descriptor is a real one, of /dev/null, and so differs from all others of the process.
     virtual int open(const std::string& path);
@@ -61,6 +69,7 @@ private:
 
     machine machine_;
     bool record_;
+    scope scope_;
     std::map<int, std::string> open_; // descriptor to path
     std::vector<std::string> calls_;
     unsigned secondsSkipped_ = 0;

@@ -23,8 +23,17 @@ public:
 
     void add(T answer) { list_.push_back(std::move(answer)); }
 
+    /// Leaves the last answer only.
+    void keepLast() {
+        if (!list_.empty())
+            list_.erase(list_.begin(), list_.end() - 1);
+    }
+
     /// The next answer. There must be one.
     const T& next() { return list_[position_ + 1 < list_.size() ? position_++ : position_]; }
+
+    /// The next answer is the first one again.
+    void rewind() { position_ = 0; }
 
 private:
     std::vector<T> list_;

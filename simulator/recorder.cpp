@@ -60,6 +60,8 @@ void recorder::opened(std::string_view path, int fd, int error) {
         refused_[std::string(path)] = refused;
     if (!keepsAnswers_ || !isNodePath(path))
         return;
+    if (fd < 0 && error == ENOENT && !keepsTexts_)
+        return; // a simulated machine has no other nodes than those recorded
     const std::string name(path);
     machine_.nodes[name].open.add({0, fd >= 0 ? 0 : error});
     if (fd >= 0)
@@ -67,6 +69,16 @@ void recorder::opened(std::string_view path, int fd, int error) {
 }
 
 void recorder::closed(int fd) { open_.erase(fd); }
+
+machine recorder::walkedAgain(machine rest) const {
+    rest.modprobe = machine_.modprobe;
+    rest.nodes = machine_.nodes;
+    for (auto& [path, node] : rest.nodes) {
+        node.inquiry.keepLast();
+        node.serialPage.keepLast();
+    }
+    return rest;
+}
 
 nodeCount recorder::nodes() const {
     nodeCount count;
@@ -116,22 +128,15 @@ void recorder::answered(int fd, unsigned long request, const void* argument, int
 }
 
 void recorder::ran(const std::string& command, int status) {
-    if (!keepsAnswers_)
-        return;
-    switch (commandOf(command).kind) {
-    case shellCommand::modprobe:
+    const shellCommand known = commandOf(command);
+    if (keepsAnswers_ && known.kind == shellCommand::modprobe)
         machine_.modprobe.add(status == 0 ? 0 : std::max(1, WEXITSTATUS(status)));
-        break;
-    case shellCommand::usbQuery:
-        machine_.usbListing = contentOf(commandOf(command).file);
-        break;
-    default:
-        break;
-    }
+    if (keepsTexts_ && known.kind == shellCommand::usbQuery)
+        machine_.usbListing = contentOf(known.file);
 }
 
 void recorder::readsOpticalTable() {
-    if (keepsAnswers_ && std::ifstream(opticalTablePath).is_open())
+    if (keepsTexts_ && std::ifstream(opticalTablePath).is_open())
         machine_.opticalTable = contentOf(opticalTablePath);
 }
 

@@ -20,9 +20,14 @@ struct nodeCount {
 /// too many. For one thread.
 class recorder {
 public:
-    enum class keeps { nothing, answers };
+    enum class keeps {
+        nothing,   ///< but which nodes were there
+        answers,   ///< of the device nodes, and whether their driver could be loaded
+        everything ///< the optical-drive table and the USB listing as well, which it reads for itself
+    };
 
-    explicit recorder(keeps wanted) : keepsAnswers_(wanted == keeps::answers) {}
+    explicit recorder(keeps wanted = keeps::everything)
+        : keepsAnswers_(wanted != keeps::nothing), keepsTexts_(wanted == keeps::everything) {}
     virtual ~recorder() = default;
     recorder(const recorder&) = delete;
     recorder& operator=(const recorder&) = delete;
@@ -46,8 +51,19 @@ public:
     /// What was recorded so far.
     const machine& recorded() const { return machine_; }
 
+    /// Has anything been recorded of device nodes or their driver?
+    bool sawDevices() const { return !machine_.nodes.empty() || !machine_.modprobe.empty(); }
+
+    /// The machine `rest` with device nodes and a driver that answer as those recorded did: of a command that was
+    /// retried, only the last answer.
+    machine walkedAgain(machine rest) const;
+
+    /// Keeps no more answers of device nodes from now on.
+    void endWalk() { keepsAnswers_ = false; }
+
 private:
     bool keepsAnswers_;
+    bool keepsTexts_;
     std::map<std::string, bool> refused_; // by the path of a node that is there
     machine machine_;
     std::map<int, std::string> open_; // descriptor to path

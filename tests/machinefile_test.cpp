@@ -158,7 +158,7 @@ TEST(Recorder, WritesDownTheAnswerToEveryRequest) {
         "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": 3145727}}})",
                                                          "file.json");
     simulator::kernel kernel(machine);
-    simulator::recorder recorder(simulator::recorder::keeps::answers);
+    simulator::recorder recorder(simulator::recorder::keeps::everything);
     const int fd = kernel.open("/dev/sg0");
     recorder.opened("/dev/sg0", fd, 0);
     const auto ask = [&](int number, void* argument) {

@@ -113,9 +113,9 @@ protected:
     }
 
     /// A file of this content, outside the working directory.
-    std::string fileWith(const std::string& content) {
-        std::ofstream(root_ / "file.json") << content;
-        return (root_ / "file.json").string();
+    std::string fileWith(const std::string& content, const std::string& name = "file.json") {
+        std::ofstream(root_ / name) << content;
+        return (root_ / name).string();
     }
 
     std::string output, errors;
@@ -321,6 +321,59 @@ TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
             << "with tapes first, other devices have to be cartridge drives to be shown";
     EXPECT_EQ(queries[1]["instances"].size(), 8U) << "the named virtual device is left out";
     EXPECT_EQ(queries[2]["instances"].size(), 2U);
+}
+
+TEST_F(Program, SteadyDevicesMakeLaterQueriesAsIfAskedAgain) {
+    auto endedWalk = nlohmann::json::parse(contentOf(machines + "rack-server.json"));
+    endedWalk["nodes"]["/dev/sg2"]["inquiry"]["data"] = {"00000502 1f000000", {{"text", "BLANK"}, {"size", 28}}};
+    std::vector<std::string> files{fileWith(endedWalk.dump())};
+    for (const auto& entry : fs::directory_iterator(machines)) {
+        if (entry.path().stem() != "oddities") // whose devices change
+            files.push_back(entry.path().string());
+    }
+    for (const auto& file : files) {
+        SCOPED_TRACE(file);
+        run("% --format json --log-level 3 --machine " + file);
+        const std::string once = output, log = logLines(errors);
+        run("% --format json --log-level 3 --ask-again --machine " + file);
+        EXPECT_EQ(once, output);
+        EXPECT_EQ(log, logLines(errors));
+    }
+}
+
+TEST_F(Program, ChangingDevicesAreAskedOnce) {
+    auto changing = nlohmann::json::parse(contentOf(machines + "rack-server.json"));
+    auto& nodes = changing["nodes"];
+    changing["modprobe"] = {0, 1};
+    nodes["/dev/sg0"]["open"] = {true, "EACCES"};
+    nodes["/dev/sg1"]["inquiry"] = {nodes["/dev/sg1"]["inquiry"], nodes["/dev/sg2"]["inquiry"]};
+    const std::string file = fileWith(changing.dump()), recording = fileWith("", "recording.json");
+    // To the program, a machine that the preload library simulates is this machine. The sanitizers want to be loaded
+    // before that library and are told to do without.
+    const std::string thisMachine = "export ASAN_OPTIONS=verify_asan_link_order=0; SCSIDEV_MACHINE=" + file + ' ' +
+                                    preloaded + "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
+    for (const std::string& command : {"% --machine " + file, thisMachine}) {
+        run(command + " --format json --log-level 1");
+        EXPECT_EQ(output, contentOf(expected + "rack-server.json"));
+        EXPECT_EQ(logLines(errors), "");
+        run(command + " --force --record " + recording);
+        const auto recorded = nlohmann::json::parse(contentOf(recording));
+        EXPECT_EQ(recorded["modprobe"], 0) << "a recording holds one walk";
+        EXPECT_EQ(recorded["nodes"]["/dev/sg0"]["open"], true);
+        run(command + " --ask-again");
+        EXPECT_THAT(logLines(errors), HasSubstr("[0] sg module is not loaded correctly"));
+    }
+
+    changing["modprobe"] = 0;
+    nodes["/dev/sg10"]["inquiry"] = {{"sense", "70 00 02 00 00 00 00 0a 00 00 00 00 04 01"}};
+    nodes["/dev/sg1"]["sgVersion"] = {30536, "EIO"}; // its serial number cannot be read
+    fileWith(changing.dump());
+    EXPECT_EQ(jsonOf("% --machine " + file)["queries"][4]["instances"].size(), 8U)
+        << "all firmware elements but one: each query begins with the first answers";
+    EXPECT_THAT(errors, EndsWith("simulated machine: 35 s of sleeping skipped\n")) << "10 s are of other devices";
+    run(thisMachine);
+    EXPECT_THAT(errors, EndsWith("simulated machine: 35 s of sleeping skipped\n"))
+        << "the waits of this machine are real";
 }
 
 TEST_F(Program, ARecordingReplaysToTheSameOutput) {
