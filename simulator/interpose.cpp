@@ -92,9 +92,8 @@ int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
         return realOpen(path, flags, mode); // which refuses it
     if (isSimulatedTable(path))
         return activeKernel()->openOpticalTable();
-    const answer own = simulator::isNodePath(path)
-                           ? simulated([path](kernel& active) { return answer(active.open(path)); })
-                           : std::nullopt;
+    const answer own = simulated(
+        [path](kernel& active) { return simulator::isNodePath(path) ? answer(active.open(path)) : std::nullopt; });
     const int fd = own ? *own : realOpen(path, flags, mode);
     tellRecorder([&](recorder& recording, int error) { recording.opened(path, fd, error); });
     return fd;

@@ -325,7 +325,7 @@ TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
 
 TEST_F(Program, SteadyDevicesMakeLaterQueriesAsIfAskedAgain) {
     auto endedWalk = nlohmann::json::parse(contentOf(machines + "rack-server.json"));
-    endedWalk["nodes"]["/dev/sg2"]["inquiry"]["data"] = {"00000502 1f000000", {{"text", "BLANK"}, {"size", 28}}};
+    endedWalk["nodes"]["/dev/sg0"]["inquiry"]["data"] = {"00000502 1f000000", {{"text", "BLANK"}, {"size", 28}}};
     std::vector<std::string> files{fileWith(endedWalk.dump())};
     for (const auto& entry : fs::directory_iterator(machines)) {
         if (entry.path().stem() != "oddities") // whose devices change
