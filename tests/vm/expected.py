@@ -89,11 +89,15 @@ def instances(className, collector, records, made):
     return [association(record, devices, made["KORVA_SysBusDeviceFirmwareElement"]) for record in records]
 
 
-# What a run with these queries, one class each, must yield: its document, its telling log lines, its system calls.
+# What a run with these queries, one class each, must yield: its document, its telling log lines, its system calls. Only
+# the first query asks the devices; the others get the same answers.
 def run(answers, queries, virtualNodes=(), virtualDrives=()):
     collector = Collector(answers, virtualNodes, virtualDrives)
     made = {}
+    callsOfQueries = []
     for query in queries:
         made[query] = instances(query, collector, collector.lookAtNodes(), made)
+        callsOfQueries.append(collector.calls)
+        collector.calls = []
     queried = [{"classes": [query], "instances": found} for query, found in made.items()]
-    return {"machine": answers.machine, "queries": queried}, collector.log, collector.calls
+    return {"machine": answers.machine, "queries": queried}, collector.log, callsOfQueries[0]
