@@ -39,7 +39,7 @@ int kernel::open(const std::string& path) {
         return fail(error);
     const int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (fd >= 0)
-        open_[fd] = path;
+        open_[fd] = &*found;
     return fd;
 }
 
@@ -61,7 +61,7 @@ int kernel::openOpticalTable() {
 int kernel::close(int fd) {
     if (!owns(fd))
         return fail(EBADF);
-    note([&] { return "close " + open_[fd]; });
+    note([&] { return "close " + open_[fd]->first; });
     open_.erase(fd);
     return ::close(fd);
 }
@@ -72,8 +72,9 @@ int kernel::ioctl(int fd, unsigned long request, void* argument) {
         note([&] { return "ioctl closed " + requestText(request, argument); });
         return fail(EBADF);
     }
-    note([&] { return "ioctl " + found->second + " " + requestText(request, argument); });
-    const requestResult result = answer(found->second, machine_.nodes[found->second], request, argument);
+    auto& [path, node] = *found->second;
+    note([&, &path = path] { return "ioctl " + path + " " + requestText(request, argument); });
+    const requestResult result = answer(path, node, request, argument);
     return result.error == 0 ? result.value : fail(result.error);
 }
 

@@ -70,7 +70,7 @@ private:
     machine machine_;
     bool record_;
     scope scope_;
-    std::map<int, std::string> open_; // descriptor to path
+    std::map<int, std::pair<const std::string, node>*> open_; // descriptor to node, which stays in the machine
     std::vector<std::string> calls_;
     unsigned secondsSkipped_ = 0;
     bool sleepsForReal_ = false;
