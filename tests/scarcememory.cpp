@@ -28,11 +28,15 @@ bool fails() {
 
 } // namespace
 
-void* operator new(std::size_t size) {
+void* operator new(std::size_t size, const std::nothrow_t& /*null on failure*/) noexcept {
     void* const memory = fails() ? nullptr : std::malloc(size == 0 ? 1 : size);
+    alive += memory == nullptr ? 0 : 1;
+    return memory;
+}
+void* operator new(std::size_t size) {
+    void* const memory = operator new(size, std::nothrow);
     if (memory == nullptr)
         throw std::bad_alloc();
-    ++alive;
     return memory;
 }
 void operator delete(void* memory) noexcept { release(memory); }
