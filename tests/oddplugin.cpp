@@ -1,6 +1,6 @@
-// A plug-in that fails at the step that ODD_PLUGIN names: load, init, query (after its first instance). It throws a
-// number in Init when told to, sends itself SIGTERM in a query when told to "terminate", sets properties that its class
-// does not declare when told to "drift", and does not register for "nothing".
+// A plug-in that does what ODD_PLUGIN says: "init" and "query" throw at that step ("query" after the first instance),
+// "number" throws a number in Init, "terminate" sends SIGTERM to the process in a query, "drift" sets properties that
+// the class does not declare, and "nothing" registers no plug-in.
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
@@ -68,7 +68,6 @@ public:
 };
 
 [[gnu::constructor]] void registerPlugin() {
-    failAt("load");
     if (oddity() != "nothing")
         boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
             ->RegisterPlugin(new oddPlugin);

@@ -223,7 +223,6 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"% --plugin missing.so", "missing.so: cannot open shared object file"},
         {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
         {"ODD_PLUGIN=nothing %" + oddPlugin, "to register one plug-in that collects data, it registered 0"},
-        {"ODD_PLUGIN=load %" + oddPlugin, "the plug-in failed while it was loaded: odd \\x1b[2J load"},
         {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \\x1b[2J init"},
         {"ODD_PLUGIN=number %" + oddPlugin, "Init failed: an exception of an unknown type"},
         {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
