@@ -130,12 +130,13 @@ void fuzz::checkReplay(const simulator::machine& machine, const queryList& queri
     watching = &recorder;
     const std::string seen = seenByHost(machine, queries);
     watching = nullptr;
-    // What does not come from the interposed calls.
-    recorder.recorded().name = machine.name;
-    recorder.recorded().opticalTable = machine.opticalTable;
+    simulator::machine recorded = recorder.recorded();
+    // These three reach the plug-in through the host's services, which the recorder does not see.
+    recorded.name = machine.name;
+    recorded.opticalTable = machine.opticalTable;
     for (const int kind : {0, 1})
-        recorder.recorded().virtualDevices[kind] = machine.virtualDevices[kind];
+        recorded.virtualDevices[kind] = machine.virtualDevices[kind];
 
-    const std::string written = simulator::machineFileText(recorder.recorded());
+    const std::string written = simulator::machineFileText(recorded);
     require(seenByHost(simulator::parseMachine(written, "recording"), queries) == seen, "a replay shows the same");
 }
