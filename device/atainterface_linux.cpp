@@ -23,7 +23,7 @@ constexpr std::size_t taskAnswerOffset = 1; // the error register of HDIO_DRIVE_
 constexpr std::size_t commandDataOffset = 4;
 
 void refuseOpticalDrive(int fd) {
-    // Answered with a positive number by optical drives, so only -1 means that the node is none.
+    // An optical drive returns its capabilities as a number, so only -1 means that this is none.
     if (::ioctl(fd, CDROM_GET_CAPABILITY, 0) == -1)
         return;
     hostLog(progress, "Aborting inquiry to cdrom...");
@@ -34,7 +34,7 @@ void requireSuccess(int result, const unsigned char* command) {
     if (result == 0)
         return;
     std::stringstream text;
-    // The feature register, not the command: support staff search for this wording.
+    // The number is the feature register's, whatever the text says: support staff search for it as it is.
     text << "ATA " << std::hex << static_cast<unsigned>(command[feature]) << "command returned fail: ";
     hostLog(progress, text.str());
     throw scsiException(text.str());
@@ -73,7 +73,7 @@ int ataInterface::executeCommand(int fd, unsigned char* command, unsigned char* 
 }
 
 int ataInterface::executePassThroughCmd(int fd, unsigned char* command, unsigned char* out, int size) {
-    unsigned char request[requestSize]; // not cleared: the driver fills what the command returns
+    unsigned char request[requestSize]; // not cleared: the driver fills in what the command returns
     driveCommand(fd, command, request);
     std::memcpy(out, request + commandDataOffset, static_cast<std::size_t>(size));
     return 0;

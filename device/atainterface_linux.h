@@ -3,9 +3,9 @@
 /// Sends ATA commands to a node through the IDE driver's HDIO requests (linux/hdreg.h).
 ///
 /// A command is seven bytes: feature, sector count, sector number, cylinder low, cylinder high,
-/// device/select, command. `size` is the number of bytes to copy to `out`, 512 at most. Failure is logged and
-/// thrown as scsiException; `out` is then untouched. No bytes are swapped. The int returned carries no
-/// meaning.
+/// device/select, command. `size` is the number of bytes to copy to `out`, 512 at most, as they come: no bytes
+/// are swapped. A failure is logged and thrown as scsiException, and leaves `out` untouched. The result is
+/// always 0.
 class ataInterface {
 public:
     /// Refuses IDENTIFY DEVICE on an optical drive. With feature 0xDA (SMART RETURN STATUS) `out` receives

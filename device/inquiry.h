@@ -8,7 +8,7 @@
 /// Reads the fields of a standard INQUIRY answer (SPC-4, 6.4.2) where it lies.
 ///
 /// Owns nothing: `answer` points at answerSize readable bytes and must outlive the view.
-/// A text ends at its first zero byte; padding is kept: who shows it decides what to trim.
+/// A text ends at its first zero byte. Padding is kept: callers decide what to trim.
 class inquiryView {
 public:
     static constexpr std::size_t answerSize = 36;
@@ -28,7 +28,7 @@ private:
 /// The low four bits of the peripheral byte: what this system takes as the device type.
 constexpr unsigned char deviceTypeMask = 0x0F;
 
-// Peripheral bytes, qualifier bits included: only a connected device of one of these types is looked at closely.
+// Whole peripheral bytes. Their qualifier bits are 0: the device is connected.
 constexpr unsigned char diskByte = 0;
 constexpr unsigned char tapeByte = 1;
 constexpr unsigned char opticalDriveByte = 5;

@@ -84,7 +84,7 @@ int scsiDevice::initialize(std::string path, int index) {
 }
 
 bool scsiDevice::identifyAta(unsigned char* answer) const {
-    // Device 0 for an odd target, device 1 for an even one.
+    // 0xA0 selects device 0 of the channel, 0xB0 device 1.
     identifyDeviceCommand command(target % 2 != 0 ? 0xA0 : 0xB0);
     try {
         ataInterface().executeCommand(fd, command.registers, answer, identifyDeviceCommand::answerSize);
@@ -99,7 +99,7 @@ bool scsiDevice::identifyScsi() {
     if (passThrough.execSCSICommand(this, inquiry_cmd, inquiryCommandLength) != 0)
         return false;
     const inquiryView inquiry(passThrough.getRawBuffer());
-    if (inquiry.peripheralByte() > 1) // only a connected disk or tape goes on
+    if (inquiry.peripheralByte() > 1) // neither a disk nor a tape, or nothing connected
         return false;
 
     vendor = inquiry.vendor();

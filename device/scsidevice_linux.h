@@ -3,7 +3,7 @@
 #include <exception>
 #include <string>
 
-/// The kinds of bus that an inventory record names. scsiDevice::getBusType answers with other numbers.
+/// The kinds of bus that an inventory record names. scsiDevice::getBusType returns other numbers.
 constexpr unsigned char BusTypeScsi = 0;
 constexpr unsigned char BusTypeAta = 1;
 
@@ -29,10 +29,10 @@ struct scsiAddress {
 /// Is `product` one of the removable-cartridge drives, which count as tapes whatever type they report?
 bool isCartridgeDrive(const std::string& product);
 
-/// The handle on one Linux device node at a time: it names the node, opens it, can identify what answers
-/// there, and closes it.
+/// A handle on one Linux device node at a time: names the node, opens it, identifies the device behind it and
+/// closes it.
 ///
-/// Owned by its creator, never shared. Opening a node closes the one that the handle had open.
+/// Not for sharing: opening a node closes the one that the handle had open.
 class scsiDevice {
 public:
     scsiDevice();

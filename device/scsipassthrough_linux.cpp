@@ -41,6 +41,7 @@ bool offersSgIo(int fd) {
     return ::ioctl(fd, SG_GET_VERSION_NUM, &version) != -1 && version >= firstSgIoVersion;
 }
 
+/// Asks a second time on a newly opened descriptor: the device handle has that one from then on.
 bool offersSgIoAtSecondTry(scsiDevice* device) {
     if (offersSgIo(device->fd))
         return true;
@@ -72,8 +73,8 @@ bool isKnownBehindEmulation(const std::string& product) {
 }
 
 void logFailure(const sg_io_hdr& header, const unsigned char* sense) {
-    // One stream for all four lines: once a sense line has been written, the numbers after it are hexadecimal
-    // too.
+    // One stream for all four lines, on purpose: std::hex stays set on it, so the numbers after a sense line are
+    // hexadecimal, and without a sense line they are decimal. Readers of the log know both.
     std::stringstream text;
     const auto logText = [&text] {
         hostLog(progress, text.str());
@@ -101,7 +102,7 @@ void logFailure(const sg_io_hdr& header, const unsigned char* sense) {
 
 } // namespace
 
-// Not the whole data buffer: 64 KiB for every node are more work than all else that a pass does for it.
+// Clears only what an INQUIRY answer fills: clearing 64 KiB for each node would cost more than the rest of its probing.
 scsiPassThrough::scsiPassThrough() { std::fill_n(dataBuffer, inquiryView::answerSize, 0); } // NOLINT(*-member-init)
 
 int scsiPassThrough::execSCSICommand(scsiDevice* device, unsigned char* cdb, int cdbLength) {
@@ -152,6 +153,8 @@ scsiPassThrough::attempt scsiPassThrough::sendOnce(int fd, unsigned char* cdb, i
     if ((header.info & SG_INFO_OK_MASK) != SG_INFO_CHECK)
         return attempt::succeeded;
 
+    // The sense buffer is read even when this attempt wrote no sense: that of an earlier command then decides. The
+    // pause comes after the last attempt too, and before the lines that say why.
     const bool retry = awaitsRetry();
     if (retry) {
         hostLog(progress, "Retry condition...");

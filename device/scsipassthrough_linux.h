@@ -2,8 +2,8 @@
 
 class scsiDevice;
 
-/// Room for each command descriptor block. A ten-byte block fits, so that the in-place change of bytes 7 and
-/// 8 (see execSCSICommand) stays inside the shorter ones too.
+/// Room for each command descriptor block: ten bytes for six-byte commands too, because execSCSICommand may
+/// overwrite bytes 7 and 8.
 constexpr int commandStorage = 10;
 
 /// Length of the two INQUIRY commands.
@@ -19,15 +19,16 @@ extern unsigned char unload_cmd[commandStorage];
 extern unsigned char prevent_cmd[commandStorage]; ///< PREVENT ALLOW MEDIUM REMOVAL: prevent
 extern unsigned char send_diags[commandStorage];
 extern unsigned char allow_cmd[commandStorage];        ///< PREVENT ALLOW MEDIUM REMOVAL: allow
-extern unsigned char rewind_cmd[commandStorage];       ///< REWIND, answered at once
+extern unsigned char rewind_cmd[commandStorage];       ///< REWIND; the drive answers before it has rewound
 extern unsigned char tapeAlert_cmd[commandStorage];    ///< LOG SENSE, TapeAlert page (0x2E), 512 bytes
 extern unsigned char driveUsage_cmd[commandStorage];   ///< LOG SENSE, supported pages, 65535 bytes
 extern unsigned char deviceStatus_cmd[commandStorage]; ///< LOG SENSE, page 0x33 from parameter 1, 512 bytes
 
 /// Sends SCSI commands to an open node through SG_IO (scsi/sg.h) and keeps the last data and sense.
 ///
-/// A new one holds zeros where an INQUIRY answer and the sense stand, so that no byte that nobody wrote is read.
-/// Nothing clears them afterwards: a short answer leaves what was there before.
+/// At first, the part of the data buffer that an INQUIRY answer fills and the whole sense buffer are zeros, so that
+/// nobody reads bytes that nobody wrote. Nothing clears the buffers later: behind a short answer stands what was there
+/// before.
 class scsiPassThrough {
 public:
     scsiPassThrough();

@@ -18,7 +18,7 @@ namespace {
 
 using clock = std::chrono::steady_clock;
 
-/// Closes a descriptor.
+/// Owns a descriptor.
 class descriptor {
 public:
     explicit descriptor(int fd) : fd_(fd) {}
@@ -38,17 +38,19 @@ private:
 
 /// Starts the child with `output` as its standard output. -1: it cannot be started.
 pid_t start(const std::string& command, const std::vector<std::string>& arguments, int output) {
-    std::vector<char*> argv{const_cast<char*>(command.c_str())};
+    std::vector<char*> argv{const_cast<char*>(command.c_str())}; // the type is C's: the texts are not written to
     for (const auto& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
 
+    // posix_spawnp, not fork: between fork and exec the child would be a copy of this process, with its locks and
+    // signal handlers.
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     const std::unique_ptr<posix_spawn_file_actions_t, int (*)(posix_spawn_file_actions_t*)> released(
         &actions, ::posix_spawn_file_actions_destroy);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO); // the copy stays open across exec
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     pid_t child = -1;
     const int failed = ::posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
@@ -70,7 +72,7 @@ bool readable(int fd, clock::time_point deadline) {
     }
 }
 
-/// Everything that comes out of `fd` until its end. False: the deadline came first, or reading failed.
+/// Appends all that comes out of `fd` until its end. False: the deadline came first, or reading failed.
 bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
     char block[4096];
     while (readable(fd, deadline)) {
@@ -85,9 +87,9 @@ bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
     return false;
 }
 
-/// Waits for a child that has closed its output, and ends it when the deadline comes first.
+/// Waits until the child has ended, and ends it when the deadline comes first.
 void reap(pid_t child, clock::time_point deadline) {
-    constexpr std::chrono::milliseconds pause(1);
+    constexpr std::chrono::milliseconds pause(1); // waitpid knows no time-out
     while (::waitpid(child, nullptr, WNOHANG) == 0) {
         if (clock::now() >= deadline) {
             ::kill(child, SIGKILL);
@@ -98,7 +100,7 @@ void reap(pid_t child, clock::time_point deadline) {
     }
 }
 
-/// Reaps the child at the end, also when memory runs out.
+/// Reaps the child in its destructor: no way out, an exception because memory runs out included, leaves a zombie.
 struct runningChild {
     ~runningChild() {
         if (pid != -1)
@@ -119,8 +121,9 @@ std::string outputOf(const std::string& command, const std::vector<std::string>&
         return "";
     const descriptor reading(ends[0]);
     descriptor writing(ends[1]);
+    // Until all output is there, the child has no time left: whatever leaves this function earlier ends it.
     runningChild child{start(command, arguments, ends[1]), clock::time_point::min()};
-    writing.close();
+    writing.close(); // or the pipe would not end with the output of the child
     std::string output;
     if (child.pid != -1 && readToEnd(ends[0], deadline, output))
         child.deadline = deadline;

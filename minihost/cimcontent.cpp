@@ -14,8 +14,9 @@ TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
 }
 TCIMReference::~TCIMReference() = default;
 
-// Most values are made, copied into an instance and destroyed: copies share their content as long as none can change
-// it.
+// Copy on write: most values are made, copied into an instance and destroyed, so a copy shares the content of its
+// original. Only a content whose array was handed out by reference is copied itself, because its holder can change it
+// at any time.
 TCIMValue::TCIMValue() : content_(new TContent) {}
 TCIMValue::TCIMValue(const std::string& text) : content_(new TContent(text)) {}
 TCIMValue::TCIMValue(const char* text) : content_(new TContent(std::string(text))) {}
@@ -39,6 +40,7 @@ TCIMValue::operator std::string() const {
     throw std::runtime_error("a CIM value that is no string was read as one");
 }
 
+// The caller may change the array through the reference, so the content becomes this value's own first.
 TCIMValue::operator std::vector<TCIMValue>&() {
     if (!content_->isArray())
         content_ = new TContent(std::vector<TCIMValue>());

@@ -33,19 +33,18 @@ struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent, boost::threa
     bool isArray() const { return std::holds_alternative<std::vector<TCIMValue>>(value); }
 
     TVariant value;
-    bool isHandedOut = false; ///< somebody may change it: it has one owner from then on
+    bool isHandedOut = false; ///< a reference to its array was given out: it belongs to one value and is never shared
 };
 
 } // namespace NHALDEN20
 
 namespace minihost {
 
-/// The object path as text: CLASS.key="text",key=number,... with the keys in alphabetical order, and " and
-/// \ in texts escaped by \ (DSP0004, untyped path). A key that has no value of its
-/// type is left out.
+/// The object path as text (DSP0004, untyped path): CLASS.key="text",key=number,... with the keys in alphabetical
+/// order. Texts are quoted, with " and \ escaped by \.
 std::string objectPath(const NHALDEN20::TCIMReference& reference);
 
-/// How the texts within a value are written: in quotes, escaped, as they are.
+/// Writes a text that is part of a value: in quotes, escaped, or as it is.
 using textForm = std::string (*)(const std::string& text);
 
 inline std::string asItIs(const std::string& text) { return text; }

@@ -48,8 +48,7 @@ constexpr propertyDeclaration busDeviceProperties[] = {
     {"Model", cimType::string, plain,
      "First 23 characters of the model in IDENTIFY DEVICE words 27 to 46; empty where that was not answered."},
     {"OtherIdentifyingInfo", cimType::stringArray, plain,
-     "One text: Port:HOST|Target:TARGET|Bus:CHANNEL|Lun:LUN in decimal from the SG_GET_SCSI_ID request, or "
-     "the "
+     "One text: Port:HOST|Target:TARGET|Bus:CHANNEL|Lun:LUN in decimal from the SG_GET_SCSI_ID request, or the "
      "path of the device node where the request fails or is not made."},
 };
 
@@ -80,8 +79,7 @@ constexpr propertyDeclaration firmwareElementProperties[] = {
      "Revision of the device: INQUIRY bytes 32 to 35, or IDENTIFY DEVICE words 23 to 26 where that was "
      "answered."},
     {"Manufacturer", cimType::string, plain,
-     "VendorID of the device: INQUIRY bytes 8 to 15, or the first word of the model in IDENTIFY DEVICE words "
-     "27 "
+     "VendorID of the device: INQUIRY bytes 8 to 15, or the first word of the model in IDENTIFY DEVICE words 27 "
      "to 46."},
     {"TargetOperatingSystem", cimType::uint16, key, "Always 58 (Windows XP), whatever the machine runs."},
     {"SoftwareElementState", cimType::uint16, key, "Always 2 (executable)."},

@@ -1,4 +1,5 @@
-// The contract's interfaces: their type information lives in the host, so that the plug-in shares it.
+// The destructors of the contract's interfaces. Where they are defined the compiler puts the type information: in the
+// host, so that host and plug-in share one and dynamic_cast works between them.
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"

@@ -130,7 +130,7 @@ boost::shared_ptr<ICIMClass> memoryNamespace::GetClass(std::string name, TContex
 }
 
 boost::shared_ptr<NHALDEN20::ICIMNamespace> memoryNamespace::handle() {
-    return {this, [](NHALDEN20::ICIMNamespace* /*ns*/) {
+    return {this, [](NHALDEN20::ICIMNamespace* /*ns*/) { // whoever made the namespace owns it
             }};
 }
 

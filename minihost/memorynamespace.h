@@ -26,6 +26,7 @@ public:
 
     memoryInstance(memoryNamespace& ns, const classDeclaration& declaration);
 
+    /// Keys that were not set, or not with the type that the class declares, are left out.
     NHALDEN20::TCIMReference GetReference(const NHALDEN20::TContext& context) override;
     boost::shared_ptr<NHALDEN20::ICIMClass> GetInstanceClass(const NHALDEN20::TContext& context) override;
     boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> GetPropertyHandle(const std::string& name,
@@ -37,7 +38,7 @@ public:
     const propertyList& properties() const { return properties_; }
     /// The value of a property, or null when it was never set.
     const NHALDEN20::TCIMValue* find(std::string_view name) const;
-    /// The same, but null as well for an empty value and for one that the class does not declare so.
+    /// The same, but null also when the value is empty or not of the type that the class declares.
     const NHALDEN20::TCIMValue* findSuitable(std::string_view name) const;
 
 private:
@@ -50,7 +51,7 @@ private:
 
 /// A CIM namespace in memory with the classes of the class table.
 ///
-/// Instances and classes refer to it: it outlives all handles that it gave out.
+/// Its classes and instances refer to it: it has to outlive every handle of them.
 class memoryNamespace : public NHALDEN20::ICIMNamespace {
 public:
     memoryNamespace();

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-/// The minimal host: what it does for the plug-in is the contract's (plugin/host/); here stands what the
-/// program that embeds it sets and reads. One host per process, one thread.
+/// The minimal host. The contract (plugin/host/) says what it does for the plug-in; this header, what the program
+/// around it sets and reads. One host in a process, one thread.
 namespace minihost {
 
 using logSink = std::function<void(int level, const std::string& text)>;
@@ -17,15 +17,15 @@ void setLogSink(logSink sink);
 
 using remarkSink = std::function<void(const std::string& text)>;
 
-/// Sends the host's own remarks to `sink` from now on; without one, they are dropped. A property that an
-/// instance is given and its class does not declare, or declares of another type, is remarked on: once for
-/// each class and property in a namespace.
+/// Sends the host's own remarks to `sink` from now on; without one, they are dropped. The host remarks on a property
+/// that the class of its instance does not declare, or declares with another type: once for each class and property of
+/// a namespace.
 void setRemarkSink(remarkSink sink);
 
-/// What TOSSpecific::getOrvexVirtualDevices answers for `kind` (0 or 1).
+/// Sets what TOSSpecific::getOrvexVirtualDevices gives for `kind` (0 or 1).
 void setVirtualDevices(int kind, std::vector<std::string> names);
 
-/// The plug-ins registered so far, in order. Objects that deleted themselves are not taken off the list.
+/// The plug-ins registered so far, in order. One that has deleted itself stays in the list.
 std::vector<NHALDEN20::IPluginCallbacks*>& registeredPlugins();
 
 } // namespace minihost

@@ -50,7 +50,7 @@ pluginLibrary::object::object(const std::string& path) {
 pluginLibrary::object::~object() { callbacks_->PrepareForUnload(); }
 
 pluginLibrary::pluginLibrary(const std::string& path) : handle_(path), object_(path) {
-    // What the plug-in throws may be of a type of its own, which is gone when it has been unloaded.
+    // Read here, while the library is loaded: the type of what was thrown may be the library's own.
     try {
         object_.callbacks().Init();
     } catch (...) {

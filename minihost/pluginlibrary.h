@@ -13,7 +13,7 @@ class pluginError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// What was thrown, as a text; for a handler that has caught anything.
+/// The text of the exception that is being handled; call it in a catch block.
 std::string whatWasThrown();
 
 /// A loaded plug-in library and the object that it registered, from loading and Init to DeInit,
@@ -57,7 +57,7 @@ private:
         NHALDEN20::IPluginBasicQueryCallbacks* queries_ = nullptr;
     };
 
-    handle handle_; // unloaded after the object is gone
+    handle handle_; // before object_, whose code it holds: members are destroyed from the last to the first
     object object_;
 };
 

@@ -25,7 +25,7 @@ public:
     logSink sink;
 };
 
-// Made at the first use: a plug-in linked into the program registers before this file's objects would exist.
+// Made at the first use: a plug-in that is linked into the program registers before the objects of this file exist.
 sinkLogger& logger() {
     static sinkLogger instance;
     return instance;

@@ -5,7 +5,7 @@
 
 /// What is known of one probed SCSI or ATA device. A plain value.
 struct busDevice {
-    busDevice() = default; // leaves the numbers unset, as initialize() follows
+    busDevice() = default; // leaves the numbers unset: initialize() sets them
 
     /// Empties all texts and sets all numbers to 0.
     void initialize();

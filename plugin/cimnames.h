@@ -1,6 +1,6 @@
 #pragma once
 
-// Names of the CIM classes and of the properties that more than one job reads or writes.
+// Names of the CIM classes, and of the properties that more than one source file reads or writes.
 
 constexpr const char* scsiDeviceClass = "KORVA_SCSIDevice";
 constexpr const char* tapeDriveClass = "KORVA_SCSITapeDrive";

@@ -16,11 +16,11 @@ using NHALDEN20::TContext;
 namespace {
 
 constexpr unsigned short purposeFirmware = 6; // CIM: firmware or BIOS
-constexpr unsigned short kWindowsXP = 58;     // the target system that is named whatever the machine runs
+constexpr unsigned short kWindowsXP = 58;     // reported whatever system the machine runs
 constexpr unsigned short kExecutable = 2;
 
-/// Tape requests take cartridge drives for tapes, whatever their type; requests for SCSI devices leave them
-/// out.
+/// Where tape drives are requested first, cartridge drives count as tapes whatever type they report. Where SCSI devices
+/// are, cartridge drives are left out.
 bool belongsToRequest(const busDevice& record, const std::string& firstClass) {
     const bool cartridgeDrive = isCartridgeDrive(record.product);
     const bool sequentialAccess = record.deviceType.find("Sequential Access") != std::string::npos;
@@ -78,7 +78,7 @@ void TScsidevPluginCallbacks::GetBusDevice(classList& requested, boost::shared_p
         const std::unique_ptr<busDevice> record(stored);
         try {
             returnDevice(requested, record.get(), ns);
-        } catch (...) { // one record's failure costs no other record
+        } catch (...) { // a record that fails does not stop the others
         }
     }
     storedDevices_.clear();

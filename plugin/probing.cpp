@@ -19,7 +19,7 @@ namespace {
 
 constexpr int nodesPerFamily = 32;
 constexpr std::size_t modelLength = 23;      // what a record keeps of the 40 characters
-constexpr unsigned longestSerialNumber = 32; // what is left of 36 bytes behind the page header
+constexpr unsigned longestSerialNumber = 32; // 36 bytes are read, and the page header takes 4
 constexpr std::size_t pageLengthOffset = 3;  // of the unit serial number page (SPC-4, 7.8.19)
 constexpr std::size_t serialNumberOffset = 4;
 
@@ -106,8 +106,8 @@ void TScsidevPluginCallbacks::collectData(std::string nodeBase, boost::shared_pt
             continue;
         startRecord(record, device.devicePath, scsiNodes);
         const bool scsiDone = collectScsiNode(device, record, ns);
-        // A disk that calls its maker ATA is asked again: IDENTIFY DEVICE knows more of it, and wins when it
-        // succeeds.
+        // "ATA" as vendor is what a translation layer says in place of a SATA disk's maker: IDENTIFY DEVICE has the
+        // disk's own words, which replace those of INQUIRY.
         if (!scsiDone || isAtaVendor(record))
             collectAtaDevice(device, index, scsiDone, record);
         device.CloseDevice();
@@ -115,7 +115,7 @@ void TScsidevPluginCallbacks::collectData(std::string nodeBase, boost::shared_pt
 }
 
 /// Identifies the device by INQUIRY and stores its record unless it is excluded. False: INQUIRY gave no
-/// identity. Nodes that are not SCSI are sent the INQUIRY too; their answer does not count.
+/// identity. A node that is not SCSI is sent the INQUIRY too, but its answer is ignored.
 bool TScsidevPluginCallbacks::collectScsiNode(scsiDevice& device, busDevice& record,
                                               boost::shared_ptr<NHALDEN20::ICIMNamespace> ns) {
     scsiPassThrough passThrough;
@@ -137,7 +137,8 @@ bool TScsidevPluginCallbacks::collectScsiNode(scsiDevice& device, busDevice& rec
     return true;
 }
 
-/// Identifies the device by IDENTIFY DEVICE and stores its record. A device that fails it is left as it is.
+/// Identifies the device by IDENTIFY DEVICE and stores its record. Where the command fails, the record and the store
+/// stay as they are.
 void TScsidevPluginCallbacks::collectAtaDevice(scsiDevice& device, int index, bool scsiDone, busDevice& record) {
     hostLog(progress, "Scsi:ATA Inquiry started");
     if (isAtaVendor(record))

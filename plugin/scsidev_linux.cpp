@@ -13,8 +13,8 @@ const std::string kContextName("nspID");
 
 } // namespace NHALDEN20
 
-/// Creates the plug-in object, which the host owns from its registration on.
-/// The priority places it before this file's constants, which take the default one (65535).
+/// Creates the plug-in object, which the host owns once it is registered.
+/// Runs before the constants above are made: initialisers of a lower number run first, and constants have 65535.
 [[gnu::constructor(65534)]] void scsidevInit() { new TScsidevPluginCallbacks; }
 
 TScsidevPluginCallbacks::TScsidevPluginCallbacks() {

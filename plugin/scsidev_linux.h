@@ -17,8 +17,7 @@ class scsiDevice;
 
 namespace NHALDEN20 {
 
-// The names under which the host keeps its contexts, made when the object is loaded, after the plug-in
-// object.
+// Names and values in contexts. They are made when the library is loaded, after the plug-in object.
 extern const std::string kPluginNSPName; ///< "plugin"
 extern const std::string kCMPINSPName;   ///< "cmpi"
 extern const std::string kContextName;   ///< "nspID"
@@ -81,7 +80,7 @@ public:
     void StoreBusDevice(busDevice* record);
 
     /// Probes the 32 nodes of the family `nodeBase` and stores a record for each accepted device.
-    /// An exception that is not a device's (an all-blank product under the exclusion test) ends the walk.
+    /// What FindUSBDevice throws ends the walk.
     void collectData(std::string nodeBase, boost::shared_ptr<NHALDEN20::ICIMNamespace> ns, classList& requested);
 
     /// Is `product`, without outer blanks, the quoted name of a device in the USB listing?
@@ -114,7 +113,7 @@ public:
     void processDevice(unsigned char* inquiry, busDevice* record);
 
 private:
-    /// What every class lookup of a query goes with.
+    /// The context that every class lookup of a query is given.
     static NHALDEN20::TContext queryContext();
 
     void readExistingInstances(NHALDEN20::ICIMNamespace& ns, const std::string& className,
@@ -139,8 +138,8 @@ private:
     instanceList existingFirmwareElements_;
     instanceList firmwareElements_; ///< written by this object; only grows
     std::vector<std::string> opticalLines_;
-    std::map<int, busDevice> reservedDevices_; // the three maps stay empty: the object's layout
-    std::map<int, busDevice> reservedTapes_;   // is older than its store
+    std::map<int, busDevice> reservedDevices_; // these three stay empty: they only keep
+    std::map<int, busDevice> reservedTapes_;   // the layout that the object always had
     std::map<int, std::string> reservedDeviceNames_;
     std::vector<std::string> virtualDisks_;         ///< the management controller's virtual devices of kind 0
     std::vector<std::string> virtualOpticalDrives_; ///< and of kind 1

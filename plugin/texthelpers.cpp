@@ -12,10 +12,11 @@
 
 namespace {
 
-/// Position of the first colon; -1 when there is none, so that the text behind it is all of the text.
+/// Position of the first colon; -1 when there is none, so that behindColon then gives the whole text.
 int colonPosition(const std::string& text) { return static_cast<int>(text.find(':')); }
 
-/// No position of a colon is the text's length: kept as the branch of a text that ends before its colon.
+/// Never true: a colon that is found stands before the text's end. The comparison is kept as it always was, so that a
+/// text without a colon counts as a whole and is not refused.
 bool endsBeforeColon(const std::string& text) { return colonPosition(text) == static_cast<int>(text.length()); }
 
 std::string behindColon(const std::string& text) {

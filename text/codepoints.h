@@ -4,8 +4,8 @@
 
 namespace text {
 
-/// `bytes` in UTF-8 with every byte as the code point of the same number: how device text stands in JSON, where any
-/// byte of it survives.
+/// `bytes` in UTF-8, where every byte becomes the code point of the same number. JSON holds device text this way,
+/// because any byte survives it.
 inline std::string bytesAsCodePoints(const std::string& bytes) {
     std::string utf8;
     for (const char c : bytes) {

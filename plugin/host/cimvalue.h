@@ -9,14 +9,14 @@ namespace [[gnu::visibility("default")]] NHALDEN20 {
 
 class TCIMReference;
 
-/// Type codes of CIM values. Only the code that the plug-in passes has a number of the contract's.
+/// Type codes of CIM values. The contract fixes only the number of the one code that the plug-in passes.
 enum ECIMType {
     kCIMStringArray = 13,
 };
 
 /// The host's variant value for properties, keys and contexts.
 ///
-/// Value semantics: what happens to a copy does not show in its original. What stands behind a value is the host's.
+/// Value semantics: what happens to a copy does not show in its original. The host alone defines what a value holds.
 class TCIMValue {
 public:
     /// One type code, for the array constructor.

@@ -13,7 +13,7 @@ namespace [[gnu::visibility("default")]] NHALDEN20 {
 class ICIMClass;
 class ICIMNamespace;
 
-/// What every plug-in answers: who it is, and the steps of its life.
+/// What every plug-in implements: who it is, and the steps of its life.
 class IPluginCallbacks {
 public:
     virtual ~IPluginCallbacks();
@@ -32,7 +32,7 @@ public:
     IPluginCallbacks& operator=(const IPluginCallbacks&) = delete;
 };
 
-/// What a plug-in that collects data answers besides.
+/// What a plug-in that collects data implements besides.
 class IPluginBasicQueryCallbacks {
 public:
     virtual ~IPluginBasicQueryCallbacks();
