@@ -1,5 +1,5 @@
-# Builds a guest from a Debian kernel and this machine's own programs, and boots it under QEMU. Sourced by
-# script/test-vm and script/bench-vm, which set $root and, before they call what needs them, $work (their own
+# Builds a guest from a Debian kernel and this machine's own programs, and boots it under QEMU. script/test-vm and
+# script/bench-vm source it. They set $root first and, before they call a function that needs them, $work (their own
 # directory), $guestTools, $modules and $program (the directory of the program and the plug-in).
 #
 # Exit statuses of both: 2 something needed is missing; 3 kernel panic; 4 time-out; 5 a device of the guest did not come
@@ -18,8 +18,7 @@ buildTargets() { # TARGET...
         die 2 "$* does not build (see $work/build.log)"
 }
 
-# Sets kernelDir, version and kernel. Once fetched, a kernel stays: the same one serves every run until the cache is
-# emptied.
+# Sets kernelDir, version and kernel. A fetched kernel stays in the cache and serves every later run.
 fetchKernel() {
     kernelDir=$cache/$suite/kernel
     if [ ! -d "$kernelDir" ]; then
@@ -29,7 +28,7 @@ fetchKernel() {
         [ -n "$package" ] || die 2 "Debian's $suite has no linux-image-amd64"
         rm -rf "$kernelDir.new"
         unpackPackage "$package" "$kernelDir.new"
-        # From Debian 13 on, packages name the directory behind the link.
+        # Packages of Debian 13 and later have usr/lib, and no link lib to it.
         [ -e "$kernelDir.new/lib" ] || ln -s usr/lib "$kernelDir.new/lib"
         depmod -b "$kernelDir.new" "$(ls "$kernelDir.new/lib/modules")"
         mv "$kernelDir.new" "$kernelDir"
@@ -103,8 +102,8 @@ consoleTail() {
     tail -n 40 "$results/console" | tr -d '\r' >&2
 }
 
-# Without no_timer_check the guest's kernel panics early where a busy machine leaves QEMU too few turns: it then counts
-# too few ticks of its timer and takes it for broken.
+# no_timer_check: on a busy machine QEMU gets too little time, the guest's kernel counts too few ticks of its timer, takes
+# the timer for broken and panics.
 startMachine() { # QEMU option...
     timeout -k 5 "$bootSeconds" qemu-system-x86_64 -accel tcg -machine q35 -cpu max -m 768 -nodefaults -display none \
         -no-reboot -kernel "$kernel" -initrd "$work/initramfs" \
@@ -113,13 +112,13 @@ startMachine() { # QEMU option...
         -chardev "file,id=results,path=$results/results.tar" -device virtserialport,chardev=results,name=results \
         "$@" >"$results/qemu.log" 2>&1 &
     machine=$!
-    # In a process group of its own, it hears nothing of what ends the script.
+    # timeout puts QEMU into a process group of its own, which Ctrl-C does not reach.
     trap 'kill "$machine"; wait "$machine"; exit 1' HUP INT TERM
     wait "$machine"
 }
 
-# Boots the guest as $boot, with $results for what belongs to this boot, and unpacks what it sends back to $results/out;
-# sets seconds.
+# Boots the guest as $boot and unpacks the results that it sends back into $results/out; $results is this boot's own
+# directory. Sets seconds.
 runMachine() { # QEMU option...
     rm -rf "$results"
     mkdir -p "$results/out"

@@ -1,5 +1,5 @@
-# Fetches packages of any Debian release, beside this machine's own package lists and without root's rights, from the
-# mirror that the machine's own package sources name. Sourced by script/guest.sh and script/ide-kernel, which set $work
+# Fetches packages of any Debian release from the mirror that the machine's own package sources name. Needs no root's
+# rights and leaves the machine's own package lists alone. script/guest.sh and script/ide-kernel source it and set $work
 # (their own directory).
 # shellcheck shell=sh disable=SC2034,SC2154  # used and set by who sources this
 
@@ -10,7 +10,7 @@ die() { # STATUS TEXT
     exit "$1"
 }
 
-# Empty when no source of the machine's has this label, or when its lists were never read.
+# Prints nothing when no package source has this label, or when apt-get update never ran.
 mirrorOf() { # LABEL
     # shellcheck disable=SC2016  # apt fills it in
     apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Label: $1" | head -n 1
@@ -21,7 +21,7 @@ sourceLine() { # LABEL SUITE
     [ -z "$mirror" ] || echo "deb [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $mirror $2 main"
 }
 
-# Reads the package lists of a release; what is asked of suiteApt and unpackPackage then is of that release.
+# Reads the package lists of a release, on which suiteApt and unpackPackage then work.
 openSuite() { # SUITE
     aptFiles=$work/apt
     rm -rf "$aptFiles"
@@ -32,8 +32,8 @@ openSuite() { # SUITE
     suiteApt apt-get update -q >"$work/apt.log" 2>&1 || die 2 "no package lists of Debian's $1 (see $work/apt.log)"
 }
 
-# Knows nothing of what this machine has installed, which would pass for newer. No sandbox: its user could not enter a
-# directory in root's home.
+# Hides from apt what is installed on this machine, which it would prefer as newer. Downloads as root: apt's sandbox user
+# cannot enter a directory in root's home.
 suiteApt() { # PROGRAM ARGUMENT...
     tool=$1
     shift
