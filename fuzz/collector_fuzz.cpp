@@ -1,5 +1,5 @@
-// Whole runs on a machine whose every answer comes from the input, for any classes in any order, and on a recording of
-// it.
+// Whole runs, for any classes in any order, on a machine whose every answer comes from the input, and on a recording of
+// that machine.
 
 #include "fuzz/machineinput.h"
 #include "fuzz/pluginrun.h"

@@ -17,7 +17,7 @@ inline void require(bool holds, const char* what) {
         throw std::logic_error(what);
 }
 
-/// Reads values from an input one after the other, or writes the input that they are read from. Behind the end of an
+/// Reads values from an input one after the other, or writes an input from which they can be read. Past the end of an
 /// input all numbers are 0 and all texts and lists empty.
 class archive {
 public:
@@ -29,7 +29,7 @@ public:
         (number(values), ...);
     }
 
-    /// A text, or other bytes, behind the two bytes of its length.
+    /// A text, or other bytes, after two bytes with its length.
     template <typename Text>
     void text(Text& value) {
         auto length = static_cast<std::uint16_t>(value.size());
@@ -38,7 +38,7 @@ public:
         transfer(reinterpret_cast<char*>(value.data()), value.size());
     }
 
-    /// A list behind the byte of its length.
+    /// A list, after one byte with its length.
     template <typename Element, typename Transfer>
     void list(std::vector<Element>& elements, Transfer transferElement) {
         auto length = static_cast<std::uint8_t>(elements.size());
@@ -50,7 +50,7 @@ public:
     const std::string& bytes() const { return bytes_; }
 
 private:
-    /// Low byte first on every machine: an input that one of them found is the same run on another.
+    /// Low byte first, so that an input means the same run on machines of either byte order.
     template <typename Number>
     void number(Number& value) {
         Number bytes = boost::endian::native_to_little(value);

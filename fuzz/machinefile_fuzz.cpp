@@ -1,4 +1,4 @@
-// The machine file reader, and that what was read is written so that it reads back the same.
+// Reads a machine file; what was read is written and has to read back the same.
 
 #include "fuzz/input.h"
 #include "simulator/machinefile.h"

@@ -1,5 +1,5 @@
-// make-seeds DIRECTORY FILE...: writes inputs of the targets that run the plug-in, for each machine file one of the
-// whole machine into DIRECTORY/collector and one of its optical drives into DIRECTORY/optical, which are there.
+// make-seeds DIRECTORY FILE...: makes inputs for the targets that run the plug-in. For each machine file it writes one
+// of the whole machine into DIRECTORY/collector and one of its optical drives into DIRECTORY/optical. Both must exist.
 
 #include "fuzz/machineinput.h"
 #include "simulator/machinefile.h"

@@ -18,7 +18,8 @@ using NHALDEN20::TOSSpecific;
 
 namespace {
 
-thread_local simulator::kernel* installed = nullptr; // a thread that watches the fuzzer's memory sleeps in truth
+// For each thread its own: libFuzzer has a thread that watches the memory, whose sleeps must be real.
+thread_local simulator::kernel* installed = nullptr;
 
 thread_local simulator::recorder* watching = nullptr;
 
@@ -28,7 +29,7 @@ public:
     explicit pluginRun(const simulator::machine& machine) : kernel_(machine) {
         installed = &kernel_;
         auto& registered = minihost::registeredPlugins();
-        for (auto* const loaded : registered) // at the first run, the one that came with this program
+        for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
         plugin_ = new TScsidevPluginCallbacks; // which registers itself
         registered.clear();
@@ -55,7 +56,7 @@ public:
     }
 
     void queryAll(const fuzz::queryList& queries) {
-        constexpr std::size_t mostQueries = 8, mostClasses = 8; // more of them cost time and show nothing new
+        constexpr std::size_t mostQueries = 8, mostClasses = 8; // more cost time and reach nothing new
         for (std::size_t i = 0; i < std::min(queries.size(), mostQueries); ++i) {
             std::vector<std::string> names;
             for (std::size_t j = 0; j < std::min(queries[i].size(), mostClasses); ++j)
@@ -82,7 +83,7 @@ void checkDrives(pluginRun& run) {
     }
 }
 
-/// What a host sees of the queries on a machine: the log, and behind it the instances.
+/// What a host sees of the queries on a machine: the log, then the instances.
 std::string seenByHost(const simulator::machine& machine, const fuzz::queryList& queries) {
     std::ostringstream seen;
     minihost::setLogSink([&seen](int level, const std::string& text) { seen << level << ' ' << text << '\n'; });
@@ -98,7 +99,7 @@ std::string seenByHost(const simulator::machine& machine, const fuzz::queryList&
 simulator::kernel* simulator::activeKernel() { return installed; }
 simulator::recorder* simulator::activeRecorder() { return watching; }
 
-// The host's services, answered by the machine: no process is started and no file is read.
+// The host's services. The machine answers them: no process is started and no file is read.
 
 std::string TOSSpecific::CaptureFile(std::string /*path*/) { return installed->simulated().usbListing; }
 

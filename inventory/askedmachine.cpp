@@ -14,7 +14,7 @@
 
 namespace {
 
-// What the interposed calls look for: files are opened before and after main, when there is none.
+// The interposed functions read these. They are null before and after a run, when the process opens other files.
 simulator::kernel* activeKernel = nullptr;
 simulator::recorder* activeRecorder = nullptr;
 
@@ -41,8 +41,8 @@ recorder::keeps wanted(const options& options) {
 
 } // namespace
 
-// While a shell command runs, the C library lets an interrupt from the terminal end the command only. The user means
-// the run.
+// While system() waits for a shell command it ignores SIGINT and SIGQUIT, so that Ctrl-C ends only the command. The
+// user means the run.
 void askedMachine::watcher::ran(const std::string& command, int status) {
     for (const int signal : {SIGINT, SIGQUIT}) {
         if (WIFSIGNALED(status) && WTERMSIG(status) == signal)

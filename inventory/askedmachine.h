@@ -12,13 +12,13 @@ namespace inventory {
 
 /// The machine that a run asks: this one, or the one of a machine file.
 ///
-/// While it lives, the system calls of this process, the plug-in's among them, go through it: a simulated machine
-/// answers those on its device nodes, and all are watched. The first query that asks the devices is recorded, and the
-/// later ones get the same answers again. One at a time.
+/// While it lives, it sees the system calls of this process, the plug-in's among them. A simulated machine answers
+/// those on its device nodes; the recorder watches all. The first query that asks the devices is recorded, and the
+/// later ones get the same answers again. One object at a time.
 class askedMachine {
 public:
-    /// Throws simulator::machineFileError when the machine file cannot be used, and std::runtime_error when there is a
-    /// file already where to record.
+    /// Throws simulator::machineFileError when the machine file cannot be used, and std::runtime_error when the file to
+    /// record into exists already.
     explicit askedMachine(const options& options);
     ~askedMachine();
     askedMachine(const askedMachine&) = delete;
@@ -37,11 +37,10 @@ public:
     /// The device nodes that were opened so far.
     simulator::nodeCount nodes() const { return recorder_.nodes(); }
 
-    /// Seconds of waiting that a simulated machine has spared.
+    /// Seconds of waiting that a simulated machine has skipped.
     unsigned secondsSkipped() const { return kernel_ ? kernel_->secondsSkipped() : 0; }
 
-    /// Writes what was recorded to the file that the options name, if they do, and says on standard error what it
-    /// holds.
+    /// If the options name a file to record into, writes it and says on standard error what it holds.
     void writeRecording() const;
 
 private:

@@ -12,11 +12,11 @@ class columns {
 public:
     explicit columns(std::vector<std::string> headings) : rows_{std::move(headings)} {}
 
-    /// Adds a row of as many texts as there are headings. They are device text: what is not printable is
-    /// escaped, and an empty one shows as "-".
+    /// Adds a row with one text for each heading. What is not printable in a text is escaped, because devices send
+    /// it; an empty text becomes "-".
     void add(const std::vector<std::string>& texts);
 
-    /// Writes the headings and rows, two blanks before each column; one where that makes a line fit `width`.
+    /// Writes the headings and rows, with two blanks before each column, or one where lines would pass `width`.
     void write(std::ostream& output, std::size_t width) const;
 
 private:

@@ -26,7 +26,7 @@ constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
 
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
 
-/// Runs the queries, with the log and, on a terminal, what is done right now on standard error.
+/// Runs the queries. The log goes to standard error and, on a terminal, a line that says what is done right now.
 inventory::runResult runVisibly(const inventory::options& options, inventory::askedMachine& machine,
                                 minihost::memoryNamespace& ns, inventory::remarks& remarks) {
     inventory::statusLine status;
@@ -70,12 +70,12 @@ int show(const inventory::options& options) {
     return result.failed() ? failed : succeeded;
 }
 
-/// What this process may have inherited and what its shell commands rely on.
+/// Makes signals and PATH what the run and its shell commands rely on, whatever the process inherited.
 void prepareProcess() {
-    std::signal(SIGCHLD, SIG_DFL);               // or no exit status of a child could be had
-    std::signal(SIGPIPE, [](int /*signal*/) {}); // a closed pipe is an error of writing; children get the default
+    std::signal(SIGCHLD, SIG_DFL);               // if ignored, the exit statuses of children are lost
+    std::signal(SIGPIPE, [](int /*signal*/) {}); // writing to a closed pipe fails; children do not inherit a handler
     const char* path = std::getenv("PATH");
-    // modprobe and hwinfo stand where the path of an ordinary user does not lead.
+    // modprobe and hwinfo are in directories that an ordinary user's PATH does not have.
     ::setenv("PATH", (std::string(path == nullptr ? "/usr/bin:/bin" : path) + ":/usr/sbin:/sbin").c_str(), 1);
 }
 
@@ -107,7 +107,7 @@ int main(int argc, char** argv) {
             return status;
         writeError(std::string("standard output cannot be written: ") + std::strerror(errno));
     } catch (const std::bad_alloc&) {
-        std::cerr << "scsidev-inventory: out of memory\n"; // without asking for more
+        std::cerr << "scsidev-inventory: out of memory\n"; // without a string, which would ask for more
     } catch (...) {
         writeError(minihost::whatWasThrown());
     }

@@ -27,8 +27,8 @@ constexpr const char* qualifierDeclarations =
     "Qualifier Description : string = null, Scope(any), Flavor(Translatable);\n"
     "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);\n";
 
-/// The qualifier of a description. A long one becomes string literals of one line each, which a compiler
-/// joins; its words are shorter than a line.
+/// The qualifier with a description. A long text becomes several string literals, one to a line, which a CIM compiler
+/// joins. No word is longer than a line.
 std::string descriptionOf(const std::string& text, const std::string& indentation) {
     constexpr std::size_t width = 96;
     if (text.size() <= width)
@@ -88,7 +88,7 @@ std::string valueToMof(const TCIMValue& value) {
     return value.Content().isArray() ? '{' + text + '}' : text;
 }
 
-/// Why a compiler would refuse the instance; "" when it would not.
+/// Why a CIM compiler would refuse the instance; "" when it would take it.
 std::string refusal(const memoryInstance& instance) {
     if (instance.declaration().kind == classKind::abstract)
         return "the class is abstract";
@@ -117,8 +117,8 @@ void writeInstance(const memoryInstance& instance, std::ostream& output) {
     output << "};\n";
 }
 
-/// The latest instance of each object path, in the order of the first ones, so that what an association names
-/// still stands before it.
+/// The latest instance of each object path, at the place of the path's first one: an association still comes after the
+/// instances that it names.
 std::vector<const memoryInstance*> latestOfEachPath(const runResult& result) {
     std::vector<const memoryInstance*> latest;
     std::map<std::string, std::size_t> places;

@@ -102,7 +102,7 @@ struct rawOptions {
     std::vector<std::string> virtualDevices;
     std::string format = "table";
     std::string logLevel = "1";
-    std::string file; // of any option that takes one: the option itself knows its own
+    std::string file; // CLI11 wants a variable for an option: all file names share it, and fileOf() asks the option
     bool schema = false;
 };
 
@@ -196,7 +196,7 @@ commandLine readCommandLine(int argc, const char* const* argv) {
         result.what = commandLine::outcome::wrong;
         result.text = unknownOption(app);
     } catch (const CLI::ArgumentMismatch& wrong) {
-        const std::string text = wrong.what(); // "--option: ...", of which only the name is good reading
+        const std::string text = wrong.what(); // "--option: ...", of which only the name is kept
         result.what = commandLine::outcome::wrong;
         result.text = text.substr(0, text.find(':')) + ": a value is missing";
     } catch (const std::system_error&) {

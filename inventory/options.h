@@ -21,8 +21,7 @@ struct options {
     bool askAgain = false;  ///< the devices, for every query
 };
 
-/// The outcome of reading a command line: options to run with, the wish for the class declarations, or a text
-/// to print.
+/// What a command line comes to: a run with options, the class declarations, or a text to print.
 struct commandLine {
     enum class outcome { run, schema, help, wrong };
 
@@ -31,7 +30,7 @@ struct commandLine {
     std::string text; ///< help or version for standard output, or what is wrong, without line end
 };
 
-/// Reads a command line. Throws std::system_error where the system does not tell what a run needs.
+/// Reads a command line. Throws std::system_error when the working directory or the program's own path is unknown.
 commandLine readCommandLine(int argc, const char* const* argv);
 
 } // namespace inventory

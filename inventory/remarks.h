@@ -8,8 +8,8 @@
 
 namespace inventory {
 
-/// What explains why there may be less to see than there is, each once: nodes that could not be opened, a driver that
-/// is not loaded, a tool that is missing, no devices at all. And that a simulated machine did not wait.
+/// Remarks, each made once, on why the output may show less than there is: nodes that could not be opened, a driver
+/// that is not loaded, a missing tool, no devices at all. One more says that a simulated machine did not wait.
 class remarks {
 public:
     /// Takes note of a message of the plug-in.

@@ -12,14 +12,14 @@
 
 namespace inventory {
 
-/// What one query came to.
+/// The result of one query.
 struct queryResult {
     std::vector<std::string> classes;
     std::vector<boost::shared_ptr<minihost::memoryInstance>> instances; ///< committed during it, in commit order
     std::optional<std::string> error; ///< the text of the exception that escaped from it
 };
 
-/// What a run came to: the queries up to the first that failed.
+/// The result of a run: its queries, up to the first that failed.
 struct runResult {
     std::string machineName;
     std::vector<queryResult> queries;
@@ -28,7 +28,7 @@ struct runResult {
     std::size_t instanceCount() const;
 };
 
-/// What a run tells while it goes on.
+/// Called while a run goes on.
 struct runEvents {
     std::function<void(const std::string& step)> step;              ///< printable text: what is done now
     std::function<void(int level, const std::string& text)> logged; ///< a message of the plug-in

@@ -15,7 +15,7 @@ namespace inventory {
 namespace {
 
 constexpr char eraseLine[] = "\r\x1b[K";
-volatile std::sig_atomic_t onTerminal = 0;
+volatile std::sig_atomic_t onTerminal = 0; // for eraseAtOnce, in a signal handler
 
 } // namespace
 
@@ -23,7 +23,7 @@ statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {
     if (!enabled_)
         return;
     onTerminal = 1;
-    // Signals are for the thread that does the work.
+    // The new thread inherits this mask: signal handlers then run on the main thread only.
     sigset_t all, before;
     sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);

@@ -9,8 +9,8 @@ namespace inventory {
 
 /// One line at the bottom of the terminal that shows the newest step and the seconds spent, while it lives.
 ///
-/// Does nothing where standard error is no terminal. All else that is written to standard error meanwhile goes through
-/// write().
+/// Without a terminal on standard error it shows nothing. As long as it lives, everything for standard error goes
+/// through write().
 class statusLine {
 public:
     statusLine();

@@ -23,7 +23,7 @@ namespace {
 /// The devices of a run by their object paths.
 using deviceMap = std::map<std::string, const memoryInstance*>;
 
-/// What stands in a column for an instance.
+/// Makes the text of a column for an instance.
 using cellText = std::function<std::string(const memoryInstance&, const deviceMap&)>;
 
 struct column {
@@ -37,7 +37,7 @@ struct section {
     std::vector<column> columns;
 };
 
-/// The outer blanks of a text are padding here.
+/// The text without its outer blanks, with which devices pad it.
 std::string withoutPadding(const std::string& text) {
     const std::size_t first = text.find_first_not_of(' ');
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
@@ -54,14 +54,14 @@ cellText property(std::string_view name, minihost::textForm form = minihost::asI
     };
 }
 
-/// lsscsi's word for a peripheral device type; of one that is not known, its name.
+/// lsscsi's word for a peripheral device type, or the type's own name if it is not in the table.
 std::string shortTypeName(const std::string& name) {
     const auto* const type = std::find_if(std::begin(peripheralTypes), std::end(peripheralTypes),
                                           [&name](const peripheralType& known) { return known.name == name; });
     return type == std::end(peripheralTypes) ? name : type->shortName;
 }
 
-/// HOST:CHANNEL:TARGET:LUN; nothing where the kernel did not tell it, and the node identifies the device.
+/// HOST:CHANNEL:TARGET:LUN; "" where the kernel did not tell the address, so that the node identifies the device.
 std::string address(const memoryInstance& device, const deviceMap& /*devices*/) {
     if (propertyOf(device, "OtherIdentifyingInfo").rfind("Port:", 0) != 0)
         return "";
@@ -86,7 +86,7 @@ const NHALDEN20::TCIMReference* end(const memoryInstance& association, std::stri
     return value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
 }
 
-/// A key of one end of an association.
+/// The key `name` of the instance at the end `endName` of an association.
 cellText keyOf(std::string_view endName, const char* name) {
     return [endName, name](const memoryInstance& association, const deviceMap& /*devices*/) -> std::string {
         const auto* reference = end(association, endName);
@@ -165,7 +165,7 @@ void writeProperties(const memoryInstance& instance, std::ostream& output) {
 
 using instanceList = std::vector<const memoryInstance*>;
 
-/// Writes a row for each of the instances, and below all of them the properties of each where they are wanted.
+/// Writes a row for each instance and, if the style wants them, the properties of each below the table.
 void writeRows(const instanceList& instances, const std::vector<column>& shown, const deviceMap& devices,
                const tableStyle& style, std::ostream& output) {
     std::vector<std::string> headings;

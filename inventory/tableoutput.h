@@ -9,10 +9,10 @@ namespace inventory {
 
 struct tableStyle {
     bool allProperties; ///< list every property of each instance below its table
-    std::size_t width;  ///< that lines should fit, in characters; nothing is cut to do so
+    std::size_t width;  ///< characters of a line; longer lines get narrower gaps but are not cut
 };
 
-/// Writes what a person looks for: a table for each class that a query asked for, with a heading and a count.
+/// Writes a table for people: one for each class that a query asked for, with a heading and a count.
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output);
 
 } // namespace inventory

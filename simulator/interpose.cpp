@@ -1,8 +1,9 @@
-// The system calls of this process that a simulated machine answers. A definition here wins over the C
-// library's; what does not belong to the simulated machine goes on to the C library. Fortified and large-file
-// builds call other names, so these stand here too.
+// Defines functions that the C library has too. The dynamic loader finds these first, also for the plug-in and other
+// libraries: each asks the simulated machine and passes on to the C library what that machine does not answer. Programs
+// that are fortified or built for large files call the same functions by other names (__open_2, open64), so these stand
+// here too.
 
-// This file itself is no such build: the C library's headers would turn one name into another.
+// This file must not be such a build itself: the headers would rename what is defined here, open to open64, say.
 #undef _FORTIFY_SOURCE
 #undef _FILE_OFFSET_BITS
 #undef _TIME_BITS
@@ -35,7 +36,7 @@ using simulator::recorder;
 
 namespace {
 
-/// The definition of `name` behind this one.
+/// The definition of `name` that comes after this one: the C library's.
 template <typename Function>
 Function* behind(const char* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
@@ -60,8 +61,8 @@ answer simulated(Call call) {
     return call(*active);
 }
 
-/// The same for a call on a descriptor, if it is one of the kernel's own. What is no descriptor goes there too and is
-/// refused.
+/// The same for a call on a descriptor, if it is one of the kernel's own. A negative number, which is nobody's
+/// descriptor, goes there too and is refused.
 template <typename Call>
 answer simulated(int fd, Call call) {
     return simulated([&](kernel& active) { return fd < 0 || active.owns(fd) ? answer(call(active)) : std::nullopt; });
@@ -137,7 +138,7 @@ public:
         if (active == nullptr)
             return;
         table_ = active->openOpticalTable();
-        path_ = "/dev/fd/" + std::to_string(table_); // no file at all where the machine has no table
+        path_ = "/dev/fd/" + std::to_string(table_); // /dev/fd/-1, which is no file, where there is no table
         *found = path_.data();
     }
     ~redirectedArguments() {
@@ -159,6 +160,7 @@ private:
 
 extern "C" {
 
+// All else is built with hidden names, which no other library would find.
 #pragma GCC visibility push(default)
 
 int open(const char* path, int flags, ...) {

@@ -22,7 +22,7 @@ std::string shortened(const std::string& text, std::size_t longest) {
 }
 
 std::string quoted(const std::string& text) {
-    constexpr std::size_t longestCharacter = 4; // bytes; one that is cut here is cut off again below
+    constexpr std::size_t longestCharacter = 4; // bytes; a character that is cut in two here is dropped below
     const json start = text.substr(0, longestExcerpt + longestCharacter);
     return shortened(start.dump(-1, ' ', true, json::error_handler_t::replace), longestExcerpt);
 }
@@ -39,7 +39,7 @@ bool isPlainName(const std::string& name) {
            });
 }
 
-/// The way from the document to a value in it: nodes["/dev/sg0"].inquiry[1]. The middle of a long one is left out.
+/// Where a value stands in the document: nodes["/dev/sg0"].inquiry[1]. The middle of a long text is left out.
 std::string placeText(const std::vector<jsonStep>& way) {
     if (way.empty())
         return "the document";
@@ -57,8 +57,8 @@ std::string placeText(const std::vector<jsonStep>& way) {
     return text.substr(0, longestPlace / 2) + "..." + text.substr(text.size() - longestPlace / 2);
 }
 
-/// Builds a document from what the parser reads. The parser's own way of building one drops the first of two members of
-/// one name, and its callbacks for finding them take a time that grows with the square of a list's length.
+/// Builds a document from what the parser reads, in place of json::parse(). That keeps only the last of two members of
+/// the same name, and where callbacks look for these, its time grows with the square of a list's length.
 class documentBuilder : public nlohmann::json_sax<json> {
 public:
     explicit documentBuilder(jsonDocument& document) : document_(document) {}
@@ -87,7 +87,7 @@ public:
     }
 
     bool parse_error(std::size_t /*position*/, const std::string& /*lastRead*/, const json::exception& error) override {
-        const std::string message = error.what(); // behind the parser's own name for it, in brackets
+        const std::string message = error.what(); // begins with the parser's name for the error, in brackets
         const std::size_t tag = message.find("] ");
         fail("not a JSON document: " +
              shortened(message.substr(tag == std::string::npos ? 0 : tag + 2), longestReason));
@@ -97,8 +97,8 @@ private:
     /// A list or an object whose end is not read yet.
     struct level {
         json* value;
-        const std::string* name = nullptr; // of the member that is being read
-        json* target = nullptr;            // and its value
+        const std::string* name = nullptr; // of the member that is being read; null in a list
+        json* target = nullptr;            // where the value of that member goes
     };
 
     json& put(json value) {
@@ -124,7 +124,7 @@ private:
         return true;
     }
 
-    /// To the innermost open value.
+    /// The steps from the document to the innermost open value.
     std::vector<jsonStep> way() const {
         std::vector<jsonStep> steps;
         for (std::size_t i = 0; i + 1 < open_.size(); ++i)
@@ -169,7 +169,7 @@ std::string jsonPlace::text() const {
 
 std::string jsonPlace::name() const { return bytesOf(*step_.name); }
 
-/// The parser has checked the UTF-8: a byte of a longer sequence than two stands for a larger code point.
+/// The parser lets only valid UTF-8 through, in which a first byte above 0xC3 begins a code point above U+00FF.
 std::string jsonPlace::bytesOf(const std::string& utf8) const {
     std::string result;
     for (std::size_t i = 0; i < utf8.size(); ++i) {
@@ -182,7 +182,7 @@ std::string jsonPlace::bytesOf(const std::string& utf8) const {
 }
 
 long long jsonPlace::number(long long least, long long largest) const {
-    // A number above the largest signed one is none that is allowed, and would be negative in what get() gives.
+    // An unsigned number that a signed one cannot hold turns negative in get(); none that large is allowed.
     const bool fits = isWholeNumber() && (!value_.is_number_unsigned() || value_.get<long long>() >= 0);
     const long long number = fits ? value_.get<long long>() : 0;
     if (!fits || number < least || number > largest)

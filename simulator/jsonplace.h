@@ -11,14 +11,14 @@
 
 namespace simulator {
 
-/// A JSON document, and the name of the file that it stands in, for errors.
+/// A JSON document, and the name of its file for errors.
 struct jsonDocument {
     std::string file;
     nlohmann::json value;
 };
 
-/// Reads a document in a time that grows with its length. Refuses, with a machineFileError, what is no JSON, an object
-/// with two members of one name, and more values than a machine file can need.
+/// Reads a document. Throws machineFileError for what is no JSON, for an object with two members of the same name, and
+/// for more values than a machine file can need.
 jsonDocument parseJson(const std::string& text, const std::string& file);
 
 /// One step from a value to a value in it: a member or an element.
@@ -29,8 +29,8 @@ struct jsonStep {
 
 /// A value in a JSON document together with where it stands, for errors that name the place.
 ///
-/// Cheap to make: a place is put into words only for an error. It points to the document and to the place that it was
-/// found in, and both have to live longer. Every failure is a machineFileError of a bounded length.
+/// Cheap to make: only an error puts the place into words. Points to the document and to the place that it was found
+/// in, which both have to outlive it. Every failure is a machineFileError of a bounded length.
 class jsonPlace {
 public:
     /// The whole document.
@@ -44,7 +44,7 @@ public:
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;
-    /// The same of the name that this member has in its object.
+    /// The name of this member in its object, read like a text.
     std::string name() const;
     long long number(long long least, long long largest) const;
     /// Any number that the type can hold.
@@ -53,11 +53,11 @@ public:
         return static_cast<Number>(number(std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()));
     }
 
-    /// A member of an object; the object and the member must be there.
+    /// The member called `name`. Fails for what is no object and for an object without that member.
     jsonPlace member(const char* name) const;
-    /// A member of an object, if it has it.
+    /// The same, but none for an object without that member.
     std::optional<jsonPlace> find(const char* name) const;
-    /// Refuses an object that has other members than these, and what is no object.
+    /// Fails for an object with other members than these, and for what is no object.
     void allowMembers(const std::vector<const char*>& names) const;
 
     void forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const;

@@ -10,11 +10,10 @@
 
 namespace simulator {
 
-/// The kernel interface of a simulated machine: opens its nodes, answers their requests, writes down the
-/// calls.
+/// The kernel of a simulated machine: opens its nodes, answers their requests, writes down the calls.
 ///
 /// A call returns what the system call would and sets errno on failure. Not for several threads at once.
-/// A derived kernel can let calls fail that the machine would answer.
+/// Tests derive from it to let calls fail that the machine would answer.
 class kernel {
 public:
     enum class calls { forgotten, kept };
@@ -35,11 +34,11 @@ public:
     /// Answers each request with its first answer again.
     void rewind();
 
-    /// The descriptor is a real one, of /dev/null, and so differs from all others of the process.
+    /// Gives a real descriptor, of /dev/null, so that no other of the process has the same number.
     virtual int open(const std::string& path);
     virtual int close(int fd);
 
-    /// A descriptor of a new file that holds the optical-drive table; inherited by child processes.
+    /// Gives a descriptor of a new file with the optical-drive table in it, which child processes inherit.
     int openOpticalTable();
 
     virtual int ioctl(int fd, unsigned long request, void* argument);
@@ -48,8 +47,8 @@ public:
     bool skipsSleep(unsigned seconds);
     void sleepForReal() { sleepsForReal_ = true; }
 
-    /// Runs a shell command that the machine stands in for: modprobe, the USB query and the removal of its
-    /// file. False: the command is none of them.
+    /// Does what modprobe, the USB query and the removal of its file would do, and sets their wait status. False: the
+    /// command is none of them, and nothing is done.
     virtual bool system(const std::string& command, int& status);
 
     machine& simulated() { return machine_; }

@@ -46,7 +46,7 @@ struct numberAnswer {
     int error = 0; ///< errno; 0: the request succeeds
 };
 
-/// What opening a node is answered with: of each answer only the error counts.
+/// The answers to opening a node. Only the errors of these numbers count.
 struct openAnswers : answers<numberAnswer> {
     using answers::answers;
 };
@@ -68,7 +68,7 @@ struct scsiAnswer {
     unsigned short hostStatus = 0;
     unsigned short driverStatus = 0;
     unsigned info = 0;
-    std::optional<int> residual; ///< none: what the data leaves of the buffer
+    std::optional<int> residual; ///< none: the part of the buffer that the data does not fill
 };
 
 /// One HDIO request: an errno, or what the drive sent.

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
 constexpr std::size_t largestAnswer = 65536;               // bytes; more than any request asks for
-constexpr std::size_t largestPart = 512;                   // bytes that few characters of the file stand for
+constexpr std::size_t largestPart = 512;                   // bytes; few characters of the file describe them all
 constexpr int largestStatus = 0xFF;                        // of a command that exits
 
 constexpr unsigned char checkCondition = 2;
@@ -56,8 +56,8 @@ bytes hexBytes(const jsonPlace& place) {
     return result;
 }
 
-/// {"text": T, "size": N}: T padded with blanks to N bytes. {"swapped": T, "size": N}: so, and the two bytes
-/// of every word exchanged, as ATA texts come. {"zeros": N}.
+/// {"text": T, "size": N}: T padded with blanks to N bytes. {"swapped": T, "size": N}: the same with the two bytes
+/// of every word exchanged, as ATA devices send texts. {"zeros": N}: N zero bytes.
 bytes describedBytes(const jsonPlace& place) {
     place.allowMembers({"text", "swapped", "zeros", "size"});
     const auto plain = place.find("text"), swapped = place.find("swapped"), zeros = place.find("zeros");
@@ -168,7 +168,7 @@ driveAnswer driveAt(const jsonPlace& place) {
     return {0, bytesAt(place.member("data"))};
 }
 
-/// How an answer is spelled where the request succeeds.
+/// How the file spells the answer to a request that succeeds.
 template <typename Answer>
 struct spelling {
     const char* expected;

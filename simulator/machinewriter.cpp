@@ -77,7 +77,7 @@ json plain(const scsiAnswer& answer) {
 
 json plain(const driveAnswer& answer) { return {{"data", hex(answer.data)}}; }
 
-/// A list of answers, or the only one; null for none. Answers at the end that only repeat the one before are left out.
+/// A list of answers, or the only answer; null for none. Leaves out answers at the end that repeat the one before.
 json asShortAsCanBe(json list) {
     while (list.size() > 1 && list.back() == list[list.size() - 2])
         list.erase(list.end() - 1);
@@ -138,7 +138,8 @@ std::string machineFileText(const machine& machine) {
     auto& nodes = (document["nodes"] = json::object()).get_ref<json::object_t&>();
     for (const auto& [path, node] : machine.nodes) {
         if (everPresent(node))
-            nodes.emplace_back(bytesAsCodePoints(path), nodeToJson(node)); // operator[] would search for it first
+            nodes.emplace_back(bytesAsCodePoints(path),
+                               nodeToJson(node)); // operator[] would search all nodes before it
     }
     return document.dump(2, ' ', true) + '\n';
 }

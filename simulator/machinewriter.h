@@ -6,8 +6,8 @@
 
 namespace simulator {
 
-/// The machine file (docs/machine-files.md) of a machine, as it is now: nodes that never were there are left out, and
-/// so are answers at the end of a list that only repeat the one before.
+/// The text of the machine file (docs/machine-files.md) for a machine. Leaves out nodes that never existed, and answers
+/// at the end of a list that repeat the one before.
 std::string machineFileText(const machine& machine);
 
 /// Writes `text` to the file at `path`, all of it or nothing. Throws std::runtime_error when that fails, and when there

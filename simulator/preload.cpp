@@ -1,5 +1,5 @@
-// The preload library: the machine file that the environment names takes the place of this machine's devices, for
-// programs that know nothing of it.
+// The preload library: shows a program that knows nothing of it the devices of the machine file that the environment
+// names, in place of this machine's.
 
 #include "simulator/kernel.h"
 #include "simulator/machinefile.h"
@@ -16,7 +16,7 @@ namespace {
 
 constexpr const char* machineVariable = "SCSIDEV_MACHINE";
 
-// Never destroyed: calls come until the very end of the process.
+// Never destroyed: the program makes calls until the very end of its process.
 simulator::kernel* loaded = nullptr;
 
 [[gnu::constructor]] void load() {
@@ -25,7 +25,7 @@ simulator::kernel* loaded = nullptr;
         return;
     try {
         loaded = new simulator::kernel(simulator::readMachineFile(path));
-        // Child processes may work elsewhere.
+        // A child process inherits the variable, but can have another working directory.
         ::setenv(machineVariable, std::filesystem::absolute(path).c_str(), 1);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "simulated machine: %s\n", failure.what());

@@ -24,7 +24,7 @@ std::string contentOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-/// All of the data buffer belongs to the answer: the driver writes to the whole of it, and what it leaves stays.
+/// Keeps the whole data buffer, however much of it the device filled: the program may look at all of it.
 scsiAnswer scsiAnswerOf(const sg_io_hdr& header, int error) {
     const auto* const data = static_cast<const unsigned char*>(header.dxferp);
     scsiAnswer answer;
@@ -46,7 +46,7 @@ addressAnswer addressAnswerOf(const sg_scsi_id& id) {
     return {id.host_no, id.channel, id.scsi_id, id.lun, id.scsi_type, 0};
 }
 
-/// Is `path` of a family whose nodes are looked at one after the other, and not one that stands in for another node?
+/// Is `path` of a family that is walked node by node? A /dev/sd node is opened only in place of an sg node.
 bool isWalked(std::string_view path) {
     const std::string_view family = path.substr(0, 7);
     return family == "/dev/sg" || family == "/dev/hd";

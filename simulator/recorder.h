@@ -9,15 +9,14 @@
 
 namespace simulator {
 
-/// What opening device nodes came to.
+/// How many device nodes there are, as far as opening them tells.
 struct nodeCount {
     std::size_t present = 0; ///< nodes that opened or were refused
     std::size_t refused = 0; ///< nodes for which there was no permission
 };
 
-/// Watches what the machine answers while a program runs on it, and writes it down where a simulated machine is to
-/// answer the same. It watches calls that were made anyway and changes none: asking a node again would be one access
-/// too many. For one thread.
+/// Watches the calls of a program and keeps their answers, if wanted, for a simulated machine that answers the same. It
+/// makes no call on a device node itself: that would be one access too many. For one thread.
 class recorder {
 public:
     enum class keeps {
@@ -32,11 +31,11 @@ public:
     recorder(const recorder&) = delete;
     recorder& operator=(const recorder&) = delete;
 
-    /// `fd` is what opening `path` gave; `error` its errno where it failed.
+    /// `fd` is the result of opening `path`; `error` is its errno if it failed.
     void opened(std::string_view path, int fd, int error);
     void closed(int fd);
 
-    /// `result` is what the ioctl gave, with `argument` as the driver left it; `error` its errno where it failed.
+    /// `argument` is as the driver left it; `error` is the errno if the result is -1.
     void answered(int fd, unsigned long request, const void* argument, int result, int error);
 
     /// `status` is the wait status of a shell command.
@@ -45,7 +44,7 @@ public:
     /// The optical-drive table is about to be read.
     void readsOpticalTable();
 
-    /// The sg and IDE nodes that were opened so far.
+    /// The sg and IDE nodes that the program has opened, or tried to, so far.
     nodeCount nodes() const;
 
     /// What was recorded so far.

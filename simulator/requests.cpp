@@ -96,7 +96,7 @@ requestResult driveCommand(answers<driveAnswer>& replies, unsigned char* target,
     if (reply.error != 0)
         return {0, reply.error};
     const std::size_t sent = std::min(reply.data.size(), room);
-    std::fill(std::copy_n(reply.data.begin(), sent, target), target + room, 0); // a drive sends whole sectors
+    std::fill(std::copy_n(reply.data.begin(), sent, target), target + room, 0); // a drive fills all of it
     return {};
 }
 
@@ -124,15 +124,15 @@ requestResult address(answers<addressAnswer>& replies, sg_scsi_id* id) {
     return {};
 }
 
-/// A number that the request returns itself: -1 from a driver is -EPERM, which the C library turns into an error.
+/// For a request whose result is the number itself: -1 from a driver is -EPERM, which the C library makes an error.
 requestResult returned(requestResult result) {
     return result.error == 0 && result.value == -1 ? requestResult{0, EPERM} : result;
 }
 
 requestResult written(requestResult result) { return {0, result.error}; }
 
-/// What a node says to a request that its driver does not know. An sg node that was opened for reading
-/// refuses it.
+/// The errno of a node for a request that its driver does not know. The sg driver takes no unknown request on a
+/// descriptor that is open for reading only.
 int refusalOf(const std::string& path) { return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY; }
 
 } // namespace

@@ -10,18 +10,17 @@ namespace simulator {
 /// Register bytes of HDIO_DRIVE_TASK (linux/hdreg.h), before and after.
 constexpr std::size_t taskBytes = 7;
 
-/// What a request returns: a value, or an errno.
+/// The result of a request: a value, or an errno.
 struct requestResult {
     int value = 0;
     int error = 0; ///< 0: the request succeeds
 };
 
-/// Answers the ioctl `request` on a node as its driver would (scsi/sg.h, linux/hdreg.h, linux/cdrom.h), in
-/// place. Requests and SCSI commands that the simulation does not know are refused as a driver or a device
-/// refuses them.
+/// Answers the ioctl `request` on a node as its driver would (scsi/sg.h, linux/hdreg.h, linux/cdrom.h), with the
+/// data in `argument`. Refuses requests and SCSI commands that it does not know as a driver or a device would.
 requestResult answer(const std::string& path, node& node, unsigned long request, void* argument);
 
-/// The answers of a node to a SCSI command, or null where it has none of its own.
+/// The list of a node's answers to a SCSI command, or null if machine files have none for that command.
 answers<scsiAnswer>* answersTo(node& node, const unsigned char* cdb);
 
 /// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".

@@ -4,7 +4,7 @@
 
 namespace simulator {
 
-/// The shell commands that a simulated machine stands in for.
+/// A shell command, of which a simulated machine takes the place of three kinds.
 struct shellCommand {
     enum kinds { other, modprobe, usbQuery, removal };
 
@@ -12,7 +12,7 @@ struct shellCommand {
     std::string file; ///< what the USB query writes, or what is removed
 };
 
-/// Which of them `command` is.
+/// Reads what kind `command` is.
 shellCommand commandOf(const std::string& command);
 
 } // namespace simulator
