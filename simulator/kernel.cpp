@@ -74,7 +74,7 @@ int kernel::ioctl(int fd, unsigned long request, void* argument) {
     }
     auto& [path, node] = *found->second;
     note([&, &path = path] { return "ioctl " + path + " " + requestText(request, argument); });
-    const requestResult result = answer(path, node, request, argument);
+    const requestResult result = answerRequest(path, node, request, argument);
     return result.error == 0 ? result.value : fail(result.error);
 }
 

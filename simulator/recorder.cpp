@@ -110,7 +110,7 @@ void recorder::answered(int fd, unsigned long request, const void* argument, int
                                 : addressAnswerOf(*static_cast<const sg_scsi_id*>(argument)));
         break;
     case SG_IO:
-        if (auto* answers = answersTo(node, header->cmdp))
+        if (auto* answers = scsiAnswersOf(node, header->cmdp))
             answers->add(scsiAnswerOf(*header, failed ? error : 0));
         break;
     case CDROM_GET_CAPABILITY:

@@ -38,10 +38,10 @@ constexpr unsigned char invalidOpcode = 0x20;
 constexpr unsigned char invalidField = 0x24;
 
 /// The page that lists the vital product data pages (SPC-4, 7.8.13).
-scsiAnswer supportedPages(const node& node) {
+scsiAnswer supportedPages(const node& asked) {
     scsiAnswer page;
     page.data = {0, supportedPagesPage, 0, 1, supportedPagesPage};
-    if (!node.serialPage.empty()) {
+    if (!asked.serialPage.empty()) {
         page.data[3] = 2;
         page.data.push_back(serialNumberPage);
     }
@@ -50,24 +50,24 @@ scsiAnswer supportedPages(const node& node) {
 
 bool asksForPage(const unsigned char* cdb, unsigned char page) { return cdb[1] == 1 && cdb[2] == page; }
 
-scsiAnswer deviceAnswer(node& node, const unsigned char* cdb) {
-    if (auto* const own = answersTo(node, cdb); own != nullptr && !own->empty())
+scsiAnswer nextScsiAnswer(node& asked, const unsigned char* cdb) {
+    if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
         return own->next();
     if (cdb[0] != inquiryOpcode)
         return illegalRequest(invalidOpcode);
-    return asksForPage(cdb, supportedPagesPage) ? supportedPages(node) : illegalRequest(invalidField);
+    return asksForPage(cdb, supportedPagesPage) ? supportedPages(asked) : illegalRequest(invalidField);
 }
 
 std::size_t allocationLength(const unsigned char* inquiryCdb) {
     return static_cast<std::size_t>(inquiryCdb[3]) << 8 | inquiryCdb[4];
 }
 
-requestResult sgIo(node& node, sg_io_hdr& header) {
+requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
     if (header.interface_id != 'S')
         return {0, ENOSYS};
     if (header.cmdp == nullptr || header.cmd_len < 6)
         return {0, EMSGSIZE};
-    const scsiAnswer reply = deviceAnswer(node, header.cmdp);
+    const scsiAnswer reply = nextScsiAnswer(asked, header.cmdp);
     if (reply.error != 0)
         return {0, reply.error};
 
@@ -89,7 +89,7 @@ requestResult sgIo(node& node, sg_io_hdr& header) {
     return {};
 }
 
-requestResult driveCommand(answers<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
+requestResult sendDriveCommand(answers<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
     if (replies.empty())
         return {0, refusal};
     const driveAnswer& reply = replies.next();
@@ -100,16 +100,27 @@ requestResult driveCommand(answers<driveAnswer>& replies, unsigned char* target,
     return {};
 }
 
-requestResult number(answers<numberAnswer>& replies, int refusal, int* target) {
+/// For a request that writes a number to its argument.
+requestResult writeNumber(answers<numberAnswer>& replies, int* target) {
     if (replies.empty())
-        return {0, refusal};
+        return {0, ENOTTY};
     const numberAnswer& reply = replies.next();
     if (reply.error == 0 && target != nullptr)
         *target = reply.value;
-    return {reply.value, reply.error};
+    return {0, reply.error};
 }
 
-requestResult address(answers<addressAnswer>& replies, sg_scsi_id* id) {
+/// For a request whose result is the number itself: -1 from a driver is -EPERM, which the C library makes an error.
+requestResult returnNumber(answers<numberAnswer>& replies, int refusal) {
+    if (replies.empty())
+        return {0, refusal};
+    const numberAnswer& reply = replies.next();
+    if (reply.error != 0)
+        return {0, reply.error};
+    return reply.value == -1 ? requestResult{0, EPERM} : requestResult{reply.value, 0};
+}
+
+requestResult writeAddress(answers<addressAnswer>& replies, sg_scsi_id* id) {
     if (replies.empty())
         return {0, ENOTTY};
     const addressAnswer& reply = replies.next();
@@ -124,47 +135,41 @@ requestResult address(answers<addressAnswer>& replies, sg_scsi_id* id) {
     return {};
 }
 
-/// For a request whose result is the number itself: -1 from a driver is -EPERM, which the C library makes an error.
-requestResult returned(requestResult result) {
-    return result.error == 0 && result.value == -1 ? requestResult{0, EPERM} : result;
-}
-
-requestResult written(requestResult result) { return {0, result.error}; }
-
 /// The errno of a node for a request that its driver does not know. The sg driver takes no unknown request on a
 /// descriptor that is open for reading only.
 int refusalOf(const std::string& path) { return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY; }
 
 } // namespace
 
-answers<scsiAnswer>* answersTo(node& node, const unsigned char* cdb) {
+answers<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
     if (cdb[0] != inquiryOpcode)
         return nullptr;
     if (cdb[1] == 0)
-        return &node.inquiry;
-    return asksForPage(cdb, serialNumberPage) ? &node.serialPage : nullptr;
+        return &asked.inquiry;
+    return asksForPage(cdb, serialNumberPage) ? &asked.serialPage : nullptr;
 }
 
-requestResult answer(const std::string& path, node& node, unsigned long request, void* argument) {
+requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument) {
     const int refusal = refusalOf(path);
     auto* const registers = static_cast<unsigned char*>(argument);
     switch (request) {
     case SG_GET_VERSION_NUM:
-        return written(number(node.sgVersion, ENOTTY, static_cast<int*>(argument)));
+        return writeNumber(asked.sgVersion, static_cast<int*>(argument));
     case SG_EMULATED_HOST:
-        return written(number(node.emulated, ENOTTY, static_cast<int*>(argument)));
+        return writeNumber(asked.emulated, static_cast<int*>(argument));
     case SG_GET_SCSI_ID:
-        return address(node.address, static_cast<sg_scsi_id*>(argument));
+        return writeAddress(asked.address, static_cast<sg_scsi_id*>(argument));
     case SG_IO:
-        return node.inquiry.empty() ? requestResult{0, EINVAL} : sgIo(node, *static_cast<sg_io_hdr*>(argument));
+        return asked.inquiry.empty() ? requestResult{0, EINVAL}
+                                     : sendScsiCommand(asked, *static_cast<sg_io_hdr*>(argument));
     case CDROM_GET_CAPABILITY:
-        return returned(number(node.opticalCapability, refusal, nullptr));
+        return returnNumber(asked.opticalCapability, refusal);
     case HDIO_DRIVE_CMD:
         return registers[0] == identifyOpcode
-                   ? driveCommand(node.identify, registers + registerBytes, registers[3] * sectorSize, refusal)
-                   : requestResult{0, node.identify.empty() ? refusal : EIO};
+                   ? sendDriveCommand(asked.identify, registers + registerBytes, registers[3] * sectorSize, refusal)
+                   : requestResult{0, asked.identify.empty() ? refusal : EIO};
     case HDIO_DRIVE_TASK:
-        return driveCommand(node.task, registers, taskBytes, refusal);
+        return sendDriveCommand(asked.task, registers, taskBytes, refusal);
     default:
         return {0, refusal};
     }

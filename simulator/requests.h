@@ -18,10 +18,10 @@ struct requestResult {
 
 /// Answers the ioctl `request` on a node as its driver would (scsi/sg.h, linux/hdreg.h, linux/cdrom.h), with the
 /// data in `argument`. Refuses requests and SCSI commands that it does not know as a driver or a device would.
-requestResult answer(const std::string& path, node& node, unsigned long request, void* argument);
+requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument);
 
 /// The list of a node's answers to a SCSI command, or null if machine files have none for that command.
-answers<scsiAnswer>* answersTo(node& node, const unsigned char* cdb);
+answers<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb);
 
 /// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".
 std::string requestText(unsigned long request, const void* argument);
