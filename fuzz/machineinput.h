@@ -6,61 +6,61 @@
 namespace fuzz {
 
 /// An errno or an exit status, in one byte.
-inline void transfer(archive& archive, int& number) {
+inline void transfer(archive& stream, int& number) {
     auto byte = static_cast<std::uint8_t>(number);
-    archive.numbers(byte);
+    stream.numbers(byte);
     number = byte;
 }
 
-inline void transfer(archive& archive, simulator::numberAnswer& answer) {
-    transfer(archive, answer.error);
-    archive.numbers(answer.value);
+inline void transfer(archive& stream, simulator::numberAnswer& answer) {
+    transfer(stream, answer.error);
+    stream.numbers(answer.value);
 }
 
-inline void transfer(archive& archive, simulator::addressAnswer& answer) {
-    transfer(archive, answer.error);
-    archive.numbers(answer.host, answer.channel, answer.target, answer.lun, answer.type);
+inline void transfer(archive& stream, simulator::addressAnswer& answer) {
+    transfer(stream, answer.error);
+    stream.numbers(answer.host, answer.channel, answer.target, answer.lun, answer.type);
 }
 
-inline void transfer(archive& archive, simulator::scsiAnswer& answer) {
-    transfer(archive, answer.error);
-    archive.text(answer.data);
-    archive.text(answer.sense);
-    archive.numbers(answer.status, answer.maskedStatus, answer.hostStatus, answer.driverStatus, answer.info);
+inline void transfer(archive& stream, simulator::scsiAnswer& answer) {
+    transfer(stream, answer.error);
+    stream.text(answer.data);
+    stream.text(answer.sense);
+    stream.numbers(answer.status, answer.maskedStatus, answer.hostStatus, answer.driverStatus, answer.info);
 }
 
-inline void transfer(archive& archive, simulator::driveAnswer& answer) {
-    transfer(archive, answer.error);
-    archive.text(answer.data);
+inline void transfer(archive& stream, simulator::driveAnswer& answer) {
+    transfer(stream, answer.error);
+    stream.text(answer.data);
 }
 
 template <typename Answer>
-void transfer(archive& archive, simulator::answers<Answer>& answers) {
+void transfer(archive& stream, simulator::answers<Answer>& answers) {
     std::vector<Answer> list = answers.all();
-    archive.list(list, [&](Answer& answer) { transfer(archive, answer); });
+    stream.list(list, [&](Answer& answer) { transfer(stream, answer); });
     answers = list;
 }
 
-inline void transfer(archive& archive, simulator::node& node) {
-    eachAnswer(node, [&archive](const char* /*name*/, auto& answers) { transfer(archive, answers); });
+inline void transfer(archive& stream, simulator::node& node) {
+    eachAnswer(node, [&stream](const char* /*name*/, auto& answers) { transfer(stream, answers); });
 }
 
 /// A run: the queries, each a list of positions in the class table, and the machine.
-inline void transfer(archive& archive, std::vector<std::vector<std::uint8_t>>& queries, simulator::machine& machine) {
-    archive.list(queries, [&](auto& query) { archive.text(query); });
-    archive.text(machine.name);
-    transfer(archive, machine.modprobe);
-    archive.text(machine.usbListing);
+inline void transfer(archive& stream, std::vector<std::vector<std::uint8_t>>& queries, simulator::machine& machine) {
+    stream.list(queries, [&](auto& query) { stream.text(query); });
+    stream.text(machine.name);
+    transfer(stream, machine.modprobe);
+    stream.text(machine.usbListing);
     for (auto& list : machine.virtualDevices)
-        archive.list(list, [&](std::string& name) { archive.text(name); });
+        stream.list(list, [&](std::string& name) { stream.text(name); });
     std::vector<std::pair<std::string, simulator::node>> nodes(machine.nodes.begin(), machine.nodes.end());
-    archive.list(nodes, [&](auto& pathAndNode) {
-        archive.text(pathAndNode.first);
-        transfer(archive, pathAndNode.second);
+    stream.list(nodes, [&](auto& pathAndNode) {
+        stream.text(pathAndNode.first);
+        transfer(stream, pathAndNode.second);
     });
     machine.nodes = {nodes.begin(), nodes.end()};
     machine.opticalTable.emplace(machine.opticalTable.value_or(""));
-    archive.text(*machine.opticalTable);
+    stream.text(*machine.opticalTable);
 }
 
 } // namespace fuzz

@@ -40,11 +40,11 @@ bool isPlainName(const std::string& name) {
 }
 
 /// Where a value stands in the document: nodes["/dev/sg0"].inquiry[1]. The middle of a long text is left out.
-std::string placeText(const std::vector<jsonStep>& way) {
-    if (way.empty())
+std::string placeText(const std::vector<jsonStep>& steps) {
+    if (steps.empty())
         return "the document";
     std::string text;
-    for (const jsonStep& step : way) {
+    for (const jsonStep& step : steps) {
         if (step.name == nullptr)
             text += '[' + std::to_string(step.index) + ']';
         else if (isPlainName(*step.name))
@@ -80,7 +80,7 @@ public:
         level& object = open_.back();
         const auto [member, isNew] = object.value->get_ref<json::object_t&>().emplace(std::move(name), nullptr);
         if (!isNew)
-            fail(placeText(way()) + ": the member " + quoted(member->first) + " stands twice");
+            fail(placeText(stepsToOpenValue()) + ": the member " + quoted(member->first) + " stands twice");
         object.name = &member->first;
         object.target = &member->second;
         return true;
@@ -124,8 +124,7 @@ private:
         return true;
     }
 
-    /// The steps from the document to the innermost open value.
-    std::vector<jsonStep> way() const {
+    std::vector<jsonStep> stepsToOpenValue() const {
         std::vector<jsonStep> steps;
         for (std::size_t i = 0; i + 1 < open_.size(); ++i)
             steps.push_back({open_[i].name, open_[i].name == nullptr ? open_[i].value->size() - 1 : 0});
@@ -150,11 +149,11 @@ jsonDocument parseJson(const std::string& text, const std::string& file) {
 }
 
 void jsonPlace::failWith(const std::string& message) const {
-    std::vector<jsonStep> way;
+    std::vector<jsonStep> steps;
     for (const jsonPlace* place = this; place->parent_ != nullptr; place = place->parent_)
-        way.push_back(place->step_);
-    std::reverse(way.begin(), way.end());
-    throw machineFileError(document_.file + ": " + placeText(way) + ": " + message);
+        steps.push_back(place->step_);
+    std::reverse(steps.begin(), steps.end());
+    throw machineFileError(document_.file + ": " + placeText(steps) + ": " + message);
 }
 
 void jsonPlace::fail(const std::string& expected) const {

@@ -143,21 +143,21 @@ scsiAnswer scsiAt(const jsonPlace& place) {
         answer.data = bytesAt(*data);
     if (const auto sense = place.find("sense"))
         answer.sense = bytesAt(*sense);
-    const auto readOver = [&place](auto& number, const char* name) {
+    const auto replaceIfGiven = [&place](auto& number, const char* name) {
         if (const auto found = place.find(name))
             number = found->number<std::decay_t<decltype(number)>>();
     };
     const bool sensed = !answer.sense.empty();
     answer.status = sensed ? checkCondition : 0;
-    readOver(answer.status, "status");
+    replaceIfGiven(answer.status, "status");
     answer.maskedStatus = answer.status >> 1 & statusMask;
-    readOver(answer.maskedStatus, "maskedStatus");
-    readOver(answer.hostStatus, "hostStatus");
+    replaceIfGiven(answer.maskedStatus, "maskedStatus");
+    replaceIfGiven(answer.hostStatus, "hostStatus");
     answer.driverStatus = sensed ? driverSense : 0;
-    readOver(answer.driverStatus, "driverStatus");
+    replaceIfGiven(answer.driverStatus, "driverStatus");
     const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
     answer.info = check ? SG_INFO_CHECK : SG_INFO_OK;
-    readOver(answer.info, "info");
+    replaceIfGiven(answer.info, "info");
     if (const auto residual = place.find("residual"))
         answer.residual = residual->number<int>();
     return answer;

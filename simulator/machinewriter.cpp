@@ -26,7 +26,7 @@ json errorName(int error) {
     return name == nullptr ? "EIO" : name;
 }
 
-json hex(const bytes& data) {
+json hexToJson(const bytes& data) {
     constexpr const char* digits = "0123456789abcdef";
     std::string text;
     for (const unsigned char byte : data)
@@ -35,7 +35,7 @@ json hex(const bytes& data) {
 }
 
 /// A text of whole lines as a list of them.
-json lines(const std::string& text) {
+json linesToJson(const std::string& text) {
     if (text.empty() || text.back() != '\n')
         return bytesAsCodePoints(text);
     json list = json::array();
@@ -47,9 +47,9 @@ json lines(const std::string& text) {
     return list;
 }
 
-json plain(const numberAnswer& answer) { return answer.value; }
+json successToJson(const numberAnswer& answer) { return answer.value; }
 
-json plain(const addressAnswer& answer) {
+json successToJson(const addressAnswer& answer) {
     return {{"host", answer.host},
             {"channel", answer.channel},
             {"target", answer.target},
@@ -57,10 +57,10 @@ json plain(const addressAnswer& answer) {
             {"type", answer.type}};
 }
 
-json plain(const scsiAnswer& answer) {
-    json members{{"data", hex(answer.data)}};
+json successToJson(const scsiAnswer& answer) {
+    json members{{"data", hexToJson(answer.data)}};
     if (!answer.sense.empty())
-        members["sense"] = hex(answer.sense);
+        members["sense"] = hexToJson(answer.sense);
     const bool isPlain = answer.status == 0 && answer.maskedStatus == 0 && answer.hostStatus == 0 &&
                          answer.driverStatus == 0 && answer.info == 0 && answer.sense.empty();
     if (!isPlain) {
@@ -75,46 +75,47 @@ json plain(const scsiAnswer& answer) {
     return members;
 }
 
-json plain(const driveAnswer& answer) { return {{"data", hex(answer.data)}}; }
+json successToJson(const driveAnswer& answer) { return {{"data", hexToJson(answer.data)}}; }
 
 /// A list of answers, or the only answer; null for none. Leaves out answers at the end that repeat the one before.
-json asShortAsCanBe(json list) {
+json withoutRepeatedEnd(json list) {
     while (list.size() > 1 && list.back() == list[list.size() - 2])
         list.erase(list.end() - 1);
     return list.size() > 1 ? list : list.empty() ? json() : list.front();
 }
 
-template <typename Answers, typename Plain>
-json toJson(const Answers& answers, Plain plainAnswer) {
+template <typename Answers, typename Convert>
+json toJson(const Answers& answers, Convert convert) {
     json list = json::array();
     for (const auto& answer : answers.all())
-        list.push_back(answer.error == 0 ? plainAnswer(answer) : errorName(answer.error));
-    return asShortAsCanBe(std::move(list));
+        list.push_back(answer.error == 0 ? convert(answer) : errorName(answer.error));
+    return withoutRepeatedEnd(std::move(list));
 }
 
 template <typename Answer>
 json toJson(const answers<Answer>& answers) {
-    return toJson(answers, [](const Answer& answer) { return plain(answer); });
+    return toJson(answers, [](const Answer& answer) { return successToJson(answer); });
 }
 
 json toJson(const openAnswers& answers) {
     return toJson(answers, [](const numberAnswer& /*answer*/) { return json(true); });
 }
 
-void put(json& target, const char* name, json value) {
+void addUnlessNull(json& target, const char* name, json value) {
     if (!value.is_null())
         target[name] = std::move(value);
 }
 
-bool everPresent(const node& node) {
-    const auto& opens = node.open.all();
+bool wasEverThere(const node& recorded) {
+    const auto& opens = recorded.open.all();
     return opens.empty() ||
            std::any_of(opens.begin(), opens.end(), [](const auto& answer) { return answer.error != ENOENT; });
 }
 
-json nodeToJson(const node& node) {
+json nodeToJson(const node& recorded) {
     json members = json::object();
-    eachAnswer(node, [&members](const char* name, const auto& answers) { put(members, name, toJson(answers)); });
+    eachAnswer(recorded,
+               [&members](const char* name, const auto& answers) { addUnlessNull(members, name, toJson(answers)); });
     return members;
 }
 
@@ -124,20 +125,20 @@ json nodeToJson(const node& node) {
 
 } // namespace
 
-std::string machineFileText(const machine& machine) {
-    json document{{"name", bytesAsCodePoints(machine.name)}};
-    put(document, "modprobe", asShortAsCanBe(machine.modprobe.all()));
-    document["usb"] = lines(machine.usbListing);
+std::string machineFileText(const machine& recorded) {
+    json document{{"name", bytesAsCodePoints(recorded.name)}};
+    addUnlessNull(document, "modprobe", withoutRepeatedEnd(recorded.modprobe.all()));
+    document["usb"] = linesToJson(recorded.usbListing);
     for (const int kind : {0, 1}) {
         json& names = document["virtualDevices"][std::to_string(kind)] = json::array();
-        for (const auto& name : machine.virtualDevices[kind])
+        for (const auto& name : recorded.virtualDevices[kind])
             names.push_back(bytesAsCodePoints(name));
     }
-    if (machine.opticalTable)
-        document["opticalTable"] = lines(*machine.opticalTable);
+    if (recorded.opticalTable)
+        document["opticalTable"] = linesToJson(*recorded.opticalTable);
     auto& nodes = (document["nodes"] = json::object()).get_ref<json::object_t&>();
-    for (const auto& [path, node] : machine.nodes) {
-        if (everPresent(node))
+    for (const auto& [path, node] : recorded.nodes) {
+        if (wasEverThere(node))
             nodes.emplace_back(bytesAsCodePoints(path),
                                nodeToJson(node)); // operator[] would search all nodes before it
     }
