@@ -70,7 +70,7 @@ std::string address(const memoryInstance& device, const deviceMap& /*devices*/) 
 }
 
 /// The words for those of the 16-bit properties that are not 0.
-cellText abilities(std::vector<std::pair<const char*, const char*>> wordOfProperty) {
+cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfProperty) {
     return [wordOfProperty](const memoryInstance& drive, const deviceMap& /*devices*/) {
         std::string words;
         for (const auto& [name, word] : wordOfProperty) {
@@ -81,7 +81,7 @@ cellText abilities(std::vector<std::pair<const char*, const char*>> wordOfProper
     };
 }
 
-const NHALDEN20::TCIMReference* end(const memoryInstance& association, std::string_view name) {
+const NHALDEN20::TCIMReference* referenceAt(const memoryInstance& association, std::string_view name) {
     const auto* value = association.find(name);
     return value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
 }
@@ -89,7 +89,7 @@ const NHALDEN20::TCIMReference* end(const memoryInstance& association, std::stri
 /// The key `name` of the instance at the end `endName` of an association.
 cellText keyOf(std::string_view endName, const char* name) {
     return [endName, name](const memoryInstance& association, const deviceMap& /*devices*/) -> std::string {
-        const auto* reference = end(association, endName);
+        const auto* reference = referenceAt(association, endName);
         if (reference == nullptr)
             return "";
         const auto& keys = reference->Content().keys;
@@ -99,7 +99,7 @@ cellText keyOf(std::string_view endName, const char* name) {
 }
 
 std::string deviceName(const memoryInstance& association, const deviceMap& devices) {
-    const auto* reference = end(association, "Dependent");
+    const auto* reference = referenceAt(association, "Dependent");
     const auto found = reference == nullptr ? devices.end() : devices.find(minihost::objectPath(*reference));
     return found == devices.end() ? "" : propertyOf(*found->second, "ElementName");
 }
@@ -120,9 +120,9 @@ const std::map<std::string_view, section>& sections() {
         {"KORVA_CDVDDevice",
          {"Optical drives",
           {{"Drive", property("DeviceID")},
-           {"Reads", abilities({{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}})},
+           {"Reads", abilityWords({{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}})},
            {"Writes",
-            abilities(
+            abilityWords(
                 {{"CdRWrite", "CD-R"}, {"CdRwWrite", "CD-RW"}, {"DvdRWrite", "DVD-R"}, {"DvdRamWrite", "DVD-RAM"}})}}}},
         {"KORVA_SysBusDeviceFirmwareElement",
          {"Firmware elements",
@@ -148,10 +148,10 @@ std::vector<column> columnsOf(const minihost::classDeclaration& declaration) {
         if (own != sections().end())
             return own->second.columns;
     }
-    std::vector<column> columns;
+    std::vector<column> plain;
     for (const auto* declared : propertiesOf(declaration))
-        columns.push_back({std::string(declared->name), property(declared->name)});
-    return columns;
+        plain.push_back({std::string(declared->name), property(declared->name)});
+    return plain;
 }
 
 /// Writes every property that was set, in the order first set, as an indented line "NAME = VALUE": texts whole,
@@ -169,14 +169,14 @@ using instanceList = std::vector<const memoryInstance*>;
 void writeRows(const instanceList& instances, const std::vector<column>& shown, const deviceMap& devices,
                const tableStyle& style, std::ostream& output) {
     std::vector<std::string> headings;
-    for (const auto& column : shown)
-        headings.push_back(column.heading);
+    for (const auto& each : shown)
+        headings.push_back(each.heading);
     columns rows(headings);
     std::ostringstream lists;
     for (const auto* instance : instances) {
         std::vector<std::string> row;
-        for (const auto& column : shown)
-            row.push_back(column.text(*instance, devices));
+        for (const auto& each : shown)
+            row.push_back(each.text(*instance, devices));
         rows.add(row);
         lists << "\n  " << escaped(row.front()) << '\n';
         writeProperties(*instance, lists);

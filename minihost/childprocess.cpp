@@ -37,7 +37,7 @@ private:
 };
 
 /// Starts the child with `output` as its standard output. -1: it cannot be started.
-pid_t start(const std::string& command, const std::vector<std::string>& arguments, int output) {
+pid_t startChild(const std::string& command, const std::vector<std::string>& arguments, int output) {
     std::vector<char*> argv{const_cast<char*>(command.c_str())}; // the type is C's: the texts are not written to
     for (const auto& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
@@ -47,7 +47,7 @@ pid_t start(const std::string& command, const std::vector<std::string>& argument
     // signal handlers.
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    const std::unique_ptr<posix_spawn_file_actions_t, int (*)(posix_spawn_file_actions_t*)> released(
+    const std::unique_ptr<posix_spawn_file_actions_t, int (*)(posix_spawn_file_actions_t*)> destroyedAtEnd(
         &actions, ::posix_spawn_file_actions_destroy);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO); // the copy stays open across exec
@@ -58,7 +58,7 @@ pid_t start(const std::string& command, const std::vector<std::string>& argument
 }
 
 /// Waits until `fd` can be read or the deadline has passed. False: it has passed.
-bool readable(int fd, clock::time_point deadline) {
+bool waitForInput(int fd, clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - clock::now()).count();
         if (left <= 0)
@@ -75,7 +75,7 @@ bool readable(int fd, clock::time_point deadline) {
 /// Appends all that comes out of `fd` until its end. False: the deadline came first, or reading failed.
 bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
     char block[4096];
-    while (readable(fd, deadline)) {
+    while (waitForInput(fd, deadline)) {
         const ssize_t got = ::read(fd, block, sizeof block);
         if (got == 0)
             return true;
@@ -122,7 +122,7 @@ std::string outputOf(const std::string& command, const std::vector<std::string>&
     const descriptor reading(ends[0]);
     descriptor writing(ends[1]);
     // Until all output is there, the child has no time left: whatever leaves this function earlier ends it.
-    runningChild child{start(command, arguments, ends[1]), clock::time_point::min()};
+    runningChild child{startChild(command, arguments, ends[1]), clock::time_point::min()};
     writing.close(); // or the pipe would not end with the output of the child
     std::string output;
     if (child.pid != -1 && readToEnd(ends[0], deadline, output))

@@ -54,14 +54,14 @@ private:
     TCIMValue value_;
 };
 
-remarkSink& sink() {
-    static remarkSink instance;
-    return instance;
+remarkSink& currentSink() {
+    static remarkSink sink;
+    return sink;
 }
 
 } // namespace
 
-void setRemarkSink(remarkSink wanted) { sink() = std::move(wanted); }
+void setRemarkSink(remarkSink sink) { currentSink() = std::move(sink); }
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
     : namespace_(ns), declaration_(declaration) {
@@ -91,7 +91,7 @@ boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> memoryInstance::GetPropertyHand
 }
 
 void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value, const TContext& /*context*/) {
-    namespace_.check(declaration_, name, value);
+    namespace_.remarkOnMismatch(declaration_, name, value);
     for (auto& [knownName, knownValue] : properties_) {
         if (knownName == name) {
             knownValue = value;
@@ -136,10 +136,11 @@ boost::shared_ptr<NHALDEN20::ICIMNamespace> memoryNamespace::handle() {
 
 void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { instances_.push_back(instance); }
 
-void memoryNamespace::check(const classDeclaration& declaration, std::string_view property, const TCIMValue& value) {
+void memoryNamespace::remarkOnMismatch(const classDeclaration& declaration, std::string_view property,
+                                       const TCIMValue& value) {
     const std::string wrong = mismatch(declaration, property, value);
-    if (!wrong.empty() && sink() && remarkedOn_.emplace(declaration.name, property).second)
-        sink()(wrong);
+    if (!wrong.empty() && currentSink() && remarkedOn_.emplace(declaration.name, property).second)
+        currentSink()(wrong);
 }
 
 } // namespace minihost

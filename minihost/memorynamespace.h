@@ -69,7 +69,8 @@ public:
     void commit(boost::shared_ptr<memoryInstance> instance);
 
     /// Remarks on a property that does not suit its class; called through ICIMInstance::SetProperty.
-    void check(const classDeclaration& declaration, std::string_view property, const NHALDEN20::TCIMValue& value);
+    void remarkOnMismatch(const classDeclaration& declaration, std::string_view property,
+                          const NHALDEN20::TCIMValue& value);
 
 private:
     std::map<std::string, boost::shared_ptr<NHALDEN20::ICIMClass>> classes_;

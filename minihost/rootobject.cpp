@@ -27,8 +27,8 @@ public:
 
 // Made at the first use: a plug-in that is linked into the program registers before the objects of this file exist.
 sinkLogger& logger() {
-    static sinkLogger instance;
-    return instance;
+    static sinkLogger logger;
+    return logger;
 }
 
 class pluginManager : public NHALDEN20::TPluginManagerNamespace {
