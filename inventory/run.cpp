@@ -40,7 +40,7 @@ runResult run(const options& options, askedMachine& machine, minihost::memoryNam
     runResult result{NHALDEN20::TOSSpecific::GetMachineName(), {}};
     minihost::setLogSink(events.logged);
     minihost::setRemarkSink(events.remarked);
-    const scratchDirectory scratch;
+    const scratchDirectory scratch(events.remarked);
     events.step("loading the plug-in");
     minihost::pluginLibrary plugin(options.plugin);
     for (const auto& classNames : options.queries) {

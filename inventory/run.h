@@ -32,7 +32,7 @@ struct runResult {
 struct runEvents {
     std::function<void(const std::string& step)> step;              ///< printable text: what is done now
     std::function<void(int level, const std::string& text)> logged; ///< a message of the plug-in
-    std::function<void(const std::string& text)> remarked;          ///< a remark of the minimal host
+    std::function<void(const std::string& text)> remarked;          ///< a remark of the program
 };
 
 /// Loads the plug-in, runs the queries one after the other in `ns`, which outlives the result, and unloads

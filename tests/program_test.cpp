@@ -118,6 +118,15 @@ protected:
         return (root_ / name).string();
     }
 
+    /// Makes a program of these shell lines, in whose working directory "../.." is the parent of the working one
+    /// here, and returns what to put before a command that is to find it under this name.
+    std::string withTool(const std::string& name, const std::string& lines) {
+        fs::create_directories(root_ / "bin");
+        std::ofstream(root_ / "bin" / name) << "#!/bin/sh\n" << lines << '\n';
+        fs::permissions(root_ / "bin" / name, fs::perms::owner_all);
+        return "export PATH=$PWD/../bin:$PATH; ";
+    }
+
     std::string output, errors;
 
 private:
@@ -228,7 +237,12 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
         {"% --format json >/dev/full" + onEmptyMachine, "No space left on device"},
         {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
+        {"mkdir ../open && chmod 777 ../open && TMPDIR=../open % ",
+         "open can be written by other users and is not sticky; TMPDIR names another place\n"},
+        {"mkdir ../open/own && TMPDIR=../open/own %", "/open can be written by other users and"},
         {"env - SCSIDEV_MACHINE=other.json PATH=/usr/bin % --machine missing.json", "missing.json: cannot be read"},
+        {::geteuid() == 0 ? "chown 1 ../open; TMPDIR=../open/own %" : "TMPDIR=/nonexistent %",
+         ::geteuid() == 0 ? "open belongs to another user; TMPDIR names another place\n" : "No such file"},
     };
     for (const auto& [command, message] : cases) {
         run(command, 1);
@@ -273,6 +287,24 @@ TEST_F(Program, LeavesNothingBehindHoweverItEnds) {
     EXPECT_THAT(output, HasSubstr("[3] hwinfo"));
 }
 
+TEST_F(Program, TouchesNoOtherFilesThanItsOwn) {
+    const struct {
+        const char *why, *modprobe, *remark;
+    } cases[] = {
+        {"a link to another directory in its place", "d=$PWD; mv $d ../../moved; ln -s ../victim $d",
+         " is not removed: it no longer has this name\n"},
+        {"another directory in its place", "d=$PWD; mv $d ../../moved2; mkdir $d", " is not removed: it no longer"},
+        {"a file of another's", "touch core", " is not removed: other files are in it\n"},
+    };
+    run("mkdir ../victim && touch ../victim/infousb.txt ../victim/file");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.why);
+        run(withTool("modprobe", c.modprobe) + "% KORVA_SCSIDevice; ls -d scsidev-*; rm -r scsidev-*; ls ../victim");
+        EXPECT_THAT(output, AllOf(HasSubstr("scsidev-inventory-"), EndsWith("\nfile\ninfousb.txt\n")));
+        EXPECT_THAT(errors, HasSubstr(c.remark));
+    }
+}
+
 TEST_F(Program, ShowsOnATerminalWhatItDoes) {
     const std::string command = "% KORVA_SCSITapeDrive" + onRackServer;
     runOnTerminal(command, "", 0);
@@ -284,16 +316,13 @@ TEST_F(Program, ShowsOnATerminalWhatItDoes) {
     EXPECT_THAT(output, Not(HasSubstr("5 s  "))) << "the sleep is cut short";
 
     // A shell command that the run waits for is not all that an interrupt ends.
-    const std::string slowly = "mkdir -p ../bin && printf '#!/bin/sh\\nexec sleep 30\\n' >../bin/modprobe && "
-                               "chmod +x ../bin/modprobe && PATH=$PWD/../bin:$PATH ";
-    runOnTerminal(slowly + "% KORVA_SCSIDevice", "1 s  KORVA_SCSIDevice", 128 + SIGINT);
+    runOnTerminal(withTool("modprobe", "exec sleep 30") + "% KORVA_SCSIDevice", "1 s  KORVA_SCSIDevice", 128 + SIGINT);
     EXPECT_THAT(output, Not(HasSubstr("30 s  ")));
 }
 
 TEST_F(Program, DoesNotDependOnWhatItInherits) {
     // A parent that does not wait for its children: their exit statuses would be lost.
-    run("mkdir ../bin && ln -s /bin/true ../bin/modprobe && "
-        "PATH=$PWD/../bin:$PATH perl -e '$SIG{CHLD} = q(IGNORE); exec @ARGV' % --log-level 0 KORVA_SCSIDevice");
+    run(withTool("modprobe", "") + "perl -e '$SIG{CHLD} = q(IGNORE); exec @ARGV' % --log-level 0 KORVA_SCSIDevice");
     EXPECT_THAT(errors, Not(HasSubstr("sg module is not loaded correctly")));
 
     const std::string odd = "d='../a b:c'; mkdir \"$d\" && cp " + program + ' ' + plugin + " \"$d\" && ";

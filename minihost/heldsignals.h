@@ -1,0 +1,26 @@
+#pragma once
+
+#include <csignal>
+
+namespace minihost {
+
+/// Holds all signals to this thread back while it lives.
+class heldSignals {
+public:
+    heldSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~heldSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    heldSignals(const heldSignals&) = delete;
+    heldSignals& operator=(const heldSignals&) = delete;
+
+    /// Those that were held back before it.
+    const sigset_t& before() const { return before_; }
+
+private:
+    sigset_t before_;
+};
+
+} // namespace minihost
