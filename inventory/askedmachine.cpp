@@ -1,12 +1,10 @@
 #include "inventory/askedmachine.h"
 
+#include "minihost/childprocess.h"
 #include "plugin/host/osspecific.h"
 #include "simulator/machinefile.h"
 #include "simulator/machinewriter.h"
 
-#include <sys/wait.h>
-
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -41,14 +39,10 @@ recorder::keeps wanted(const options& options) {
 
 } // namespace
 
-// While system() waits for a shell command it ignores SIGINT and SIGQUIT, so that Ctrl-C ends only the command. The
-// user means the run.
-void askedMachine::watcher::ran(const std::string& command, int status) {
-    for (const int signal : {SIGINT, SIGQUIT}) {
-        if (WIFSIGNALED(status) && WTERMSIG(status) == signal)
-            std::raise(signal);
-    }
-    recorder::ran(command, status);
+// While a shell command runs, the C library's function ignores interrupts, and other signals end the run but not the
+// command. Whoever sends one means both.
+int askedMachine::watcher::run(const char* command, int (* /*realSystem*/)(const char*)) {
+    return minihost::shellStatus(command);
 }
 
 askedMachine::askedMachine(const options& options) : options_(options), recorder_(wanted(options)) {

@@ -44,11 +44,11 @@ public:
     void writeRecording() const;
 
 private:
-    /// Ends the run with the shell command that an interrupt has ended.
+    /// Runs shell commands so that a signal ends them with the run.
     class watcher : public simulator::recorder {
     public:
         using recorder::recorder;
-        void ran(const std::string& command, int status) override;
+        int run(const char* command, int (*realSystem)(const char*)) override;
     };
 
     const options& options_;

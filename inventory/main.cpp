@@ -5,6 +5,7 @@
 #include "inventory/options.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
+#include "inventory/signals.h"
 #include "inventory/statusline.h"
 #include "inventory/tableoutput.h"
 #include "inventory/terminal.h"
@@ -72,8 +73,8 @@ int show(const inventory::options& options) {
 
 /// Makes signals and PATH what the run and its shell commands rely on, whatever the process inherited.
 void prepareProcess() {
-    std::signal(SIGCHLD, SIG_DFL);               // if ignored, the exit statuses of children are lost
-    std::signal(SIGPIPE, [](int /*signal*/) {}); // writing to a closed pipe fails; children do not inherit a handler
+    std::signal(SIGCHLD, SIG_DFL); // if ignored, the exit statuses of children are lost
+    inventory::handleSignals();
     const char* path = std::getenv("PATH");
     // modprobe and hwinfo are in directories that an ordinary user's PATH does not have.
     ::setenv("PATH", (std::string(path == nullptr ? "/usr/bin:/bin" : path) + ":/usr/sbin:/sbin").c_str(), 1);

@@ -1,6 +1,5 @@
 #include "inventory/scratchdirectory.h"
 
-#include "inventory/statusline.h"
 #include "minihost/heldsignals.h"
 
 #include <fcntl.h>
@@ -10,7 +9,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -23,8 +21,6 @@ namespace inventory {
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 // What the plug-in's shell command writes; the plug-in removes it too, unless it is ended before.
 constexpr const char* madeFile = "infousb.txt";
@@ -130,12 +126,6 @@ const char* removeOwn() {
     return why;
 }
 
-extern "C" void removeAndExit(int signal) {
-    statusLine::eraseAtOnce();
-    removeOwn();
-    ::_exit(128 + signal);
-}
-
 } // namespace
 
 scratchDirectory::scratchDirectory(std::function<void(const std::string& text)> remark) : remark_(std::move(remark)) {
@@ -153,10 +143,6 @@ scratchDirectory::scratchDirectory(std::function<void(const std::string& text)> 
         ::rmdir(directory);
         fail(name, std::strerror(error));
     }
-    for (const int signal : endingSignals) {
-        if (std::signal(signal, removeAndExit) == SIG_IGN)
-            std::signal(signal, SIG_IGN); // started with nohup, say
-    }
 }
 
 scratchDirectory::~scratchDirectory() {
@@ -166,15 +152,13 @@ scratchDirectory::~scratchDirectory() {
         why = removeOwn();
     }
     ::close(previous);
-    for (const int signal : endingSignals) {
-        if (std::signal(signal, SIG_DFL) == SIG_IGN)
-            std::signal(signal, SIG_IGN);
-    }
     try {
         if (why != nullptr)
             remark_(std::string(directory) + " is not removed: " + why);
     } catch (...) { // NOLINT(bugprone-empty-catch): memory has run out, and there are worse messages then
     }
 }
+
+void scratchDirectory::removeAtOnce() { removeOwn(); }
 
 } // namespace inventory

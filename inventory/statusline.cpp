@@ -2,6 +2,7 @@
 
 #include "inventory/escape.h"
 #include "inventory/terminal.h"
+#include "minihost/heldsignals.h"
 
 #include <unistd.h>
 
@@ -24,11 +25,8 @@ statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {
         return;
     onTerminal = 1;
     // The new thread inherits this mask: signal handlers then run on the main thread only.
-    sigset_t all, before;
-    sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    const minihost::heldSignals held;
     ticker_ = std::thread([this] { tick(); });
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 statusLine::~statusLine() {

@@ -1,5 +1,7 @@
 #include "minihost/childprocess.h"
 
+#include "minihost/heldsignals.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
@@ -7,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -36,6 +39,50 @@ private:
     int fd_;
 };
 
+/// The child that is waited for, which leads a process group of its own; 0: none. For signal handlers too.
+std::atomic<pid_t> running{0};
+static_assert(std::atomic<pid_t>::is_always_lock_free);
+
+/// Starts a child by `spawn`, which gets the attributes and is 0 when that worked, in a process group of its own. A
+/// signal finds the child running or never started. -1: it cannot be started.
+template <typename Spawn>
+pid_t startGroup(Spawn spawn) {
+    const heldSignals held;
+    sigset_t mask = held.before();
+    // The group is in the background of a terminal, where writing can stop a process, and reading does.
+    sigaddset(&mask, SIGTTOU);
+    sigaddset(&mask, SIGTTIN);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
+    posix_spawnattr_setsigmask(&attributes, &mask);
+    pid_t child = -1;
+    const int failed = spawn(&child, &attributes);
+    posix_spawnattr_destroy(&attributes);
+    if (failed != 0)
+        return -1;
+    running = child;
+    return child;
+}
+
+/// Has the child ended? With WNOHANG as `options` it is not waited for. It keeps its process id, so that no signal
+/// meets another process.
+bool hasEnded(pid_t child, int options) {
+    siginfo_t end{};
+    int result = 0;
+    do
+        result = ::waitid(P_PID, static_cast<id_t>(child), &end, WEXITED | WNOWAIT | options);
+    while (result == -1 && errno == EINTR);
+    return result == -1 || end.si_pid == child;
+}
+
+/// Takes the exit status of a child that has ended.
+int statusOf(pid_t child) {
+    running = 0;
+    int status = 0;
+    return ::waitpid(child, &status, 0) == child ? status : -1;
+}
+
 /// Starts the child with `output` as its standard output. -1: it cannot be started.
 pid_t startChild(const std::string& command, const std::vector<std::string>& arguments, int output) {
     std::vector<char*> argv{const_cast<char*>(command.c_str())}; // the type is C's: the texts are not written to
@@ -52,9 +99,9 @@ pid_t startChild(const std::string& command, const std::vector<std::string>& arg
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO); // the copy stays open across exec
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t child = -1;
-    const int failed = ::posix_spawnp(&child, argv[0], &actions, nullptr, argv.data(), environ);
-    return failed == 0 ? child : -1;
+    return startGroup([&](pid_t* child, const posix_spawnattr_t* attributes) {
+        return ::posix_spawnp(child, argv[0], &actions, attributes, argv.data(), environ);
+    });
 }
 
 /// Waits until `fd` can be read or the deadline has passed. False: it has passed.
@@ -89,15 +136,13 @@ bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
 
 /// Waits until the child has ended, and ends it when the deadline comes first.
 void reap(pid_t child, clock::time_point deadline) {
-    constexpr std::chrono::milliseconds pause(1); // waitpid knows no time-out
-    while (::waitpid(child, nullptr, WNOHANG) == 0) {
-        if (clock::now() >= deadline) {
-            ::kill(child, SIGKILL);
-            ::waitpid(child, nullptr, 0);
-            return;
-        }
+    constexpr std::chrono::milliseconds pause(1); // waitid knows no time-out
+    while (!hasEnded(child, WNOHANG)) {
+        if (clock::now() >= deadline)
+            endChildAtOnce();
         ::poll(nullptr, 0, static_cast<int>(pause.count()));
     }
+    statusOf(child);
 }
 
 /// Reaps the child in its destructor: no way out, an exception because memory runs out included, leaves a zombie.
@@ -128,6 +173,29 @@ std::string outputOf(const std::string& command, const std::vector<std::string>&
     if (child.pid != -1 && readToEnd(ends[0], deadline, output))
         child.deadline = deadline;
     return output;
+}
+
+int shellStatus(const char* command) {
+    const char* const arguments[] = {"sh", "-c", command, nullptr};
+    const pid_t child = startGroup([&](pid_t* pid, const posix_spawnattr_t* attributes) {
+        return ::posix_spawn(pid, "/bin/sh", nullptr, attributes, const_cast<char* const*>(arguments), environ);
+    });
+    if (child == -1)
+        return W_EXITCODE(127, 0); // as if the shell could not be executed
+    hasEnded(child, 0);
+    return statusOf(child);
+}
+
+void endChildAtOnce() {
+    const pid_t group = running.exchange(0);
+    if (group == 0)
+        return;
+    ::kill(-group, SIGKILL);
+    // What it is writing may come into being until it has gone; a process that hangs in a driver is not waited for.
+    for (int milliseconds = 0; milliseconds < 100 && ::kill(-group, 0) == 0; ++milliseconds) {
+        ::waitpid(group, nullptr, WNOHANG);
+        ::poll(nullptr, 0, 1);
+    }
 }
 
 } // namespace minihost

@@ -11,4 +11,11 @@ namespace minihost {
 std::string outputOf(const std::string& command, const std::vector<std::string>& arguments,
                      std::chrono::milliseconds limit);
 
+/// What std::system does, but interrupts stay with this process, which can end the command by endChildAtOnce().
+int shellStatus(const char* command);
+
+/// Ends the child that one of these runs right now, if there is one, and all that it has started. Safe in a signal
+/// handler.
+void endChildAtOnce();
+
 } // namespace minihost

@@ -229,7 +229,8 @@ int system(const char* command) {
         int status = 0;
         return active.system(command, status) ? answer(status) : std::nullopt;
     });
-    const int status = own ? *own : real(command);
+    recorder* const watching = activeRecorder();
+    const int status = own ? *own : watching != nullptr ? watching->run(command, real) : real(command);
     tellRecorder([&](recorder& recording, int /*error*/) { recording.ran(command, status); });
     return status;
 }

@@ -38,8 +38,12 @@ public:
     /// `argument` is as the driver left it; `error` is the errno if the result is -1.
     void answered(int fd, unsigned long request, const void* argument, int result, int error);
 
+    /// Runs a shell command that no simulated machine stands in for, by `realSystem` or in its place, and returns its
+    /// wait status.
+    virtual int run(const char* command, int (*realSystem)(const char*)) { return realSystem(command); }
+
     /// `status` is the wait status of a shell command.
-    virtual void ran(const std::string& command, int status);
+    void ran(const std::string& command, int status);
 
     /// The optical-drive table is about to be read.
     void readsOpticalTable();

@@ -72,8 +72,9 @@ protected:
         EXPECT_TRUE(fs::is_empty(work())) << "something is left behind by " << command;
     }
 
-    /// The same on a terminal, with Ctrl-C typed once `interruptAt`, if there is any, has been shown.
-    void runOnTerminal(const std::string& command, const std::string& interruptAt, int wantedStatus) {
+    /// The same on a terminal, with Ctrl-C typed once `interruptAt`, if there is any, has been shown. `wantedResult` is
+    /// 0 or the signal that ends the program.
+    void runOnTerminal(const std::string& command, const std::string& interruptAt, int wantedResult) {
         int terminal = -1;
         const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
         if (child == 0) {
@@ -92,7 +93,7 @@ protected:
         ::close(terminal);
         int result = 0;
         ::waitpid(child, &result, 0);
-        EXPECT_EQ(exitStatus(result), wantedStatus);
+        EXPECT_EQ(result, wantedResult);
         EXPECT_TRUE(interrupted) << interruptAt << " was never shown";
         EXPECT_TRUE(fs::is_empty(work()));
     }
@@ -285,6 +286,32 @@ TEST_F(Program, LeavesNothingBehindHoweverItEnds) {
     EXPECT_THAT(errors, EndsWith("standard output cannot be written: Broken pipe\n1\n"));
     run("{ % --log-level 3" + onRackServer + "2>&1 >/dev/null; } | head -n 1");
     EXPECT_THAT(output, HasSubstr("[3] hwinfo"));
+    for (const char* arguments : {"", "--version"}) {
+        run("(ulimit -f 0; % " + std::string(arguments) + " >../large; echo $? >&2) 2>&1 | cat");
+        EXPECT_THAT(output, EndsWith(": File too large\n1\n"));
+    }
+}
+
+TEST_F(Program, ASignalEndsWithTheRunWhatItHasStarted) {
+    const struct {
+        const char *tool, *signal;
+        int status;
+        const char* message;
+    } cases[] = {
+        {"hwinfo", "TERM", 128 + SIGTERM, ""},
+        {"modprobe", "INT", 128 + SIGINT, ""},
+        {"modprobe", "XCPU", 1, "scsidev-inventory: the CPU time that a limit gives it is used up\n"},
+        {"cat", "HUP", 128 + SIGHUP, ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.tool + std::string(" ") + c.signal);
+        run(withTool(c.tool, "sleep 20 & echo $! >../../child; read program <../../program\nkill -" +
+                                 std::string(c.signal) + " $program; wait") +
+                "sh -c 'echo $$ >../program; exec env --default-signal % KORVA_SCSIDevice KORVA_CDVDDevice'",
+            c.status);
+        EXPECT_THAT(errors, HasSubstr(c.message));
+        run("rm ../bin/*; ! grep sleep /proc/$(cat ../child)/cmdline 2>/dev/null");
+    }
 }
 
 TEST_F(Program, TouchesNoOtherFilesThanItsOwn) {
@@ -311,12 +338,12 @@ TEST_F(Program, ShowsOnATerminalWhatItDoes) {
     EXPECT_THAT(output, HasSubstr("\r\x1b[K0 s  SCSI Inquiry returned good..."));
     EXPECT_THAT(output, HasSubstr("\r\x1b[KSCSI tape drives (KORVA_SCSITapeDrive): 2\r\n")) << "gone before the result";
 
-    runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...", 128 + SIGINT);
+    runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...", SIGINT);
     EXPECT_THAT(output, EndsWith("\r\x1b[K"));
     EXPECT_THAT(output, Not(HasSubstr("5 s  "))) << "the sleep is cut short";
 
     // A shell command that the run waits for is not all that an interrupt ends.
-    runOnTerminal(withTool("modprobe", "exec sleep 30") + "% KORVA_SCSIDevice", "1 s  KORVA_SCSIDevice", 128 + SIGINT);
+    runOnTerminal(withTool("modprobe", "exec sleep 30") + "% KORVA_SCSIDevice", "1 s  KORVA_SCSIDevice", SIGINT);
     EXPECT_THAT(output, Not(HasSubstr("30 s  ")));
 }
 
@@ -376,10 +403,15 @@ TEST_F(Program, ChangingDevicesAreAskedOnce) {
     nodes["/dev/sg0"]["open"] = {true, "EACCES"};
     nodes["/dev/sg1"]["inquiry"] = {nodes["/dev/sg1"]["inquiry"], nodes["/dev/sg2"]["inquiry"]};
     const std::string file = fileWith(changing.dump()), recording = fileWith("", "recording.json");
-    // To the program, a machine that the preload library simulates is this machine. The sanitizers want to be loaded
-    // before that library and are told to do without.
-    const std::string thisMachine = "export ASAN_OPTIONS=verify_asan_link_order=0; SCSIDEV_MACHINE=" + file + ' ' +
-                                    preloaded + "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
+    // To the program, a machine that the preload library simulates is this machine, whose shell commands it runs
+    // itself. The sanitizers want to be loaded before that library and are told to do without.
+    std::string usbListing;
+    for (const std::string line : changing["usb"])
+        usbListing += line + '\n';
+    const std::string thisMachine =
+        withTool("modprobe", "mkdir ../../asked") + withTool("hwinfo", "cat " + fileWith(usbListing, "usb")) +
+        "rm -rf ../asked; export ASAN_OPTIONS=verify_asan_link_order=0; SCSIDEV_MACHINE=" + file + ' ' + preloaded +
+        "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
     for (const std::string& command : {"% --machine " + file, thisMachine}) {
         run(command + " --format json --log-level 1");
         EXPECT_EQ(output, contentOf(expected + "rack-server.json"));

@@ -1,0 +1,49 @@
+#include "inventory/signals.h"
+
+#include "inventory/scratchdirectory.h"
+#include "inventory/statusline.h"
+#include "minihost/childprocess.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+namespace inventory {
+
+namespace {
+
+constexpr int endingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2, SIGXCPU};
+constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
+
+/// Calls only what is safe in a signal handler.
+extern "C" void endTidily(int signal) {
+    statusLine::eraseAtOnce();
+    minihost::endChildAtOnce();
+    scratchDirectory::removeAtOnce();
+    if (signal == SIGXCPU) {
+        constexpr char message[] = "scsidev-inventory: the CPU time that a limit gives it is used up\n";
+        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message, sizeof message - 1);
+        ::_exit(EXIT_FAILURE);
+    }
+    ::raise(signal); // as if there were no handler, so that the parent sees what ended the program
+}
+
+} // namespace
+
+void handleSignals() {
+    struct sigaction ending {};
+    ending.sa_handler = endTidily;
+    ending.sa_flags = static_cast<int>(SA_RESETHAND);
+    sigfillset(&ending.sa_mask);
+    for (const int signal : endingSignals) {
+        struct sigaction before {};
+        ::sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) // as it is under nohup
+            ::sigaction(signal, &ending, nullptr);
+    }
+    for (const int signal : writingSignals)
+        std::signal(signal, [](int /*signal*/) {}); // writing fails instead; children do not inherit a handler
+}
+
+} // namespace inventory
