@@ -1,8 +1,10 @@
 // In which class a stored record appears, and whether it does at all.
 
+#include "tests/scarcememory.h"
 #include "tests/simulatedmachine.h"
 
 #include <algorithm>
+#include <new>
 
 namespace {
 
@@ -36,6 +38,13 @@ protected:
 
 std::string text(const minihost::memoryInstance& instance, const char* property) {
     return static_cast<std::string>(*instance.find(property));
+}
+
+strings pathsAndProducts(const std::vector<const minihost::memoryInstance*>& instances) {
+    strings texts;
+    for (const auto* instance : instances)
+        texts.push_back(text(*instance, "DeviceID") + ' ' + text(*instance, "ProductID"));
+    return texts;
 }
 
 } // namespace
@@ -90,9 +99,28 @@ TEST_F(Records, AreKeptOnceForANodeAndConsumed) {
     std::string product;
     for (const char* path : {"/dev/sg1", "/dev/sg10", "/dev/sg2", "/dev/sg1"})
         store(0, product += '+', "", path);
-    strings stored;
-    for (const auto* instance : written({scsi}))
-        stored.push_back(text(*instance, "DeviceID") + text(*instance, "ProductID"));
-    EXPECT_EQ(stored, (strings{"/dev/sg10++", "/dev/sg2+++", "/dev/sg1++++"}));
+    EXPECT_EQ(pathsAndProducts(written({scsi})), (strings{"/dev/sg10 ++", "/dev/sg2 +++", "/dev/sg1 ++++"}));
     EXPECT_TRUE(written({scsi}).empty());
+}
+
+TEST_F(Records, AreStoredWholeOrNotAtAll) {
+    for (const char* path : {"/dev/sg0", "/dev/sg2"}) {
+        std::size_t failures = 0;
+        for (bool stored = false; !stored; failures += stored ? 0 : 1) {
+            plugin_ = std::make_unique<TScsidevPluginCallbacks>();
+            store(0, "first", "", "/dev/sg0");
+            store(0, "second", "", "/dev/sg1");
+            const std::size_t before = scarceMemory::living();
+            try {
+                const scarceMemory memory(failures, scarceMemory::kind::oneFails);
+                store(0, "a product whose name needs memory of its own", "", path);
+                stored = true;
+            } catch (const std::bad_alloc&) {
+                EXPECT_EQ(scarceMemory::living(), before);
+                EXPECT_EQ(pathsAndProducts(written({scsi})), (strings{"/dev/sg0 first", "/dev/sg1 second"}));
+            }
+            written({scsi}); // the store does not free what nobody asks for
+        }
+        EXPECT_GT(failures, 2U);
+    }
 }

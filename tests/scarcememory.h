@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <vector>
 
 /// While it lives, an allocation of this process fails: the one behind `number` others, or that and all later ones.
 class scarceMemory {
@@ -14,6 +16,10 @@ public:
 
     /// How many allocations are alive now.
     static std::size_t living();
+
+    /// Which allocations of `call` to fail where each would take too long: of each place in the code, callers
+    /// included, the first and the last.
+    static std::vector<std::size_t> allocationsWorthFailing(const std::function<void()>& call);
 
     /// Did one fail?
     bool ranOut() const;

@@ -5,9 +5,11 @@
 #include "simulator/recorder.h"
 #include "tests/scarcememory.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace fs = std::filesystem;
@@ -27,6 +29,12 @@ std::string padded(std::string text, std::size_t size) {
     return text;
 }
 
+/// Of this process.
+std::size_t openDescriptors() {
+    const fs::directory_iterator all("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
 simulator::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 } // namespace
@@ -34,12 +42,13 @@ simulator::bytes bytesOf(const std::string& text) { return {text.begin(), text.e
 simulator::kernel* simulator::activeKernel() { return installed; }
 simulator::recorder* simulator::activeRecorder() { return nullptr; }
 
-std::unique_ptr<simulator::kernel> SimulatedMachine::usualKernel() {
+std::unique_ptr<simulator::kernel> machineInUse::usualKernel() {
     return std::make_unique<simulator::kernel>(simulator::machine(), simulator::kernel::calls::kept);
 }
 
-SimulatedMachine::SimulatedMachine(std::unique_ptr<simulator::kernel> kernel)
-    : before_(fs::current_path()),
+machineInUse::machineInUse(std::unique_ptr<simulator::kernel> kernel)
+    : descriptors_(openDescriptors()),
+      before_(fs::current_path()),
       directory_(fs::temp_directory_path() / ("scsidev-unit-test-" + std::to_string(::getpid()))),
       kernel_(std::move(kernel)) {
     fs::create_directory(directory_);
@@ -52,7 +61,7 @@ SimulatedMachine::SimulatedMachine(std::unique_ptr<simulator::kernel> kernel)
     minihost::setRemarkSink([](const std::string& text) { ADD_FAILURE() << "the host remarks: " << text; });
 }
 
-SimulatedMachine::~SimulatedMachine() {
+machineInUse::~machineInUse() {
     installed = nullptr;
     minihost::setLogSink(nullptr);
     minihost::setRemarkSink(nullptr);
@@ -62,12 +71,14 @@ SimulatedMachine::~SimulatedMachine() {
     fs::remove_all(directory_);
 }
 
-void SimulatedMachine::TearDown() {
+void machineInUse::expectNothingLeft() const {
     EXPECT_EQ(kernel_->openDescriptors(), 0U) << "every node is closed again";
+    EXPECT_EQ(openDescriptors(), descriptors_);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left";
     EXPECT_THAT(calls(), testing::Not(testing::Contains(testing::HasSubstr("unknown"))));
 }
 
-simulator::node& SimulatedMachine::sgNode(const std::string& path, const simulator::scsiAnswer& inquiry) {
+simulator::node& machineInUse::sgNode(const std::string& path, const simulator::scsiAnswer& inquiry) {
     simulator::node& node = at(path);
     node.sgVersion = simulator::numberAnswer{30536, 0};
     node.emulated = simulator::numberAnswer{0, 0};
@@ -75,18 +86,18 @@ simulator::node& SimulatedMachine::sgNode(const std::string& path, const simulat
     return node;
 }
 
-strings SimulatedMachine::takeLog() { return std::exchange(log_, {}); }
+strings machineInUse::takeLog() { return std::exchange(log_, {}); }
 
-TScsidevPluginCallbacks::classList Plugin::classes(const strings& names) {
+TScsidevPluginCallbacks::classList pluginInUse::classes(const strings& names) {
     TScsidevPluginCallbacks::classList list;
     for (const auto& name : names)
         list.push_back(namespace_.GetClass(name, {}));
     return list;
 }
 
-boost::shared_ptr<NHALDEN20::ICIMNamespace> Plugin::ns() { return namespace_.handle(); }
+boost::shared_ptr<NHALDEN20::ICIMNamespace> pluginInUse::ns() { return namespace_.handle(); }
 
-std::vector<properties> Plugin::query(const strings& classNames) {
+std::vector<properties> pluginInUse::query(const strings& classNames) {
     auto requested = classes(classNames);
     const std::size_t before = namespace_.instances().size();
     plugin_->GetData(ns(), requested);
@@ -101,7 +112,7 @@ std::vector<properties> Plugin::query(const strings& classNames) {
     return result;
 }
 
-strings Plugin::each(const std::vector<properties>& instances, const std::string& name) {
+strings pluginInUse::each(const std::vector<properties>& instances, const std::string& name) {
     strings values;
     for (const auto& instance : instances)
         values.push_back(instance.count(name) != 0 ? instance.at(name) : "(unset)");

@@ -15,14 +15,14 @@
 
 using strings = std::vector<std::string>;
 
-/// A simulated machine under this process, and the host's log. At the end nothing may be left open, and
-/// nothing may have been asked that the simulation does not know; nor may the host have anything to remark on.
-class SimulatedMachine : public ::testing::Test {
-protected:
-    explicit SimulatedMachine(std::unique_ptr<simulator::kernel> kernel = usualKernel());
-    static std::unique_ptr<simulator::kernel> usualKernel();
-    ~SimulatedMachine() override;
-    void TearDown() override;
+/// A simulated machine under this process, one at a time, and the log of the host on it. Nobody may ask what the
+/// simulation does not know, nor give the host anything to remark on.
+class machineInUse {
+public:
+    explicit machineInUse(std::unique_ptr<simulator::kernel> kernel = usualKernel());
+    ~machineInUse();
+    machineInUse(const machineInUse&) = delete;
+    machineInUse& operator=(const machineInUse&) = delete;
 
     simulator::kernel& kernel() { return *kernel_; }
     simulator::machine& machine() { return kernel_->simulated(); }
@@ -35,7 +35,13 @@ protected:
     /// The log so far, each line as "LEVEL TEXT"; empties it.
     strings takeLog();
 
+    /// When all is done no node may be open, no descriptor more than at the start, and no child be left.
+    void expectNothingLeft() const;
+
 private:
+    static std::unique_ptr<simulator::kernel> usualKernel();
+
+    std::size_t descriptors_;      ///< of this process, at the start
     std::filesystem::path before_; ///< the working directory, which each test has for itself
     std::filesystem::path directory_;
     std::unique_ptr<simulator::kernel> kernel_;
@@ -46,21 +52,32 @@ private:
 using properties = std::map<std::string, std::string>;
 
 /// A plug-in object on the simulated machine, and a namespace for its instances.
-class Plugin : public SimulatedMachine {
-protected:
-    using SimulatedMachine::SimulatedMachine;
+class pluginInUse : public machineInUse {
+public:
+    using machineInUse::machineInUse;
 
     /// Runs one query and returns the instances committed during it.
     std::vector<properties> query(const strings& classNames);
     /// The value of one property of each instance.
     static strings each(const std::vector<properties>& instances, const std::string& name);
 
+protected:
     TScsidevPluginCallbacks::classList classes(const strings& names);
     boost::shared_ptr<NHALDEN20::ICIMNamespace> ns();
 
     minihost::memoryNamespace namespace_;
     std::unique_ptr<TScsidevPluginCallbacks> plugin_ = std::make_unique<TScsidevPluginCallbacks>();
 };
+
+/// One of the two for each test.
+template <typename Used>
+class fixtureOf : public ::testing::Test, protected Used {
+protected:
+    using Used::Used;
+    void TearDown() override { this->expectNothingLeft(); }
+};
+using SimulatedMachine = fixtureOf<machineInUse>;
+using Plugin = fixtureOf<pluginInUse>;
 
 // Answers of devices. Texts are padded with blanks to their field.
 
