@@ -10,7 +10,6 @@
 #include <iterator>
 #include <map>
 #include <set>
-#include <sstream>
 #include <string_view>
 #include <variant>
 
@@ -172,18 +171,19 @@ void writeRows(const instanceList& instances, const std::vector<column>& shown, 
     for (const auto& each : shown)
         headings.push_back(each.heading);
     columns rows(headings);
-    std::ostringstream lists;
     for (const auto* instance : instances) {
         std::vector<std::string> row;
         for (const auto& each : shown)
             row.push_back(each.text(*instance, devices));
         rows.add(row);
-        lists << "\n  " << escaped(row.front()) << '\n';
-        writeProperties(*instance, lists);
     }
     rows.write(output, style.width);
-    if (style.allProperties)
-        output << lists.str();
+    if (!style.allProperties)
+        return;
+    for (const auto* instance : instances) {
+        output << "\n  " << escaped(shown.front().text(*instance, devices)) << '\n';
+        writeProperties(*instance, output);
+    }
 }
 
 void writeSection(const std::string& className, const queryResult& query, const deviceMap& devices,
@@ -210,8 +210,10 @@ void writeTable(const runResult& result, const tableStyle& style, std::ostream& 
     deviceMap devices;
     bool first = true;
     for (const auto& query : result.queries) {
-        for (const auto& instance : query.instances)
-            devices[minihost::objectPath(instance->GetReference({}))] = instance.get();
+        for (const auto& instance : query.instances) {
+            if (isKindOf(instance->declaration(), "KORVA_SysBusDevice"))
+                devices[minihost::objectPath(instance->GetReference({}))] = instance.get();
+        }
         std::set<std::string> shown;
         for (const auto& className : query.classes) {
             if (!shown.insert(className).second)

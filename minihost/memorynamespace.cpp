@@ -75,7 +75,7 @@ TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
         if (value != nullptr)
             keys[std::string(property->name)] = *value;
     }
-    TCIMReference reference(boost::shared_ptr<NHALDEN20::ICIMNamespace>(), keys);
+    TCIMReference reference(boost::shared_ptr<NHALDEN20::ICIMNamespace>(), std::move(keys));
     reference.Content().className = declaration_.name;
     return reference;
 }
