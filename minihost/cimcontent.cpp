@@ -88,7 +88,7 @@ std::string objectPath(const NHALDEN20::TCIMReference& reference) {
     std::string path = reference.Content().className;
     char separator = '.';
     for (const auto& [name, value] : reference.Content().keys) {
-        path += separator + name + '=' + valueText(value, quoted);
+        path.append(1, separator).append(name).append(1, '=').append(valueText(value, quoted));
         separator = ',';
     }
     return path;

@@ -27,7 +27,8 @@ struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent, boost::threa
         std::variant<std::monostate, std::string, bool, std::uint16_t, TCIMReference, std::vector<TCIMValue>>;
 
     TContent() = default;
-    explicit TContent(TVariant content) : value(std::move(content)) {}
+    template <typename Content>
+    explicit TContent(const Content& content) : value(content) {}
 
     bool isEmpty() const { return std::holds_alternative<std::monostate>(value); }
     bool isArray() const { return std::holds_alternative<std::vector<TCIMValue>>(value); }

@@ -169,6 +169,7 @@ std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& dec
     std::vector<const propertyDeclaration*> properties;
     if (base != nullptr)
         properties = propertiesOf(*base);
+    properties.reserve(properties.size() + declaration.properties.size());
     for (const auto& property : declaration.properties)
         properties.push_back(&property);
     return properties;

@@ -73,7 +73,7 @@ TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     for (const propertyDeclaration* property : propertiesOf(declaration_)) {
         const TCIMValue* value = property->isKey ? findSuitable(property->name) : nullptr;
         if (value != nullptr)
-            keys[std::string(property->name)] = *value;
+            keys.emplace(property->name, *value);
     }
     TCIMReference reference(boost::shared_ptr<NHALDEN20::ICIMNamespace>(), std::move(keys));
     reference.Content().className = declaration_.name;
