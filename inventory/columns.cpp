@@ -10,6 +10,7 @@ namespace inventory {
 
 void columns::add(const std::vector<std::string>& texts) {
     std::vector<std::string> row;
+    row.reserve(texts.size());
     for (const auto& text : texts)
         row.push_back(text.empty() ? "-" : escaped(text));
     rows_.push_back(std::move(row));
@@ -26,7 +27,7 @@ void columns::write(std::ostream& output, std::size_t width) const {
     for (const auto& row : rows_) {
         std::string line;
         for (std::size_t i = 0; i < widths.size(); ++i)
-            line += gap + row[i] + std::string(widths[i] - row[i].size(), ' ');
+            line.append(gap).append(row[i]).append(widths[i] - row[i].size(), ' ');
         line.erase(line.find_last_not_of(' ') + 1);
         output << line << '\n';
     }

@@ -17,6 +17,7 @@ std::string hex(char c) {
 
 std::string escaped(const std::string& text) {
     std::string result;
+    result.reserve(text.size());
     for (const char c : text) {
         if (c == '\\')
             result += "\\\\";

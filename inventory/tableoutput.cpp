@@ -37,9 +37,10 @@ struct section {
 };
 
 /// The text without its outer blanks, with which devices pad it.
-std::string withoutPadding(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
+std::string withoutPadding(std::string text) {
+    text.erase(text.find_last_not_of(' ') + 1);
+    text.erase(0, text.find_first_not_of(' '));
+    return text;
 }
 
 std::string propertyOf(const memoryInstance& instance, std::string_view name) {
@@ -173,6 +174,7 @@ void writeRows(const instanceList& instances, const std::vector<column>& shown, 
     columns rows(headings);
     for (const auto* instance : instances) {
         std::vector<std::string> row;
+        row.reserve(shown.size());
         for (const auto& each : shown)
             row.push_back(each.text(*instance, devices));
         rows.add(row);
