@@ -19,7 +19,7 @@ using minihost::memoryInstance;
 
 namespace {
 
-/// The devices of a run by their object paths.
+/// The devices of a run by their DeviceID: the node is the device.
 using deviceMap = std::map<std::string, const memoryInstance*>;
 
 /// Makes the text of a column for an instance.
@@ -87,20 +87,23 @@ const NHALDEN20::TCIMReference* referenceAt(const memoryInstance& association, s
 }
 
 /// The key `name` of the instance at the end `endName` of an association.
+std::string keyAt(const memoryInstance& association, std::string_view endName, const char* name) {
+    const auto* reference = referenceAt(association, endName);
+    if (reference == nullptr)
+        return "";
+    const auto& keys = reference->Content().keys;
+    const auto found = keys.find(name);
+    return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
+}
+
 cellText keyOf(std::string_view endName, const char* name) {
-    return [endName, name](const memoryInstance& association, const deviceMap& /*devices*/) -> std::string {
-        const auto* reference = referenceAt(association, endName);
-        if (reference == nullptr)
-            return "";
-        const auto& keys = reference->Content().keys;
-        const auto found = keys.find(name);
-        return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
+    return [endName, name](const memoryInstance& association, const deviceMap& /*devices*/) {
+        return keyAt(association, endName, name);
     };
 }
 
 std::string deviceName(const memoryInstance& association, const deviceMap& devices) {
-    const auto* reference = referenceAt(association, "Dependent");
-    const auto found = reference == nullptr ? devices.end() : devices.find(minihost::objectPath(*reference));
+    const auto found = devices.find(keyAt(association, "Dependent", "DeviceID"));
     return found == devices.end() ? "" : propertyOf(*found->second, "ElementName");
 }
 
@@ -214,7 +217,7 @@ void writeTable(const runResult& result, const tableStyle& style, std::ostream& 
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
             if (isKindOf(instance->declaration(), "KORVA_SysBusDevice"))
-                devices[minihost::objectPath(instance->GetReference({}))] = instance.get();
+                devices[propertyOf(*instance, "DeviceID")] = instance.get();
         }
         std::set<std::string> shown;
         for (const auto& className : query.classes) {

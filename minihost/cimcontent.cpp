@@ -58,6 +58,7 @@ namespace {
 
 std::string quoted(const std::string& text) {
     std::string result = "\"";
+    result.reserve(text.size() + 2);
     for (const char c : text) {
         if (c == '"' || c == '\\')
             result += '\\';

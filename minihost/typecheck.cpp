@@ -19,12 +19,12 @@ bool areStrings(const std::vector<TCIMValue>& elements) {
 }
 
 struct typeOfContent {
-    const char* operator()(std::monostate /*empty*/) const { return "nothing"; }
-    const char* operator()(const std::string& /*text*/) const { return "string"; }
-    const char* operator()(bool /*flag*/) const { return "boolean"; }
-    const char* operator()(std::uint16_t /*number*/) const { return "uint16"; }
-    const char* operator()(const TCIMReference& /*reference*/) const { return "reference"; }
-    const char* operator()(const std::vector<TCIMValue>& elements) const {
+    std::string_view operator()(std::monostate /*empty*/) const { return "nothing"; }
+    std::string_view operator()(const std::string& /*text*/) const { return "string"; }
+    std::string_view operator()(bool /*flag*/) const { return "boolean"; }
+    std::string_view operator()(std::uint16_t /*number*/) const { return "uint16"; }
+    std::string_view operator()(const TCIMReference& /*reference*/) const { return "reference"; }
+    std::string_view operator()(const std::vector<TCIMValue>& elements) const {
         return areStrings(elements) ? "string[]" : "array of other than strings";
     }
 };
