@@ -5,14 +5,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
+#include <utility>
 
 namespace inventory {
 
-void columns::add(const std::vector<std::string>& texts) {
-    std::vector<std::string> row;
-    row.reserve(texts.size());
-    for (const auto& text : texts)
-        row.push_back(text.empty() ? "-" : escaped(text));
+void columns::add(std::vector<std::string> row) {
+    for (auto& text : row)
+        text = text.empty() ? "-" : escaped(text);
     rows_.push_back(std::move(row));
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace inventory {
@@ -14,7 +15,7 @@ public:
 
     /// Adds a row with one text for each heading. What is not printable in a text is escaped, because devices send
     /// it; an empty text becomes "-".
-    void add(const std::vector<std::string>& texts);
+    void add(std::vector<std::string> row);
 
     /// Writes the headings and rows, with two blanks before each column, or one where lines would pass `width`.
     void write(std::ostream& output, std::size_t width) const;

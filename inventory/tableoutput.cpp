@@ -11,6 +11,7 @@
 #include <map>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace inventory {
@@ -91,7 +92,7 @@ std::string keyAt(const memoryInstance& association, std::string_view endName, c
     const auto* reference = referenceAt(association, endName);
     if (reference == nullptr)
         return "";
-    const auto& keys = reference->Content().keys;
+    const auto& keys = *reference->Content().keys;
     const auto found = keys.find(name);
     return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
 }
@@ -180,7 +181,7 @@ void writeRows(const instanceList& instances, const std::vector<column>& shown, 
         row.reserve(shown.size());
         for (const auto& each : shown)
             row.push_back(each.text(*instance, devices));
-        rows.add(row);
+        rows.add(std::move(row));
     }
     rows.write(output, style.width);
     if (!style.allProperties)

@@ -1,12 +1,14 @@
 #include "minihost/cimcontent.h"
 
+#include <boost/make_shared.hpp>
+
 #include <stdexcept>
 #include <utility>
 
 namespace NHALDEN20 {
 
 TCIMReference::TCIMReference(boost::shared_ptr<ICIMNamespace> ns, TContext keys)
-    : content_(new TContent{std::move(ns), std::move(keys), ""}) {}
+    : content_(new TContent{std::move(ns), boost::make_shared<TContext>(std::move(keys)), ""}) {}
 TCIMReference::TCIMReference(const TCIMReference& other) : content_(new TContent(*other.content_)) {}
 TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
     *content_ = *other.content_;
@@ -88,7 +90,7 @@ struct contentText {
 std::string objectPath(const NHALDEN20::TCIMReference& reference) {
     std::string path = reference.Content().className;
     char separator = '.';
-    for (const auto& [name, value] : reference.Content().keys) {
+    for (const auto& [name, value] : *reference.Content().keys) {
         path.append(1, separator).append(name).append(1, '=').append(valueText(value, quoted));
         separator = ',';
     }

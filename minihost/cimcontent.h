@@ -4,6 +4,7 @@
 #include "plugin/host/cimreference.h"
 #include "plugin/host/cimvalue.h"
 
+#include <boost/shared_ptr.hpp>
 #include <boost/smart_ptr/intrusive_ref_counter.hpp>
 
 #include <cstdint>
@@ -17,7 +18,7 @@ namespace NHALDEN20 {
 /// What an object path holds: the class that it names and the key properties.
 struct TCIMReference::TContent {
     boost::shared_ptr<ICIMNamespace> ns;
-    TContext keys;
+    boost::shared_ptr<const TContext> keys; ///< copies share them: nobody changes them
     std::string className;
 };
 
