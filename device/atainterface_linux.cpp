@@ -1,7 +1,7 @@
 #include "device/atainterface_linux.h"
 
+#include "device/deviceanswers.h"
 #include "device/hostlog.h"
-#include "device/identifydevice.h"
 #include "device/scsidevice_linux.h"
 
 #include <linux/cdrom.h>

@@ -1,7 +1,7 @@
 #include "device/scsipassthrough_linux.h"
 
+#include "device/deviceanswers.h"
 #include "device/hostlog.h"
-#include "device/inquiry.h"
 #include "device/scsidevice_linux.h"
 
 #include <scsi/sg.h>

@@ -1,7 +1,7 @@
 #include "plugin/scsidev_linux.h"
 
 #include "device/atainterface_linux.h"
-#include "device/identifydevice.h"
+#include "device/deviceanswers.h"
 #include "device/peripheraltypes.h"
 #include "device/scsidevice_linux.h"
 

@@ -1,7 +1,7 @@
 #include "plugin/scsidev_linux.h"
 
+#include "device/deviceanswers.h"
 #include "device/hostlog.h"
-#include "device/inquiry.h"
 #include "plugin/texthelpers.h"
 
 #include <algorithm>

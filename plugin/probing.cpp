@@ -1,9 +1,8 @@
 #include "plugin/scsidev_linux.h"
 
 #include "device/atainterface_linux.h"
+#include "device/deviceanswers.h"
 #include "device/hostlog.h"
-#include "device/identifydevice.h"
-#include "device/inquiry.h"
 #include "device/scsidevice_linux.h"
 #include "device/scsipassthrough_linux.h"
 

@@ -1,4 +1,4 @@
-#include "device/answertext.h"
+#include "device/deviceanswers.h"
 
 #include <algorithm>
 
