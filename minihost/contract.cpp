@@ -1,15 +1,75 @@
-// The destructors of the contract's interfaces. Where they are defined the compiler puts the type information: in the
-// host, so that host and plug-in share one and dynamic_cast works between them.
+// What the contract leaves to the host: its entry points and the destructors of its interfaces.
 
+#include "plugin/host/rootobject.h"
+
+#include "minihost/minihost.h"
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
 #include "plugin/host/cimnamespace.h"
 #include "plugin/host/plugincallbacks.h"
 #include "plugin/host/pluginmanager.h"
-#include "plugin/host/rootobject.h"
+
+#include <boost/make_shared.hpp>
+
+#include <stdexcept>
+#include <utility>
+
+using NHALDEN20::ICIMNamespace;
+using NHALDEN20::IPluginCallbacks;
+
+namespace minihost {
+
+namespace {
+
+class sinkLogger : public NHALDEN20::ILogger {
+public:
+    void Log(int level, const std::string& text) override {
+        if (sink)
+            sink(level, text);
+    }
+
+    logSink sink;
+};
+
+// Made at the first use: a plug-in that is linked into the program registers before the objects of this file exist.
+sinkLogger& logger() {
+    static sinkLogger logger;
+    return logger;
+}
+
+class pluginManager : public NHALDEN20::TPluginManagerNamespace {
+public:
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(std::string name, NHALDEN20::TContext /*context*/) override {
+        throw std::invalid_argument("the plug-in manager has no class " + name);
+    }
+};
+
+} // namespace
+
+void setLogSink(logSink sink) { logger().sink = std::move(sink); }
+
+std::vector<IPluginCallbacks*>& registeredPlugins() {
+    static std::vector<IPluginCallbacks*> plugins;
+    return plugins;
+}
+
+} // namespace minihost
 
 namespace NHALDEN20 {
 
+void TPluginManagerNamespace::RegisterPlugin(IPluginCallbacks* plugin) {
+    minihost::registeredPlugins().push_back(plugin);
+}
+
+ILogger* TRootObject::GetCoreLogger() { return &minihost::logger(); }
+
+boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() {
+    static const auto manager = boost::make_shared<minihost::pluginManager>();
+    return manager;
+}
+
+// Where the destructors are defined the compiler puts the type information of the interfaces: in the host, so that host
+// and plug-in share one and dynamic_cast works between them.
 ICIMNamespace::~ICIMNamespace() = default;
 ICIMClass::~ICIMClass() = default;
 ICIMPropertyHandle::~ICIMPropertyHandle() = default;
