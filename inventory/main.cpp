@@ -8,7 +8,6 @@
 #include "inventory/signals.h"
 #include "inventory/statusline.h"
 #include "inventory/tableoutput.h"
-#include "inventory/terminal.h"
 #include "minihost/pluginlibrary.h"
 
 #include <unistd.h>

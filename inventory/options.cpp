@@ -1,6 +1,5 @@
 #include "inventory/options.h"
 
-#include "inventory/installation.h"
 #include "inventory/nearest.h"
 #include "minihost/classtable.h"
 
@@ -94,6 +93,18 @@ std::string fileOf(const CLI::App& app, const char* option) {
     if (path.empty())
         throw usageError(std::string(option) + ": a file name is missing");
     return std::filesystem::absolute(path).string();
+}
+
+/// The path of a file that belongs to this program: in a build beside the program, once installed in the program's
+/// library directory. Where the file is in neither, the path beside the program.
+std::string installedFile(const std::string& name) {
+    namespace fs = std::filesystem;
+    const fs::path directory = fs::read_symlink("/proc/self/exe").parent_path();
+    const fs::path beside = directory / name;
+    const fs::path installed = directory / SCSIDEV_LIBRARY_DIRECTORY / name;
+    std::error_code ignored;
+    const bool isInstalled = !fs::exists(beside, ignored) && fs::exists(installed, ignored);
+    return (isInstalled ? installed : beside).string();
 }
 
 /// What CLI11 reads before it is checked further.

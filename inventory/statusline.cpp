@@ -1,9 +1,10 @@
 #include "inventory/statusline.h"
 
 #include "inventory/escape.h"
-#include "inventory/terminal.h"
 #include "minihost/heldsignals.h"
 
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -19,6 +20,13 @@ constexpr char eraseLine[] = "\r\x1b[K";
 volatile std::sig_atomic_t onTerminal = 0; // for eraseAtOnce, in a signal handler
 
 } // namespace
+
+std::size_t terminalWidth(int fd) {
+    winsize size{};
+    // Straight to the kernel: the interposed ioctl looks into the simulated machine, which the main thread may be
+    // changing while the status line's thread is here.
+    return ::syscall(SYS_ioctl, fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
 
 statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {
     if (!enabled_)

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <thread>
 
 namespace inventory {
+
+/// The width, in characters, of the terminal behind `fd`; 80 where there is none.
+std::size_t terminalWidth(int fd);
 
 /// One line at the bottom of the terminal that shows the newest step and the seconds spent, while it lives.
 ///
