@@ -5,7 +5,14 @@
 #include "simulator/machinefile.h"
 #include "simulator/machinewriter.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
@@ -35,6 +42,34 @@ recorder::keeps wanted(const options& options) {
     if (!options.recordFile.empty())
         return recorder::keeps::everything;
     return options.queries.size() > 1 && !options.askAgain ? recorder::keeps::answers : recorder::keeps::nothing;
+}
+
+[[noreturn]] void failToWrite(const std::string& path, int error) {
+    throw std::runtime_error(path + ": cannot be written: " + std::strerror(error));
+}
+
+/// Writes `text` to the file at `path`, all of it or nothing. Throws std::runtime_error when that fails, and when there
+/// is such a file already and `replace` is false.
+void writeWholeFile(const std::string& path, const std::string& text, bool replace) {
+    std::string temporary = path + ".XXXXXX";
+    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0)
+        failToWrite(path, errno);
+    const mode_t mask = ::umask(0); // reading the mask takes setting it
+    ::umask(mask);
+    std::size_t written = 0;
+    ssize_t step = 0;
+    while (written < text.size() && (step = ::write(fd, text.data() + written, text.size() - written)) > 0)
+        written += static_cast<std::size_t>(step);
+    const bool whole = written == text.size() && ::fchmod(fd, 0666 & ~mask) == 0 && ::fsync(fd) == 0;
+    int error = whole ? 0 : errno;
+    ::close(fd);
+    // Renamed only when whole. RENAME_NOREPLACE: a file that somebody made meanwhile is not lost.
+    if (whole && ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0)
+        return;
+    error = whole ? errno : error;
+    ::unlink(temporary.c_str());
+    failToWrite(path, error);
 }
 
 } // namespace
@@ -91,7 +126,7 @@ void askedMachine::writeRecording() const {
     machine.name = NHALDEN20::TOSSpecific::GetMachineName();
     for (const int kind : {0, 1})
         machine.virtualDevices[kind] = virtualDevices(kind);
-    simulator::writeWholeFile(options_.recordFile, simulator::machineFileText(machine), options_.force);
+    writeWholeFile(options_.recordFile, simulator::machineFileText(machine), options_.force);
     std::cerr << "recorded in " << options_.recordFile
               << ": the host name, every answer of the device nodes with vendors, models and serial numbers,\n"
                  "the optical-drive table, the USB listing and the names of virtual devices; look through it before "

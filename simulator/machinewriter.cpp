@@ -4,15 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <stdexcept>
 
 namespace simulator {
 
@@ -119,10 +113,6 @@ json nodeToJson(const node& recorded) {
     return members;
 }
 
-[[noreturn]] void fail(const std::string& path, int error) {
-    throw std::runtime_error(path + ": cannot be written: " + std::strerror(error));
-}
-
 } // namespace
 
 std::string machineFileText(const machine& recorded) {
@@ -143,27 +133,6 @@ std::string machineFileText(const machine& recorded) {
                                nodeToJson(node)); // operator[] would search all nodes before it
     }
     return document.dump(2, ' ', true) + '\n';
-}
-
-void writeWholeFile(const std::string& path, const std::string& text, bool replace) {
-    std::string temporary = path + ".XXXXXX";
-    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (fd < 0)
-        fail(path, errno);
-    const mode_t mask = ::umask(0);
-    ::umask(mask);
-    std::size_t written = 0;
-    ssize_t step = 0;
-    while (written < text.size() && (step = ::write(fd, text.data() + written, text.size() - written)) > 0)
-        written += static_cast<std::size_t>(step);
-    const bool whole = written == text.size() && ::fchmod(fd, 0666 & ~mask) == 0 && ::fsync(fd) == 0;
-    int error = whole ? 0 : errno;
-    ::close(fd);
-    if (whole && ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0)
-        return;
-    error = whole ? errno : error;
-    ::unlink(temporary.c_str());
-    fail(path, error);
 }
 
 } // namespace simulator
