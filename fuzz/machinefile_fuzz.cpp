@@ -2,7 +2,6 @@
 
 #include "fuzz/input.h"
 #include "simulator/machinefile.h"
-#include "simulator/machinewriter.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size) {
     simulator::machine machine;

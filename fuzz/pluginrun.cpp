@@ -8,7 +8,6 @@
 #include "plugin/scsidev_linux.h"
 #include "simulator/kernel.h"
 #include "simulator/machinefile.h"
-#include "simulator/machinewriter.h"
 #include "simulator/recorder.h"
 
 #include <algorithm>

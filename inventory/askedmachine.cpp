@@ -3,7 +3,6 @@
 #include "minihost/childprocess.h"
 #include "plugin/host/osspecific.h"
 #include "simulator/machinefile.h"
-#include "simulator/machinewriter.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -18,4 +18,8 @@ machine readMachineFile(const std::string& path);
 /// The same from a text; `name` stands for the file in errors.
 machine parseMachine(const std::string& text, const std::string& name);
 
+/// The text of the machine file (docs/machine-files.md) for a machine. Leaves out nodes that never existed, and answers
+/// at the end of a list that repeat the one before.
+std::string machineFileText(const machine& recorded);
+
 } // namespace simulator

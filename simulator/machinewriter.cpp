@@ -1,4 +1,4 @@
-#include "simulator/machinewriter.h"
+#include "simulator/machinefile.h"
 
 #include "text/codepoints.h"
 

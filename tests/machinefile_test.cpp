@@ -1,7 +1,6 @@
 #include "simulator/machinefile.h"
 
 #include "simulator/kernel.h"
-#include "simulator/machinewriter.h"
 #include "simulator/recorder.h"
 
 #include <gmock/gmock.h>
