@@ -12,10 +12,6 @@ using simulator::addressAnswer;
 class DeviceHandle : public SimulatedMachine {
 protected:
     scsiDevice device_;
-    void TearDown() override {
-        device_.CloseDevice();
-        SimulatedMachine::TearDown();
-    }
 };
 
 TEST_F(DeviceHandle, TriesTheNumberedNodeBeforeTheLetteredOne) {

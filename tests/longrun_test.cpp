@@ -10,10 +10,10 @@
 namespace {
 
 /// A machine that has a device of each kind, with nothing written down of its calls.
-class LongRun : public Plugin {
+class LongRun : public ::testing::Test, protected pluginInUse {
 protected:
     LongRun()
-        : Plugin(std::make_unique<simulator::kernel>(
+        : pluginInUse(std::make_unique<simulator::kernel>(
               simulator::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json"))) {
         for (const int kind : {0, 1})
             minihost::setVirtualDevices(kind, {"/dev/a-name-that-takes-memory"});

@@ -16,10 +16,6 @@ protected:
         node.serialPage = serialPage("S1");
         device_.GetDevice("/dev/sg", 0);
     }
-    void TearDown() override {
-        device_.CloseDevice();
-        SimulatedMachine::TearDown();
-    }
 
     int send(const unsigned char* command, int length) {
         std::memcpy(cdb_, command, sizeof cdb_);

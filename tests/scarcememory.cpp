@@ -3,8 +3,8 @@
 #include <execinfo.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <new>
 #include <utility>
 
@@ -70,7 +70,7 @@ std::vector<std::size_t> scarceMemory::allocationsWorthFailing(const std::functi
     std::vector<callers> all;
     places = &all;
     {
-        const scarceMemory noneFails(std::numeric_limits<std::size_t>::max(), kind::oneFails);
+        const scarceMemory noneFails(SIZE_MAX, kind::oneFails);
         call();
     }
     places = nullptr;

@@ -62,6 +62,10 @@ machineInUse::machineInUse(std::unique_ptr<simulator::kernel> kernel)
 }
 
 machineInUse::~machineInUse() {
+    EXPECT_EQ(kernel_->openDescriptors(), 0U) << "every node is closed again";
+    EXPECT_EQ(openDescriptors(), descriptors_);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left";
+    EXPECT_THAT(calls(), testing::Not(testing::Contains(testing::HasSubstr("unknown"))));
     installed = nullptr;
     minihost::setLogSink(nullptr);
     minihost::setRemarkSink(nullptr);
@@ -69,13 +73,6 @@ machineInUse::~machineInUse() {
         minihost::setVirtualDevices(kind, {});
     fs::current_path(before_);
     fs::remove_all(directory_);
-}
-
-void machineInUse::expectNothingLeft() const {
-    EXPECT_EQ(kernel_->openDescriptors(), 0U) << "every node is closed again";
-    EXPECT_EQ(openDescriptors(), descriptors_);
-    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left";
-    EXPECT_THAT(calls(), testing::Not(testing::Contains(testing::HasSubstr("unknown"))));
 }
 
 simulator::node& machineInUse::sgNode(const std::string& path, const simulator::scsiAnswer& inquiry) {

@@ -15,8 +15,9 @@
 
 using strings = std::vector<std::string>;
 
-/// A simulated machine under this process, one at a time, and the log of the host on it. Nobody may ask what the
-/// simulation does not know, nor give the host anything to remark on.
+/// A simulated machine under this process, one at a time, and the log of the host on it. At its end no node may be
+/// open, no descriptor more than at the start, and no child be left. Nobody may ask what the simulation does not know,
+/// nor give the host anything to remark on.
 class machineInUse {
 public:
     explicit machineInUse(std::unique_ptr<simulator::kernel> kernel = usualKernel());
@@ -34,9 +35,6 @@ public:
     unsigned secondsSlept() const { return kernel_->secondsSkipped(); }
     /// The log so far, each line as "LEVEL TEXT"; empties it.
     strings takeLog();
-
-    /// When all is done no node may be open, no descriptor more than at the start, and no child be left.
-    void expectNothingLeft() const;
 
 private:
     static std::unique_ptr<simulator::kernel> usualKernel();
@@ -69,15 +67,8 @@ protected:
     std::unique_ptr<TScsidevPluginCallbacks> plugin_ = std::make_unique<TScsidevPluginCallbacks>();
 };
 
-/// One of the two for each test.
-template <typename Used>
-class fixtureOf : public ::testing::Test, protected Used {
-protected:
-    using Used::Used;
-    void TearDown() override { this->expectNothingLeft(); }
-};
-using SimulatedMachine = fixtureOf<machineInUse>;
-using Plugin = fixtureOf<pluginInUse>;
+class SimulatedMachine : public ::testing::Test, protected machineInUse {};
+class Plugin : public ::testing::Test, protected pluginInUse {};
 
 // Answers of devices. Texts are padded with blanks to their field.
 
