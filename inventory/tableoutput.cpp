@@ -49,14 +49,15 @@ std::string propertyOf(const memoryInstance& instance, std::string_view name) {
     return value == nullptr ? "" : withoutPadding(minihost::valueText(*value));
 }
 
-cellText property(std::string_view name, minihost::textForm form = minihost::asItIs) {
-    return [name, form](const memoryInstance& instance, const deviceMap& /*devices*/) {
-        return form(propertyOf(instance, name));
+cellText property(std::string_view name) {
+    return [name](const memoryInstance& instance, const deviceMap& /*devices*/) {
+        return propertyOf(instance, name);
     };
 }
 
 /// lsscsi's word for a peripheral device type, or the type's own name if it is not in the table.
-std::string shortTypeName(const std::string& name) {
+std::string shortTypeName(const memoryInstance& device, const deviceMap& /*devices*/) {
+    const std::string name = propertyOf(device, "DeviceType");
     const auto* const type = std::find_if(std::begin(peripheralTypes), std::end(peripheralTypes),
                                           [&name](const peripheralType& known) { return known.name == name; });
     return type == std::end(peripheralTypes) ? name : type->shortName;
@@ -109,13 +110,10 @@ std::string deviceName(const memoryInstance& association, const deviceMap& devic
 }
 
 const std::map<std::string_view, section>& sections() {
-    static const std::vector<column> deviceColumns{{"Node", property("Name")},
-                                                   {"Vendor", property("VendorID")},
-                                                   {"Product", property("ProductID")},
-                                                   {"Rev", property("Revision")},
-                                                   {"Serial", property("serialNum")},
-                                                   {"Type", property("DeviceType", shortTypeName)},
-                                                   {"H:C:T:L", address}};
+    static const std::vector<column> deviceColumns{
+        {"Node", property("Name")},    {"Vendor", property("VendorID")},  {"Product", property("ProductID")},
+        {"Rev", property("Revision")}, {"Serial", property("serialNum")}, {"Type", shortTypeName},
+        {"H:C:T:L", address}};
     static const std::map<std::string_view, section> table{
         {"KORVA_SysBusDevice", {"Bus devices", deviceColumns}},
         {"KORVA_SCSIDevice", {"SCSI devices", deviceColumns}},
