@@ -8,8 +8,8 @@
 #undef _FILE_OFFSET_BITS
 #undef _TIME_BITS
 
+#include "simulator/boundary.h"
 #include "simulator/kernel.h"
-#include "simulator/nodepath.h"
 #include "simulator/recorder.h"
 
 #include <dlfcn.h>

@@ -1,7 +1,7 @@
 #include "simulator/kernel.h"
 
+#include "simulator/boundary.h"
 #include "simulator/requests.h"
-#include "simulator/shellcommand.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

@@ -78,7 +78,4 @@ private:
 /// The kernel that the interposed calls of this process go to; null: the real one.
 kernel* activeKernel();
 
-/// Where the optical-drive table stands.
-constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";
-
 } // namespace simulator

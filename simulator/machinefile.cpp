@@ -1,7 +1,7 @@
 #include "simulator/machinefile.h"
 
+#include "simulator/boundary.h"
 #include "simulator/jsonplace.h"
-#include "simulator/nodepath.h"
 
 #include <scsi/sg.h>
 

@@ -1,9 +1,8 @@
 #include "simulator/recorder.h"
 
+#include "simulator/boundary.h"
 #include "simulator/kernel.h"
-#include "simulator/nodepath.h"
 #include "simulator/requests.h"
-#include "simulator/shellcommand.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>

@@ -1,4 +1,4 @@
-#include "simulator/shellcommand.h"
+#include "simulator/boundary.h"
 
 namespace simulator {
 

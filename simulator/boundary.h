@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// What of the system a simulated machine answers for: device nodes, one file and a few shell commands.
+
+namespace simulator {
+
+/// Does `path` belong to a family of device nodes that a simulated machine answers for? It answers for the whole
+/// family, also for nodes that it does not have.
+inline bool isNodePath(std::string_view path) {
+    const std::string_view family = path.substr(0, 7);
+    return family == "/dev/sg" || family == "/dev/sd" || family == "/dev/hd" || family == "/dev/sr";
+}
+
+/// The file with the kernel's table of optical drives.
+constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";
+
+/// A shell command, of which a simulated machine takes the place of three kinds.
+struct shellCommand {
+    enum kinds { other, modprobe, usbQuery, removal };
+
+    kinds kind = other;
+    std::string file; ///< what the USB query writes, or what is removed
+};
+
+/// Reads what kind `command` is.
+shellCommand commandOf(const std::string& command);
+
+} // namespace simulator
