@@ -412,11 +412,12 @@ TEST_F(Program, ChangingDevicesAreAskedOnce) {
         withTool("modprobe", "mkdir ../../asked") + withTool("hwinfo", "cat " + fileWith(usbListing, "usb")) +
         "rm -rf ../asked; export ASAN_OPTIONS=verify_asan_link_order=0; SCSIDEV_MACHINE=" + file + ' ' + preloaded +
         "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
+    const std::string whileRecording = " --force --record " + recording;
     for (const std::string& command : {"% --machine " + file, thisMachine}) {
         run(command + " --format json --log-level 1");
         EXPECT_EQ(output, contentOf(expected + "rack-server.json"));
         EXPECT_EQ(logLines(errors), "");
-        run(command + " --force --record " + recording);
+        run(command + whileRecording);
         const auto recorded = nlohmann::json::parse(contentOf(recording));
         EXPECT_EQ(recorded["modprobe"], 0) << "a recording holds one walk";
         EXPECT_EQ(recorded["nodes"]["/dev/sg0"]["open"], true);
@@ -522,8 +523,10 @@ TEST_F(Program, ClientsOfEveryBuildSeeTheSimulatedMachine) {
             EXPECT_THAT(output, HasSubstr(call));
 #endif
         run(underRackServer + "for node in sg0 sg11; do $CLIENT /dev/$node; done");
-        const std::string rest = "no path: Bad address, Bad address\nCD-ROM information, Id: cdrom.c 3.20 2003/12/17\n";
-        EXPECT_EQ(output, "rack-07: 4000 opened\n" + rest + "rack-07: 0 opened, No such file or directory\n" + rest);
+        EXPECT_EQ(output, "rack-07: 4000 opened\nno path: Bad address, Bad address\n"
+                          "CD-ROM information, Id: cdrom.c 3.20 2003/12/17\n"
+                          "rack-07: 0 opened, No such file or directory\nno path: Bad address, Bad address\n"
+                          "CD-ROM information, Id: cdrom.c 3.20 2003/12/17\n");
     }
 }
 
