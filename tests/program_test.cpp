@@ -150,7 +150,7 @@ TEST_F(Program, PrintsWhatStandsBesideTheMachineFile) {
         SCOPED_TRACE("rewrite with script/rewrite-expected, then read the difference: " + name);
         run("% --machine " + entry.path().string());
         EXPECT_EQ(output, contentOf(name + ".txt"));
-        run("% --format json --log-level 3 --machine " + entry.path().string());
+        run("% --format json --log-level 3 --ask-again --machine " + entry.path().string());
         EXPECT_EQ(output, contentOf(name + ".json"));
         EXPECT_EQ(errors, contentOf(name + ".log"));
     }
