@@ -1,9 +1,11 @@
 #include "device/deviceanswers.h"
 
-#include <algorithm>
+#include <cstring>
+#include <utility>
 
 std::string fixedText(const unsigned char* bytes, std::size_t size) {
-    return {bytes, std::find(bytes, bytes + size, 0)};
+    const auto* const text = reinterpret_cast<const char*>(bytes);
+    return {text, ::strnlen(text, size)};
 }
 
 std::string swappedText(const unsigned char* bytes, std::size_t size) {

@@ -86,7 +86,6 @@ void TScsidevPluginCallbacks::GetBusDevice(classList& requested, boost::shared_p
 
 void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* record,
                                            boost::shared_ptr<ICIMNamespace> ns) {
-    const TContext context = queryContext();
     if (requested.empty())
         return;
     boost::shared_ptr<ICIMInstance> instance;
@@ -102,7 +101,7 @@ void TScsidevPluginCallbacks::returnDevice(classList& requested, busDevice* reco
         hostLog(progress, "SCSI or ATA");
         writeDeviceInstance(*record, *instance);
     } else if (firstClass == firmwareElementClass) {
-        writeFirmwareElement(*record, *ns, context);
+        writeFirmwareElement(*record, *ns);
     }
 }
 
@@ -126,10 +125,9 @@ void TScsidevPluginCallbacks::writeAssociation(const busDevice& record, boost::s
     association->AddToClass(TContext());
 }
 
-void TScsidevPluginCallbacks::writeFirmwareElement(const busDevice& record, ICIMNamespace& ns,
-                                                   const TContext& context) {
+void TScsidevPluginCallbacks::writeFirmwareElement(const busDevice& record, ICIMNamespace& ns) {
     hostLog(progress, "FirmwareElement");
-    const auto element = ns.GetClass(firmwareElementClass, context)->CreateInstance(TContext());
+    const auto element = ns.GetClass(firmwareElementClass, queryContext())->CreateInstance(TContext());
     const auto set = [&element](const char* property, const TCIMValue& value) {
         element->SetProperty(property, value, TContext());
     };

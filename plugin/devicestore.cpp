@@ -16,14 +16,14 @@ void busDevice::initialize() { *this = busDevice{}; }
 
 void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
     auto copy = std::make_unique<busDevice>(*record);
-    storedDevices_.reserve(storedDevices_.size() + 1); // so that nothing below can throw and lose a record
-    const auto stored = std::find_if(storedDevices_.begin(), storedDevices_.end(),
-                                     [&copy](const busDevice* other) { return other->devicePath == copy->devicePath; });
-    if (stored != storedDevices_.end()) {
-        delete *stored;
-        storedDevices_.erase(stored);
-    }
-    storedDevices_.push_back(copy.release());
+    storedDevices_.push_back(copy.get()); // where this throws, nothing has changed
+    const busDevice* added = copy.release();
+    const auto first = std::find_if(storedDevices_.begin(), storedDevices_.end(),
+                                    [added](const busDevice* other) { return other->devicePath == added->devicePath; });
+    if (*first == added)
+        return;
+    delete *first;
+    storedDevices_.erase(first);
 }
 
 std::string TScsidevPluginCallbacks::getDeviceTypeString(unsigned char type) {

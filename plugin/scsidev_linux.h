@@ -131,8 +131,7 @@ private:
     bool chooseDeviceInstance(classList& requested, const busDevice& record,
                               boost::shared_ptr<NHALDEN20::ICIMInstance>& instance);
     void writeAssociation(const busDevice& record, boost::shared_ptr<NHALDEN20::ICIMInstance> association);
-    void writeFirmwareElement(const busDevice& record, NHALDEN20::ICIMNamespace& ns,
-                              const NHALDEN20::TContext& context);
+    void writeFirmwareElement(const busDevice& record, NHALDEN20::ICIMNamespace& ns);
 
     instanceList existingDevices_;
     instanceList existingFirmwareElements_;
