@@ -219,6 +219,15 @@ int main(int argc, char** argv) {
         std::cerr << "usage: example-host PLUGIN CLASS...\n";
         return 2;
     }
+    const auto ns = boost::make_shared<memoryNamespace>();
+    std::vector<boost::shared_ptr<ICIMClass>> classes;
+    try {
+        for (int i = 2; i < argc; ++i)
+            classes.push_back(ns->GetClass(argv[i], {}));
+    } catch (const std::invalid_argument& unknown) {
+        std::cerr << unknown.what() << '\n';
+        return 2;
+    }
     void* const library = ::dlopen(argv[1], RTLD_NOW | RTLD_LOCAL); // registers the plug-in
     if (library == nullptr) {
         std::cerr << ::dlerror() << '\n';
@@ -227,11 +236,10 @@ int main(int argc, char** argv) {
     char scratch[] = "/tmp/example-host-XXXXXX"; // Init writes a file into the working directory
     if (::mkdtemp(scratch) == nullptr || ::chdir(scratch) != 0)
         return 1;
-    const auto ns = boost::make_shared<memoryNamespace>();
     auto& collector = dynamic_cast<IPluginBasicQueryCallbacks&>(*registered);
     registered->Init();
-    for (int i = 2; i < argc; ++i) {
-        std::vector<boost::shared_ptr<ICIMClass>> requested{ns->GetClass(argv[i], {})};
+    for (const auto& each : classes) {
+        std::vector<boost::shared_ptr<ICIMClass>> requested{each};
         collector.GetData(ns, requested);
     }
     registered->DeInit();

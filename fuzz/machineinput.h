@@ -12,6 +12,8 @@ inline void transfer(archive& stream, int& number) {
     number = byte;
 }
 
+inline void transfer(archive& stream, simulator::openAnswer& answer) { transfer(stream, answer.error); }
+
 inline void transfer(archive& stream, simulator::numberAnswer& answer) {
     transfer(stream, answer.error);
     stream.numbers(answer.value);
@@ -35,7 +37,7 @@ inline void transfer(archive& stream, simulator::driveAnswer& answer) {
 }
 
 template <typename Answer>
-void transfer(archive& stream, simulator::answers<Answer>& answers) {
+void transfer(archive& stream, simulator::answerList<Answer>& answers) {
     std::vector<Answer> list = answers.all();
     stream.list(list, [&](Answer& answer) { transfer(stream, answer); });
     answers = list;
@@ -51,6 +53,8 @@ inline void transfer(archive& stream, std::vector<std::vector<std::uint8_t>>& qu
     stream.text(machine.name);
     transfer(stream, machine.modprobe);
     stream.text(machine.usbListing);
+    machine.opticalTable.emplace(machine.opticalTable.value_or(""));
+    stream.text(*machine.opticalTable);
     for (auto& list : machine.virtualDevices)
         stream.list(list, [&](std::string& name) { stream.text(name); });
     std::vector<std::pair<std::string, simulator::node>> nodes(machine.nodes.begin(), machine.nodes.end());
@@ -59,8 +63,6 @@ inline void transfer(archive& stream, std::vector<std::vector<std::uint8_t>>& qu
         transfer(stream, pathAndNode.second);
     });
     machine.nodes = {nodes.begin(), nodes.end()};
-    machine.opticalTable.emplace(machine.opticalTable.value_or(""));
-    stream.text(*machine.opticalTable);
 }
 
 } // namespace fuzz

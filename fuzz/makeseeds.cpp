@@ -1,5 +1,4 @@
-// make-seeds DIRECTORY FILE...: makes inputs for the targets that run the plug-in. For each machine file it writes one
-// of the whole machine into DIRECTORY/collector and one of its optical drives into DIRECTORY/optical. Both must exist.
+// make-seeds DIRECTORY FILE...: makes an input for the collector's target of each machine file, in that directory.
 
 #include "fuzz/machineinput.h"
 #include "simulator/machinefile.h"
@@ -14,10 +13,6 @@ int main(int argc, char** argv) {
         simulator::machine machine = simulator::readMachineFile(file);
         fuzz::archive input;
         fuzz::transfer(input, queries, machine);
-        std::ofstream(directory / "collector" / file.stem(), std::ios::binary) << input.bytes();
-        std::ofstream optical(directory / "optical" / file.stem(), std::ios::binary);
-        optical << *machine.opticalTable;
-        for (const auto& name : machine.virtualDevices[1])
-            optical << '\0' << name;
+        std::ofstream(directory / file.stem(), std::ios::binary) << input.bytes();
     }
 }

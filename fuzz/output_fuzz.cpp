@@ -1,13 +1,13 @@
 // The output formats on instances of any class with any values.
 
 #include "fuzz/input.h"
-#include "inventory/escape.h"
 #include "inventory/jsonoutput.h"
 #include "inventory/mofoutput.h"
 #include "inventory/tableoutput.h"
 #include "minihost/cimcontent.h"
 #include "tests/mofreader.h"
 #include "text/codepoints.h"
+#include "text/escape.h"
 
 #include <sstream>
 
@@ -113,13 +113,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     inventory::queryResult query{{}, ns.instances(), error.empty() ? std::nullopt : std::optional(error)};
     for (const auto& declaration : minihost::classTable())
         query.classes.emplace_back(declaration.name);
-    const inventory::runResult result{machine, {query}};
+    inventory::runResult result;
+    result.machineName = machine;
+    result.queries = {query};
+    result.error = query.error;
 
     std::ostringstream asJson, asMof, asTable;
     inventory::writeJson(result, asJson);
     inventory::writeMof(result, asMof);
     inventory::writeTable(result, {true, 80}, asTable);
-    const std::string line = inventory::escaped({bytes, bytes + size});
+    const std::string line = text::escaped({bytes, bytes + size});
     fuzz::require(line.find('\n') == std::string::npos, "what is escaped is one line");
     const std::string written = asJson.str() + asMof.str() + asTable.str() + line;
     fuzz::require(

@@ -1,20 +1,24 @@
 #include "inventory/askedmachine.h"
 
+#include "inventory/sysfs.h"
 #include "minihost/childprocess.h"
 #include "plugin/host/osspecific.h"
+#include "simulator/anonymize.h"
+#include "simulator/boundary.h"
 #include "simulator/machinefile.h"
+#include "text/errorname.h"
+#include "text/escape.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
+#include <dirent.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
+#include <charconv>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <iostream>
-#include <stdexcept>
+#include <map>
+#include <memory>
+#include <random>
+#include <string_view>
 
 namespace {
 
@@ -36,39 +40,58 @@ using simulator::recorder;
 
 namespace {
 
+constexpr int lastSgNode = 31; // that the plug-in looks at
+
 /// What the recorder has to keep: copies of answers cost time.
-recorder::keeps wanted(const options& options) {
+recorder::keeps whatToKeep(const runOptions& options) {
     if (!options.recordFile.empty())
         return recorder::keeps::everything;
     return options.queries.size() > 1 && !options.askAgain ? recorder::keeps::answers : recorder::keeps::nothing;
 }
 
-[[noreturn]] void failToWrite(const std::string& path, int error) {
-    throw std::runtime_error(path + ": cannot be written: " + std::strerror(error));
+constexpr const char* recordedTexts =
+    ": the host name, every answer of the device nodes with vendors, models and serial numbers,\n"
+    "the kernel's names of the devices, the optical-drive table, the USB listing and the names of virtual\n"
+    "devices; look through it before you give it away\n";
+
+/// "1 serial number", "2 serial numbers".
+std::string counted(std::size_t count, const std::string& one, const std::string& several) {
+    return std::to_string(count) + ' ' + (count == 1 ? one : several);
 }
 
-/// Writes `text` to the file at `path`, all of it or nothing. Throws std::runtime_error when that fails, and when there
-/// is such a file already and `replace` is false.
-void writeWholeFile(const std::string& path, const std::string& text, bool replace) {
-    std::string temporary = path + ".XXXXXX";
-    const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (fd < 0)
-        failToWrite(path, errno);
-    const mode_t mask = ::umask(0); // reading the mask takes setting it
-    ::umask(mask);
-    std::size_t written = 0;
-    ssize_t step = 0;
-    while (written < text.size() && (step = ::write(fd, text.data() + written, text.size() - written)) > 0)
-        written += static_cast<std::size_t>(step);
-    const bool whole = written == text.size() && ::fchmod(fd, 0666 & ~mask) == 0 && ::fsync(fd) == 0;
-    int error = whole ? 0 : errno;
-    ::close(fd);
-    // Renamed only when whole. RENAME_NOREPLACE: a file that somebody made meanwhile is not lost.
-    if (whole && ::renameat2(AT_FDCWD, temporary.c_str(), AT_FDCWD, path.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0)
-        return;
-    error = whole ? errno : error;
-    ::unlink(temporary.c_str());
-    failToWrite(path, error);
+/// What to say of a recording that may be given away.
+std::string replacedTexts(const simulator::anonymousMachine& made) {
+    std::string text = "replaced: " + counted(made.serialNumbers, "serial number", "serial numbers") + ", " +
+                       counted(made.worldWideNames, "world wide name", "world wide names") +
+                       (made.hostName ? ", the host name, " : ", ") +
+                       counted(made.virtualDevices, "name of a virtual device", "names of virtual devices") +
+                       "\nkept: vendors, products, firmware, addresses, node paths, statuses and other numbers";
+    if (made.keptVirtualDevices != 0)
+        text += ", " + counted(made.keptVirtualDevices, "name of a virtual device that is a node or drive",
+                               "names of virtual devices that are nodes or drives");
+    text += '\n';
+    if (!made.keptAt.empty()) {
+        text += "look there before you give it away, a replaced text is also part of what is kept:";
+        for (const auto& place : made.keptAt)
+            text += (place == *made.keptAt.begin() ? " " : ", ") + place;
+        text += '\n';
+    }
+    return text + "this run's output and log have the originals; those of --machine on this file do not\n";
+}
+
+/// What a command that can take long is for; "" of another.
+std::string purposeOf(const char* command) {
+    using simulator::shellCommand;
+    switch (simulator::commandOf(command).kind) {
+    case shellCommand::usbQuery:
+        return "looking for virtual USB media";
+    case shellCommand::modprobe:
+        return "loading the sg driver";
+    case shellCommand::removal:
+    case shellCommand::other:
+        break;
+    }
+    return "";
 }
 
 } // namespace
@@ -76,18 +99,23 @@ void writeWholeFile(const std::string& path, const std::string& text, bool repla
 // While a shell command runs, the C library's function ignores interrupts, and other signals end the run but not the
 // command. Whoever sends one means both.
 int askedMachine::watcher::run(const char* command, int (* /*realSystem*/)(const char*)) {
+    const std::string purpose = purposeOf(command);
+    if (step && !purpose.empty())
+        step(purpose);
     return minihost::shellStatus(command);
 }
 
-askedMachine::askedMachine(const options& options) : options_(options), recorder_(wanted(options)) {
+askedMachine::askedMachine(const runOptions& options) : options_(options), recorder_(whatToKeep(options)) {
     if (!options.machineFile.empty()) {
         kernel_.emplace(simulator::readMachineFile(options.machineFile));
         if (std::getenv(sleepVariable) != nullptr)
             kernel_->sleepForReal();
-        ::activeKernel = &*kernel_;
     }
-    if (!options.recordFile.empty() && !options.force && std::filesystem::exists(options.recordFile))
-        throw std::runtime_error(options.recordFile + ": is there already; --force replaces it");
+    if (!options.recordFile.empty())
+        recording_.emplace(options.recordFile,
+                           options.force ? outputFile::existing::isReplaced : outputFile::existing::isKept);
+    // Last: where something is thrown above, nobody takes these back.
+    ::activeKernel = kernel_ ? &*kernel_ : nullptr;
     ::activeRecorder = &recorder_;
 }
 
@@ -97,13 +125,16 @@ askedMachine::~askedMachine() {
 }
 
 void askedMachine::beginQuery() {
+    if (options_.askAgain)
+        recorder_.beginWalk();
     if (options_.askAgain || !recorder_.sawDevices())
         return;
     if (!again_) {
         using simulator::kernel;
         recorder_.endWalk();
-        again_.emplace(recorder_.walkedAgain(kernel_ ? kernel_->simulated() : simulator::machine()),
+        again_.emplace(recorder_.walkedAgain(kernel_ ? kernel_->model() : simulator::machine()),
                        kernel::calls::forgotten, kernel_ ? kernel::scope::machine : kernel::scope::devices);
+        again_->giveNumbers();
         ::activeKernel = &*again_;
     }
     again_->rewind();
@@ -112,24 +143,94 @@ void askedMachine::beginQuery() {
 std::vector<std::string> askedMachine::virtualDevices(int kind) const {
     std::vector<std::string> names;
     if (kernel_)
-        names = kernel_->simulated().virtualDevices[kind];
+        names = kernel_->model().virtualDevices[kind];
     const auto& named = options_.virtualDevices[kind];
     names.insert(names.end(), named.begin(), named.end());
     return names;
 }
 
-void askedMachine::writeRecording() const {
-    if (options_.recordFile.empty())
-        return;
+bool askedMachine::hasOpticalTable() const {
+    return kernel_ ? kernel_->model().opticalTable.has_value() : ::access(simulator::opticalTablePath, F_OK) == 0;
+}
+
+std::vector<std::string> askedMachine::sgNodesBeyond() const {
+    std::map<int, std::string> found; // in the order of their numbers
+    const auto add = [&found](std::string_view name) {
+        int number = 0;
+        const char* const end = name.data() + name.size();
+        const bool isSgNode = name.substr(0, 2) == "sg" && std::from_chars(name.data() + 2, end, number).ptr == end;
+        if (isSgNode && number > lastSgNode)
+            found[number] = std::string("/dev/").append(name);
+    };
+    if (kernel_) {
+        for (const auto& [path, node] : kernel_->model().nodes)
+            add(std::string_view(path).substr(path.rfind('/') + 1));
+    } else if (const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir("/dev"), ::closedir); directory) {
+        while (const dirent* const entry = ::readdir(directory.get()))
+            add(entry->d_name);
+    }
+    std::vector<std::string> paths;
+    for (const auto& [number, path] : found)
+        paths.push_back(path);
+    return paths;
+}
+
+void askedMachine::report(runResult& result) const {
+    const simulator::nodeReport nodes = recorder_.nodes();
+    coverage& seen = result.seen;
+    seen.walked = recorder_.driverStatus().has_value();
+    seen.nodesPresent = nodes.present;
+    for (const auto& node : nodes.refused)
+        seen.refused.push_back({node.path, text::errorName(node.error)});
+    for (const auto& node : nodes.silent)
+        seen.silent.push_back({node.path, node.failure});
+    for (const auto& node : nodes.detours)
+        seen.askedElsewhere.emplace_back(node.path, node.askedAt);
+    if (seen.walked)
+        seen.beyond = sgNodesBeyond();
+    const int driver = recorder_.driverStatus().value_or(0);
+    seen.driverStatus = WIFEXITED(driver) ? WEXITSTATUS(driver) : -1;
+    // The query ends with grep, which ends with 1 where nothing is found.
+    if (const int usb = recorder_.usbStatus().value_or(0); !WIFEXITED(usb) || WEXITSTATUS(usb) > 1)
+        seen.unread.emplace_back("the USB listing could not be read: virtual USB media cannot be told apart");
+    for (const auto& query : result.queries) {
+        for (const auto& instance : query.instances) {
+            const std::string node = nodeOf(*instance);
+            if (auto known = kernelNames(node, options_.format != outputFormat::table); !known.empty())
+                result.kernelNames[node] = {known.names, known.wwid};
+        }
+    }
+    result.secondsSkipped = kernel_ ? kernel_->secondsSkipped() : 0;
+}
+
+simulator::kernelNames askedMachine::kernelNames(const std::string& node, bool wantsWwid) const {
+    if (!kernel_)
+        return readKernelNames(node, wantsWwid);
+    const auto& nodes = kernel_->model().nodes;
+    const auto found = nodes.find(node);
+    return found == nodes.end() ? simulator::kernelNames() : found->second.knownAs;
+}
+
+std::string askedMachine::writeRecording() {
+    if (!recording_)
+        return "";
     simulator::machine machine = recorder_.recorded();
     machine.name = NHALDEN20::TOSSpecific::GetMachineName();
+    for (auto& [path, node] : machine.nodes)
+        node.knownAs = kernelNames(path, true);
+    for (const auto& path : sgNodesBeyond())
+        machine.nodes[path]; // without answers, since nobody asked: a replay too says that they are not shown
     for (const int kind : {0, 1})
         machine.virtualDevices[kind] = virtualDevices(kind);
-    writeWholeFile(options_.recordFile, simulator::machineFileText(machine), options_.force);
-    std::cerr << "recorded in " << options_.recordFile
-              << ": the host name, every answer of the device nodes with vendors, models and serial numbers,\n"
-                 "the optical-drive table, the USB listing and the names of virtual devices; look through it before "
-                 "you give it away\n";
+    std::string told = recordedTexts;
+    if (options_.anonymize) {
+        std::mt19937 random(std::random_device{}());
+        simulator::anonymousMachine made = simulator::anonymize(machine, random);
+        machine = std::move(made.result);
+        told = '\n' + replacedTexts(made);
+    }
+    recording_->write(simulator::machineFileText(machine));
+    return "recorded in " + text::escaped(recording_->path()) + told;
 }
 
 } // namespace inventory

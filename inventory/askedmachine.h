@@ -1,11 +1,15 @@
 #pragma once
 
 #include "inventory/options.h"
+#include "inventory/outputfile.h"
+#include "inventory/result.h"
 #include "simulator/kernel.h"
 #include "simulator/recorder.h"
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace inventory {
@@ -18,43 +22,51 @@ namespace inventory {
 class askedMachine {
 public:
     /// Throws simulator::machineFileError when the machine file cannot be used, and std::runtime_error when the file to
-    /// record into exists already.
-    explicit askedMachine(const options& options);
+    /// record into cannot be written.
+    explicit askedMachine(const runOptions& options);
     ~askedMachine();
     askedMachine(const askedMachine&) = delete;
     askedMachine& operator=(const askedMachine&) = delete;
+
+    /// From now on, `step` is told what a shell command of the plug-in is for, when one begins to run.
+    void onStep(std::function<void(const std::string& step)> step) { recorder_.step = std::move(step); }
 
     /// To be called before each query: from the one after the first that asked the devices, these are not asked any
     /// more, unless the options want that. No waiting time is spent again.
     void beginQuery();
 
-    bool isSimulated() const { return kernel_.has_value(); }
-
     /// The management controller's virtual devices of one kind (0 or 1): those of the machine, then those of the
     /// options.
     std::vector<std::string> virtualDevices(int kind) const;
 
-    /// The device nodes that were opened so far.
-    simulator::nodeCount nodes() const { return recorder_.nodes(); }
+    /// Is there a table of optical drives?
+    bool hasOpticalTable() const;
 
-    /// Seconds of waiting that a simulated machine has skipped.
-    unsigned secondsSkipped() const { return kernel_ ? kernel_->secondsSkipped() : 0; }
+    /// Adds to `result` what the machine has shown of itself, and what not, and asks its kernel for the names of the
+    /// devices: only now, so that during a query the plug-in's system calls stand alone.
+    void report(runResult& result) const;
 
-    /// If the options name a file to record into, writes it and says on standard error what it holds.
-    void writeRecording() const;
+    /// If the options name a file to record into, writes it. Returns what to say of it.
+    std::string writeRecording();
 
 private:
-    /// Runs shell commands so that a signal ends them with the run.
+    /// Runs shell commands so that a signal ends them with the run, and says what they are for.
     class watcher : public simulator::recorder {
     public:
         using recorder::recorder;
         int run(const char* command, int (*realSystem)(const char*)) override;
+
+        std::function<void(const std::string&)> step;
     };
 
-    const options& options_;
+    std::vector<std::string> sgNodesBeyond() const;
+    simulator::kernelNames kernelNames(const std::string& node, bool wantsWwid) const;
+
+    const runOptions& options_;
     std::optional<simulator::kernel> kernel_; ///< none: this machine's own
     std::optional<simulator::kernel> again_;  ///< what the devices answered, once that is to be answered again
     watcher recorder_;
+    std::optional<outputFile> recording_;
 };
 
 } // namespace inventory

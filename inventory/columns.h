@@ -17,7 +17,8 @@ public:
     /// it; an empty text becomes "-".
     void add(std::vector<std::string> row);
 
-    /// Writes the headings and rows, with two blanks before each column, or one where lines would pass `width`.
+    /// Writes the headings and rows, with two blanks before each column. Where lines would pass `width` it is one
+    /// blank, and where they still would, none before the first column.
     void write(std::ostream& output, std::size_t width) const;
 
 private:

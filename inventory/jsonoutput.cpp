@@ -31,20 +31,32 @@ struct valueToJson {
     }
 };
 
-json instanceToJson(const minihost::memoryInstance& instance) {
+json kernelNamesToJson(const kernelNames& known) {
+    json result;
+    result["names"] = json::array();
+    for (const auto& name : known.names)
+        result["names"].push_back(bytesAsCodePoints(name));
+    if (!known.wwid.empty())
+        result["wwid"] = bytesAsCodePoints(known.wwid);
+    return result;
+}
+
+json instanceToJson(const minihost::memoryInstance& instance, const kernelNameMap& kernelNames) {
     json properties = json::object();
     for (const auto& [name, value] : instance.properties())
         properties[bytesAsCodePoints(name)] = std::visit(valueToJson(), value.Content().value);
     json result;
     result["class"] = instance.declaration().name;
+    if (const auto* const known = findKernelNames(kernelNames, instance))
+        result["kernel"] = kernelNamesToJson(*known);
     result["properties"] = std::move(properties);
     return result;
 }
 
-json queryToJson(const queryResult& query) {
+json queryToJson(const queryResult& query, const kernelNameMap& kernelNames) {
     json instances = json::array();
     for (const auto& instance : query.instances)
-        instances.push_back(instanceToJson(*instance));
+        instances.push_back(instanceToJson(*instance, kernelNames));
     json result;
     result["classes"] = query.classes;
     result["instances"] = std::move(instances);
@@ -53,14 +65,46 @@ json queryToJson(const queryResult& query) {
     return result;
 }
 
+json nodesToJson(const coverage& seen) {
+    json refused = json::array(), silent = json::array();
+    for (const auto& node : seen.refused)
+        refused.push_back({{"node", bytesAsCodePoints(node.path)}, {"error", node.why}});
+    for (const auto& node : seen.silent)
+        silent.push_back(bytesAsCodePoints(node.path));
+    return {{"present", seen.nodesPresent}, {"refused", std::move(refused)}, {"silent", std::move(silent)}};
+}
+
+/// The remarks, and of the log what tells of failures.
+json messagesToJson(const messageList& messages) {
+    constexpr int lastLevel = 1; // above it the log is a trace
+    json list = json::array();
+    for (const auto& each : messages.all()) {
+        const json text = bytesAsCodePoints(each.text);
+        if (each.from == message::program)
+            list.push_back({{"from", "program"}, {"text", text}});
+        else if (each.level <= lastLevel)
+            list.push_back({{"from", "plug-in"}, {"level", each.level}, {"text", text}, {"count", each.count}});
+    }
+    return list;
+}
+
 } // namespace
 
 void writeJson(const runResult& result, std::ostream& output) {
     json queries = json::array();
     for (const auto& query : result.queries)
-        queries.push_back(queryToJson(query));
+        queries.push_back(queryToJson(query, result.kernelNames));
     json document;
+    document["formatVersion"] = 1;
+    document["program"] = {{"name", "scsidev-inventory"}, {"version", SCSIDEV_VERSION}};
     document["machine"] = bytesAsCodePoints(result.machineName);
+    document["simulated"] = result.simulated;
+    document["complete"] = result.isComplete();
+    document["exitStatus"] = result.status();
+    if (result.error)
+        document["error"] = bytesAsCodePoints(*result.error);
+    document["nodes"] = nodesToJson(result.seen);
+    document["messages"] = messagesToJson(result.messages);
     document["queries"] = std::move(queries);
     constexpr bool onlyAscii = true; // C1 control characters could drive a terminal
     output << document.dump(2, ' ', onlyAscii) << '\n';

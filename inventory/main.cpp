@@ -1,14 +1,18 @@
 #include "inventory/askedmachine.h"
-#include "inventory/escape.h"
 #include "inventory/jsonoutput.h"
+#include "inventory/jsonschema.h"
 #include "inventory/mofoutput.h"
 #include "inventory/options.h"
+#include "inventory/outputfile.h"
+#include "inventory/prometheusoutput.h"
 #include "inventory/remarks.h"
 #include "inventory/run.h"
+#include "inventory/scratchdirectory.h"
 #include "inventory/signals.h"
 #include "inventory/statusline.h"
 #include "inventory/tableoutput.h"
 #include "minihost/pluginlibrary.h"
+#include "text/escape.h"
 
 #include <unistd.h>
 
@@ -16,64 +20,139 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <exception>
 #include <iostream>
 #include <new>
+#include <optional>
+#include <ostream>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
-constexpr int succeeded = 0, failed = 1, wrongUsage = 2;
+void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << text::escaped(text) << '\n'; }
 
-void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << inventory::escaped(text) << '\n'; }
-
-/// Runs the queries. The log goes to standard error and, on a terminal, a line that says what is done right now.
-inventory::runResult runVisibly(const inventory::options& options, inventory::askedMachine& machine,
-                                minihost::memoryNamespace& ns, inventory::remarks& remarks) {
-    inventory::statusLine status;
-    return inventory::run(options, machine, ns,
-                          {[&](const std::string& step) { status.show(step); },
-                           [&](int level, const std::string& text) {
-                               remarks.sawMessage(level, text);
-                               if (level <= options.logLevel)
-                                   status.write('[' + std::to_string(level) + "] " + inventory::escaped(text) + '\n');
-                               status.show(text);
-                           },
-                           [&](const std::string& text) {
-                               status.write("remark: " + inventory::escaped(text) + '\n');
-                           }});
+/// Takes a message of the log. Is it to be shown? Equal ones are shown once, unless the trace is, which is whole.
+bool takeMessage(int level, const std::string& text, int shownLevel, inventory::messageList& messages) {
+    constexpr int trace = 3;
+    const bool isFirst = level < trace && messages.add(inventory::message::plugin, level, text);
+    return level <= shownLevel && (isFirst || shownLevel >= trace);
 }
 
-void writeResult(const inventory::runResult& result, const inventory::options& options) {
+/// Runs the queries. The log goes to standard error and, on a terminal, a line that says what is done right now.
+void runVisibly(const inventory::runOptions& options, inventory::askedMachine& machine, minihost::memoryNamespace& ns,
+                inventory::runResult& result) {
+    inventory::statusLine status;
+    inventory::run(options, machine, ns,
+                   {[&](const std::string& step) { status.show(step); },
+                    [&](int level, const std::string& text) {
+                        if (takeMessage(level, text, options.logLevel, result.messages))
+                            status.write('[' + std::to_string(level) + "] " + text::escaped(text) + '\n');
+                        status.show(text);
+                    },
+                    [&](const std::string& text) {
+                        if (result.messages.add(inventory::message::program, 0, text))
+                            status.write("remark: " + text::escaped(text) + '\n');
+                    }},
+                   result);
+}
+
+/// Runs what the options ask for and returns what to say of the recording that was made. An exception ends the run, and
+/// becomes its error.
+std::string runToTheEnd(const inventory::runOptions& options, minihost::memoryNamespace& ns,
+                        inventory::runResult& result) {
+    std::string recorded;
+    std::optional<inventory::askedMachine> machine;
+    try {
+        machine.emplace(options);
+        runVisibly(options, *machine, ns, result);
+        recorded = machine->writeRecording();
+    } catch (const std::bad_alloc&) {
+        result.error = "out of memory";
+    } catch (...) {
+        result.error = minihost::whatWasThrown();
+    }
+    if (machine)
+        machine->report(result);
+    return recorded;
+}
+
+void writeDocument(const inventory::runResult& result, const inventory::runOptions& options, std::ostream& output) {
+    const bool isFile = !options.outputFile.empty();
     switch (options.format) {
     case inventory::outputFormat::table:
-        inventory::writeTable(result, {options.allProperties, inventory::terminalWidth(STDOUT_FILENO)}, std::cout);
+        inventory::writeTable(
+            result, {options.allProperties, isFile ? inventory::usualWidth : inventory::terminalWidth(STDOUT_FILENO)},
+            output);
         break;
     case inventory::outputFormat::json:
-        inventory::writeJson(result, std::cout);
+        inventory::writeJson(result, output);
         break;
     case inventory::outputFormat::mof:
-        inventory::writeMof(result, std::cout);
+        inventory::writeMof(result, output);
+        break;
+    case inventory::outputFormat::prometheus:
+        inventory::writePrometheus(result, !isFile && ::isatty(STDOUT_FILENO) != 0, output);
         break;
     }
 }
 
-int show(const inventory::options& options) {
-    inventory::askedMachine machine(options);
+int show(const inventory::runOptions& options, std::ostream& output) {
     minihost::memoryNamespace ns;
-    inventory::remarks remarks;
-    const inventory::runResult result = runVisibly(options, machine, ns, remarks);
-    writeResult(result, options);
-    remarks.write(result, machine, std::cerr);
-    machine.writeRecording();
-    if (result.failed())
-        writeError("the query failed: " + *result.queries.back().error);
-    return result.failed() ? failed : succeeded;
+    inventory::runResult result;
+    result.simulated = !options.machineFile.empty();
+    const std::string recorded = runToTheEnd(options, ns, result);
+    result.endedAt = std::time(nullptr);
+    const std::vector<std::string> remarks = inventory::remarksOn(result, inventory::exampleMachineFile());
+    for (const auto& remark : remarks)
+        result.messages.add(inventory::message::program, 0, remark);
+    writeDocument(result, options, output);
+    for (const auto& remark : remarks)
+        std::cerr << text::escaped(remark) << '\n';
+    std::cerr << recorded;
+    if (result.error)
+        writeError(*result.error);
+    return result.status();
+}
+
+/// Lets `print` print a document into `file`, or onto standard output if its name is empty. Returns what `print` does.
+template <typename Print>
+int printTo(const std::string& file, Print print) {
+    if (file.empty())
+        return print(std::cout);
+    inventory::outputFile whole(file, inventory::outputFile::existing::isReplaced);
+    std::ostringstream document;
+    document.exceptions(std::ios::badbit); // or the document would end where memory does
+    const int status = print(document);
+    if (!document.str().empty()) // as tables are when the run fails before its first query
+        whole.write(document.str());
+    return status;
+}
+
+/// Prints a text that is the same in every run.
+auto printed(void (*write)(std::ostream&)) {
+    return [write](std::ostream& output) {
+        write(output);
+        return inventory::completeInventory;
+    };
+}
+
+/// Ends the program where nothing catches an exception, such as one that leaves a plug-in while it is loaded.
+[[noreturn]] void endByException() {
+    inventory::statusLine::eraseAtOnce();
+    inventory::outputFile::removeTemporaryAtOnce();
+    inventory::scratchDirectory::removeAtOnce();
+    writeError(minihost::whatWasThrown());
+    std::_Exit(inventory::failedRun);
 }
 
 /// Makes signals and PATH what the run and its shell commands rely on, whatever the process inherited.
 void prepareProcess() {
     std::signal(SIGCHLD, SIG_DFL); // if ignored, the exit statuses of children are lost
     inventory::handleSignals();
+    std::set_terminate(endByException);
     const char* path = std::getenv("PATH");
     // modprobe and hwinfo are in directories that an ordinary user's PATH does not have.
     ::setenv("PATH", (std::string(path == nullptr ? "/usr/bin:/bin" : path) + ":/usr/sbin:/sbin").c_str(), 1);
@@ -84,17 +163,18 @@ int runCommandLine(int argc, char** argv) {
     switch (line.what) {
     case inventory::commandLine::outcome::help:
         std::cout << line.text << '\n';
-        return succeeded;
-    case inventory::commandLine::outcome::schema:
-        inventory::writeMofSchema(std::cout);
-        return succeeded;
+        return inventory::completeInventory;
+    case inventory::commandLine::outcome::mofSchema:
+        return printTo(line.options.outputFile, printed(inventory::writeMofSchema));
+    case inventory::commandLine::outcome::jsonSchema:
+        return printTo(line.options.outputFile, printed(inventory::writeJsonSchema));
     case inventory::commandLine::outcome::wrong:
         writeError(line.text + " (try --help)");
-        return wrongUsage;
+        return inventory::wrongUsage;
     case inventory::commandLine::outcome::run:
         break;
     }
-    return show(line.options);
+    return printTo(line.options.outputFile, [&](std::ostream& output) { return show(line.options, output); });
 }
 
 } // namespace
@@ -111,5 +191,5 @@ int main(int argc, char** argv) {
     } catch (...) {
         writeError(minihost::whatWasThrown());
     }
-    return failed;
+    return inventory::failedRun;
 }

@@ -1,19 +1,27 @@
 #include "inventory/mofoutput.h"
 
-#include "inventory/escape.h"
 #include "minihost/cimcontent.h"
 #include "minihost/typecheck.h"
+#include "text/escape.h"
 
 #include <cstddef>
 #include <map>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
 
 namespace inventory {
+
+using text::escaped;
+using text::mofQuoted;
 
 using minihost::cimType;
 using minihost::classDeclaration;
 using minihost::classKind;
 using minihost::memoryInstance;
 using minihost::propertyDeclaration;
+using NHALDEN20::TCIMReference;
 using NHALDEN20::TCIMValue;
 
 namespace {
@@ -25,7 +33,11 @@ constexpr const char* qualifierDeclarations =
     "Qualifier Abstract : boolean = false, Scope(class, association, indication), Flavor(EnableOverride, Restricted);\n"
     "Qualifier Association : boolean = false, Scope(association), Flavor(DisableOverride);\n"
     "Qualifier Description : string = null, Scope(any), Flavor(Translatable);\n"
-    "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);\n";
+    "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);\n"
+    "Qualifier ValueMap : string[], Scope(property, method, parameter);\n"
+    "Qualifier Values : string[], Scope(property, method, parameter), Flavor(Translatable);\n"
+    "Qualifier Version : string = null, Scope(class, association, indication), "
+    "Flavor(EnableOverride, Restricted, Translatable);\n";
 
 /// The qualifier with a description. A long text becomes several string literals, one to a line, which a CIM compiler
 /// joins. No word is longer than a line.
@@ -61,6 +73,16 @@ std::string declarationOf(const propertyDeclaration& property) {
     return std::string(property.referenced) + " REF " + name;
 }
 
+/// The qualifiers that say which values a property has and what each means; "" for any value.
+std::string valuesOf(const propertyDeclaration& property) {
+    std::string values, meanings;
+    for (const auto& [value, meaning] : property.values) {
+        values += (values.empty() ? "" : ", ") + mofQuoted(value);
+        meanings += (meanings.empty() ? "" : ", ") + mofQuoted(meaning);
+    }
+    return values.empty() ? "" : "ValueMap{" + values + "}, Values{" + meanings + "}, ";
+}
+
 /// The qualifier that comes before all others.
 const char* qualifierOf(classKind kind) {
     switch (kind) {
@@ -75,17 +97,14 @@ const char* qualifierOf(classKind kind) {
 }
 
 void writeClass(const classDeclaration& declaration, std::ostream& output) {
-    output << "\n[" << qualifierOf(declaration.kind) << descriptionOf(declaration.description, "") << "]\n"
+    output << "\n[" << qualifierOf(declaration.kind) << "Version(" << mofQuoted(minihost::classVersion) << "), "
+           << descriptionOf(declaration.description, "") << "]\n"
            << "class " << declaration.name << (declaration.base.empty() ? "" : " : ") << declaration.base << "\n{\n";
     for (const auto& property : declaration.properties)
-        output << "    [" << (property.isKey ? "Key, " : "") << descriptionOf(property.description, "    ") << "]\n"
+        output << "    [" << (property.isKey ? "Key, " : "") << valuesOf(property)
+               << descriptionOf(property.description, "    ") << "]\n"
                << "    " << declarationOf(property) << ";\n";
     output << "};\n";
-}
-
-std::string valueToMof(const TCIMValue& value) {
-    const std::string text = minihost::valueText(value, mofQuoted);
-    return value.Content().isArray() ? '{' + text + '}' : text;
 }
 
 /// Why a CIM compiler would refuse the instance; "" when it would take it.
@@ -99,37 +118,67 @@ std::string refusal(const memoryInstance& instance) {
     return "";
 }
 
-void writeInstance(const memoryInstance& instance, std::ostream& output) {
-    const classDeclaration& declaration = instance.declaration();
-    const std::string refused = refusal(instance);
-    if (!refused.empty()) {
-        output << "\n// An instance of " << declaration.name << " is left out: " << refused << '\n';
-        return;
-    }
-    output << "\ninstance of " << declaration.name << "\n{\n";
-    for (const auto& [name, value] : instance.properties()) {
-        const std::string wrong = mismatch(declaration, name, value);
-        if (!wrong.empty())
-            output << "    // Left out: " << escaped(wrong) << '\n';
-        else if (!value.Content().isEmpty())
-            output << "    " << name << " = " << valueToMof(value) << ";\n";
-    }
-    output << "};\n";
-}
+/// Writes instances one after the other, each with an alias that the references of later ones use. A CIM server takes
+/// an alias for an instance of its own; an object path in a text lacks the namespace to look in.
+class instanceWriter {
+public:
+    explicit instanceWriter(std::ostream& output) : output_(output) {}
 
-/// The latest instance of each object path, at the place of the path's first one: an association still comes after the
-/// instances that it names.
-std::vector<const memoryInstance*> latestOfEachPath(const runResult& result) {
-    std::vector<const memoryInstance*> latest;
+    void write(const std::string& path, const memoryInstance& instance) {
+        const classDeclaration& declaration = instance.declaration();
+        const std::string refused = refusal(instance);
+        if (!refused.empty()) {
+            output_ << "\n// An instance of " << declaration.name << " is left out: " << refused << '\n';
+            return;
+        }
+        const std::string alias = newAlias(declaration.name);
+        output_ << "\ninstance of " << declaration.name << " as " << alias << "\n{\n";
+        for (const auto& [name, value] : instance.properties()) {
+            const std::string wrong = mismatch(declaration, name, value);
+            if (!wrong.empty())
+                output_ << "    // Left out: " << escaped(wrong) << '\n';
+            else if (!value.Content().isEmpty())
+                output_ << "    " << name << " = " << valueToMof(value) << ";\n";
+        }
+        output_ << "};\n";
+        aliases_.emplace(path, alias);
+    }
+
+private:
+    /// The class name without its schema, and a number: $SCSIDevice1 for the first KORVA_SCSIDevice.
+    std::string newAlias(std::string_view className) {
+        const std::string_view name = className.substr(className.find('_') + 1);
+        return '$' + std::string(name) + std::to_string(++counts_[className]);
+    }
+
+    std::string valueToMof(const TCIMValue& value) const {
+        if (const auto* reference = std::get_if<TCIMReference>(&value.Content().value)) {
+            const auto named = aliases_.find(minihost::objectPath(*reference));
+            if (named != aliases_.end())
+                return named->second;
+        }
+        const std::string text = minihost::valueText(value, mofQuoted);
+        return value.Content().isArray() ? '{' + text + '}' : text;
+    }
+
+    std::ostream& output_;
+    std::map<std::string, std::string> aliases_;  ///< of the instances written so far, by object path
+    std::map<std::string_view, unsigned> counts_; ///< how many instances of each class have one
+};
+
+/// Each object path with its latest instance, at the place of the path's first one: an association still comes after
+/// the instances that it names.
+std::vector<std::pair<std::string, const memoryInstance*>> latestOfEachPath(const runResult& result) {
+    std::vector<std::pair<std::string, const memoryInstance*>> latest;
     std::map<std::string, std::size_t> places;
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
             const std::string path = minihost::objectPath(instance->GetReference({}));
             const auto [place, isNew] = places.emplace(path, latest.size());
             if (isNew)
-                latest.push_back(instance.get());
+                latest.emplace_back(path, instance.get());
             else
-                latest[place->second] = instance.get();
+                latest[place->second].second = instance.get();
         }
     }
     return latest;
@@ -145,10 +194,11 @@ void writeMofSchema(std::ostream& output) {
 
 void writeMof(const runResult& result, std::ostream& output) {
     writeMofSchema(output);
-    for (const memoryInstance* instance : latestOfEachPath(result))
-        writeInstance(*instance, output);
-    if (result.failed())
-        output << "\n// The last query failed: " << escaped(*result.queries.back().error) << '\n';
+    instanceWriter writer(output);
+    for (const auto& [path, instance] : latestOfEachPath(result))
+        writer.write(path, *instance);
+    if (result.error)
+        output << "\n// The run failed: " << escaped(*result.error) << '\n';
 }
 
 } // namespace inventory

@@ -1,14 +1,13 @@
 #include "inventory/options.h"
 
-#include "inventory/nearest.h"
-#include "minihost/classtable.h"
+#include "inventory/classnames.h"
+#include "inventory/usage.h"
 
 #include <CLI/CLI.hpp>
 
 #include <charconv>
 #include <filesystem>
 #include <map>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -16,17 +15,10 @@ namespace inventory {
 
 namespace {
 
-const std::map<std::string, outputFormat> formats{
-    {"table", outputFormat::table}, {"json", outputFormat::json}, {"mof", outputFormat::mof}};
-
-struct usageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
-    const std::string nearest = nearestWord(word, known);
-    return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
-}
+const std::map<std::string, outputFormat> formats{{"table", outputFormat::table},
+                                                  {"json", outputFormat::json},
+                                                  {"mof", outputFormat::mof},
+                                                  {"prometheus", outputFormat::prometheus}};
 
 template <typename Range, typename Name>
 std::vector<std::string> namesOf(const Range& range, Name name) {
@@ -36,40 +28,7 @@ std::vector<std::string> namesOf(const Range& range, Name name) {
     return names;
 }
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const auto& word : words)
-        text += (text.empty() ? "" : ", ") + word;
-    return text;
-}
-
-std::vector<std::string> parseQuery(const std::string& query) {
-    std::vector<std::string> classes;
-    std::istringstream names(query + ',');
-    for (std::string name; std::getline(names, name, ',');) {
-        if (name.empty())
-            throw usageError("an empty class name in the query '" + query + "'");
-        if (minihost::findClass(name) == nullptr) {
-            const auto known = namesOf(minihost::classTable(), [](const auto& candidate) { return candidate.name; });
-            throw usageError("unknown class '" + name + "'" + didYouMean(name, known) + "; the classes are " +
-                             joined(known));
-        }
-        classes.push_back(name);
-    }
-    return classes;
-}
-
-/// One query for each class that can have instances.
-std::vector<std::string> defaultQueries() {
-    std::vector<std::string> queries;
-    for (const auto& declaration : minihost::classTable()) {
-        if (declaration.kind != minihost::classKind::abstract)
-            queries.emplace_back(declaration.name);
-    }
-    return queries;
-}
-
-void addVirtualDevice(const std::string& text, options& options) {
+void addVirtualDevice(const std::string& text, runOptions& options) {
     if (text.size() < 2 || (text[0] != '0' && text[0] != '1') || text[1] != '=')
         throw usageError("--virtual-device: expected 0=TEXT or 1=TEXT, found '" + text + "'");
     options.virtualDevices[text[0] - '0'].push_back(text.substr(2));
@@ -84,15 +43,15 @@ int parseLogLevel(const std::string& text) {
     return level;
 }
 
-/// The file that an option names, as an absolute path; "" where the option was not given.
+/// The file that an option names; "" where the option was not given.
 std::string fileOf(const CLI::App& app, const char* option) {
     const CLI::Option* const given = app.get_option(option);
     if (given->count() == 0)
         return "";
-    const auto path = given->as<std::string>();
+    auto path = given->as<std::string>();
     if (path.empty())
         throw usageError(std::string(option) + ": a file name is missing");
-    return std::filesystem::absolute(path).string();
+    return path;
 }
 
 /// The path of a file that belongs to this program: in a build beside the program, once installed in the program's
@@ -114,17 +73,23 @@ struct rawOptions {
     std::string format = "table";
     std::string logLevel = "1";
     std::string file; // CLI11 wants a variable for an option: all file names share it, and fileOf() asks the option
-    bool schema = false;
+    std::string schema;
 };
 
-void describe(CLI::App& app, options& options, rawOptions& raw) {
-    app.set_version_flag("--version", "scsidev-inventory " SCSIDEV_VERSION, "Print the version");
-    app.set_help_flag("--help", "Print this help");
+void describe(CLI::App& app, runOptions& options, rawOptions& raw) {
+    app.option_defaults()->take_last(); // and checkCounts() refuses what was given more than once
+    app.set_version_flag("-V,--version", "scsidev-inventory " SCSIDEV_VERSION, "Print the version");
+    app.set_help_flag("-h,--help", "Print this help");
     app.add_option("QUERY", raw.queries,
-                   "Class names with commas between them: one query for these\n"
-                   "classes in this order. Default: one query for each class,\n"
-                   "devices first, then their firmware");
-    app.add_option("--format", raw.format, "table, json or mof (default: table)")->type_name("FORMAT");
+                   "Class names with commas between them, in any case: one query\n"
+                   "for these classes in this order. Default: one query for each\n"
+                   "class, devices first, then their firmware");
+    app.add_option("--format", raw.format,
+                   "table, json, mof or prometheus (default: table); a table\n"
+                   "leaves out the /dev/ before nodes and becomes narrower, but\n"
+                   "is never cut")
+        ->type_name("FORMAT");
+    app.add_option("--output", raw.file, "Write the whole document into this file, or nothing")->type_name("FILE");
     app.add_flag("--all-properties", options.allProperties, "Below each table, list every property of each instance");
     app.add_option("--log-level", raw.logLevel,
                    "Print log messages up to this level on standard error:\n"
@@ -140,14 +105,22 @@ void describe(CLI::App& app, options& options, rawOptions& raw) {
                    "Record this machine's answers into a machine file, for a\n"
                    "bug report; serial numbers are part of it")
         ->type_name("FILE");
+    app.add_flag("--anonymize", options.anonymize,
+                 "Let --record replace serial numbers, the host name and the\n"
+                 "names of virtual devices by others like them");
     app.add_flag("--force", options.force, "Let --record replace the file");
     app.add_flag("--ask-again", options.askAgain,
                  "Ask the devices anew for every query; otherwise later\n"
                  "queries get the answers that the first one got");
     app.add_option("--plugin", raw.file, "Load this plug-in instead of libscsidev.pi.so")->type_name("FILE");
-    app.add_flag("--schema", raw.schema, "Print the class declarations as MOF, and nothing else");
-    app.footer("\nExamples:\n"
-               "  scsidev-inventory KORVA_SCSIDevice,KORVA_SCSITapeDrive\n"
+    app.add_option("--schema", raw.schema,
+                   "Print the class declarations (mof, the default) or the\n"
+                   "schema of JSON documents (json), and nothing else")
+        ->type_name("[FORMAT]")
+        ->expected(0, 1);
+    app.footer("Short names of classes:\n" + shortNameLines() +
+               "\nExamples:\n"
+               "  scsidev-inventory scsi,tape\n"
                "  scsidev-inventory --machine machines/rack-server.json --format json");
 }
 
@@ -158,7 +131,27 @@ std::string unknownOption(const CLI::App& app) {
     return "unknown option '" + word + "'" + didYouMean(word.substr(0, word.find('=')), known);
 }
 
-void check(const CLI::App& app, const rawOptions& raw, options& options) {
+void checkCounts(const CLI::App& app) {
+    for (const CLI::Option* const option : app.get_options()) {
+        if (option->count() > 1 && option->get_expected_max() <= 1)
+            throw usageError(option->get_name() + ": given more than once");
+    }
+}
+
+commandLine::outcome parseSchema(const CLI::App& app, const rawOptions& raw) {
+    if (app.count("--schema") == 0)
+        return commandLine::outcome::run;
+    if (!raw.queries.empty())
+        throw usageError("--schema: takes no QUERY, found '" + raw.queries.front() + "'");
+    if (raw.schema == "json")
+        return commandLine::outcome::jsonSchema;
+    if (!raw.schema.empty() && raw.schema != "mof")
+        throw usageError("--schema: expected one of json, mof, found '" + raw.schema + "'" +
+                         didYouMean(raw.schema, {"json", "mof"}));
+    return commandLine::outcome::mofSchema;
+}
+
+void check(const CLI::App& app, const rawOptions& raw, runOptions& options) {
     const auto format = formats.find(raw.format);
     if (format == formats.end()) {
         const auto known = namesOf(formats, [](const auto& candidate) { return candidate.first; });
@@ -167,24 +160,39 @@ void check(const CLI::App& app, const rawOptions& raw, options& options) {
     }
     options.format = format->second;
     if (options.allProperties && options.format != outputFormat::table)
-        throw usageError("--all-properties: goes with tables, " + raw.format + " has every property anyway");
+        throw usageError("--all-properties goes with tables only");
     options.logLevel = parseLogLevel(raw.logLevel);
-    if (raw.schema && !raw.queries.empty())
-        throw usageError("--schema: takes no QUERY, found '" + raw.queries.front() + "'");
-    for (const auto& query : raw.queries.empty() ? defaultQueries() : raw.queries)
+    for (const auto& query : raw.queries)
         options.queries.push_back(parseQuery(query));
+    if (raw.queries.empty())
+        options.queries = defaultQueries();
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
     options.machineFile = fileOf(app, "--machine");
     options.recordFile = fileOf(app, "--record");
+    if (options.anonymize && options.recordFile.empty())
+        throw usageError("--anonymize goes with --record only");
     if (options.force && options.recordFile.empty())
         throw usageError("--force goes with --record only");
     options.plugin = fileOf(app, "--plugin");
     if (options.plugin.empty())
         options.plugin = installedFile("libscsidev.pi.so");
+    options.pluginPath = std::filesystem::absolute(options.plugin).string();
+    options.outputFile = fileOf(app, "--output");
+    if (!options.outputFile.empty() && options.outputFile == options.recordFile)
+        throw usageError("--output: names the file of --record");
 }
 
 } // namespace
+
+std::string exampleMachineFile() {
+    namespace fs = std::filesystem;
+    const std::string name = "machines/rack-server.json";
+    std::error_code ignored;
+    const fs::path program = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    const fs::path installed = (program / SCSIDEV_DATA_DIRECTORY / name).lexically_normal();
+    return fs::exists(installed, ignored) ? installed.string() : name;
+}
 
 commandLine readCommandLine(int argc, const char* const* argv) {
     commandLine result;
@@ -194,9 +202,9 @@ commandLine readCommandLine(int argc, const char* const* argv) {
     describe(app, result.options, raw);
     try {
         app.parse(argc, argv);
+        checkCounts(app);
+        result.what = parseSchema(app, raw);
         check(app, raw, result.options);
-        if (raw.schema)
-            result.what = commandLine::outcome::schema;
     } catch (const CLI::CallForHelp&) {
         result.what = commandLine::outcome::help;
         result.text = app.help();

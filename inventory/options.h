@@ -5,10 +5,10 @@
 
 namespace inventory {
 
-enum class outputFormat { table, json, mof };
+enum class outputFormat { table, json, mof, prometheus };
 
-/// What the command line asks for. File names are absolute: a run has a working directory of its own.
-struct options {
+/// What the command line asks for. File names are as typed.
+struct runOptions {
     std::vector<std::vector<std::string>> queries; ///< class names, one list a query
     outputFormat format = outputFormat::table;
     bool allProperties = false; ///< of each instance, in a table
@@ -16,19 +16,26 @@ struct options {
     std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
     std::string machineFile;                    ///< empty: this machine
     std::string plugin;
+    std::string pluginPath; ///< the same, absolute: it is loaded from the run's own working directory
+    std::string outputFile; ///< empty: standard output
     std::string recordFile; ///< empty: nothing is recorded
+    bool anonymize = false; ///< what is recorded
     bool force = false;     ///< the file to record into may be replaced
     bool askAgain = false;  ///< the devices, for every query
 };
 
-/// What a command line comes to: a run with options, the class declarations, or a text to print.
+/// What a command line comes to: a run with options, the class declarations as MOF, the schema of JSON documents, or a
+/// text to print.
 struct commandLine {
-    enum class outcome { run, schema, help, wrong };
+    enum class outcome { run, mofSchema, jsonSchema, help, wrong };
 
     outcome what = outcome::run;
-    inventory::options options;
+    runOptions options;
     std::string text; ///< help or version for standard output, or what is wrong, without line end
 };
+
+/// A machine file to try: where one is installed, or else where it is in the repository.
+std::string exampleMachineFile();
 
 /// Reads a command line. Throws std::system_error when the working directory or the program's own path is unknown.
 commandLine readCommandLine(int argc, const char* const* argv);

@@ -1,13 +1,19 @@
 #include "inventory/remarks.h"
 
+#include "inventory/firmwareremarks.h"
+
 #include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <sstream>
 
 namespace inventory {
 
 namespace {
+
+using texts = std::vector<std::string>;
 
 bool isOnPath(const std::string& command) {
     const char* path = std::getenv("PATH");
@@ -19,31 +25,104 @@ bool isOnPath(const std::string& command) {
     return false;
 }
 
-} // namespace
-
-void remarks::sawMessage(int level, const std::string& text) {
-    driverMissing_ = driverMissing_ || (level == 0 && text == "sg module is not loaded correctly");
+/// The first texts with commas between them, and how many more there are.
+std::string shortList(const texts& list) {
+    constexpr std::size_t most = 5;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(most, list.size()); ++i)
+        text += (i == 0 ? "" : ", ") + list[i];
+    return text + (list.size() > most ? " and " + std::to_string(list.size() - most) + " more" : "");
 }
 
-void remarks::write(const runResult& result, const askedMachine& machine, std::ostream& output) const {
-    const simulator::nodeCount nodes = machine.nodes();
-    const bool root = ::geteuid() == 0;
-    const bool found = result.instanceCount() > 0;
-    if (nodes.refused > 0)
-        output << (root ? "" : "not running as root: ") << nodes.refused << " of " << nodes.present
-               << " device nodes could not be opened" << (root ? "" : "; try sudo") << '\n';
-    if (driverMissing_)
-        output << (root ? "" : "not running as root: ")
-               << "the sg driver could not be loaded, SCSI devices are not shown" << (root ? "" : "; try sudo") << '\n';
-    if (found && !machine.isSimulated() && !isOnPath("hwinfo"))
-        output << "hwinfo is not installed: virtual USB media cannot be told apart\n";
-    if (!found && nodes.refused == 0 && !result.failed())
-        output << "no devices found on "
-               << (machine.isSimulated() ? "the simulated machine"
-                                         : "this machine; to see a simulated one: --machine machines/rack-server.json")
-               << '\n';
-    if (machine.secondsSkipped() > 0)
-        output << "simulated machine: " << machine.secondsSkipped() << " s of sleeping skipped\n";
+/// "2 of 3 device nodes", what happened to them, and which they are.
+std::string nodesText(const std::vector<nodeFailure>& nodes, const coverage& seen, const std::string& what) {
+    texts names;
+    for (const auto& node : nodes)
+        names.push_back(node.path + (node.why.empty() ? "" : " (" + node.why + ')'));
+    return std::to_string(nodes.size()) + " of " + std::to_string(seen.nodesPresent) + ' ' + what + ": " +
+           shortList(names);
+}
+
+/// A remark on what only root may do.
+std::string forRoot(const std::string& remark) {
+    return ::geteuid() == 0 ? remark : "not running as root: " + remark + "; try sudo";
+}
+
+void remarkOnRefusals(const coverage& seen, texts& remarks) {
+    std::vector<nodeFailure> forbidden, failing;
+    for (const auto& node : seen.refused)
+        (node.why == "EACCES" || node.why == "EPERM" ? forbidden : failing).push_back(node);
+    const char* const what = "device nodes could not be opened";
+    if (!forbidden.empty())
+        remarks.push_back(forRoot(nodesText(forbidden, seen, what)));
+    if (!failing.empty())
+        remarks.push_back(nodesText(failing, seen, what));
+}
+
+void remarkOnDriver(const runResult& result, texts& remarks) {
+    const std::string consequence = "the sg driver could not be loaded, SCSI devices are not shown";
+    if (result.seen.driverStatus == 0)
+        return;
+    const bool noTool = !result.simulated && !isOnPath("modprobe");
+    remarks.push_back(noTool ? "modprobe is not on the path: " + consequence : forRoot(consequence));
+}
+
+void remarkOnUnseen(const coverage& seen, texts& remarks) {
+    if (!seen.silent.empty())
+        remarks.push_back(nodesText(seen.silent, seen,
+                                    seen.silent.size() == 1 ? "nodes opened but did not identify itself"
+                                                            : "nodes opened but did not identify themselves"));
+    if (!seen.beyond.empty())
+        remarks.push_back("sg nodes beyond /dev/sg31, the last that is looked at, are not shown: " +
+                          shortList(seen.beyond));
+    remarks.insert(remarks.end(), seen.unread.begin(), seen.unread.end());
+}
+
+/// An ATA disk's own words are asked for at the /dev/sd node whose letter is the sg node's number, which can be another
+/// disk's.
+void remarkOnForeignWords(const runResult& result, texts& remarks) {
+    texts disks;
+    for (const auto& [node, askedAt] : result.seen.askedElsewhere) {
+        const auto known = result.kernelNames.find(node);
+        if (known == result.kernelNames.end() || known->second.names.empty())
+            continue;
+        const texts& names = known->second.names;
+        const std::string asked = askedAt.substr(askedAt.rfind('/') + 1);
+        if (std::find(names.begin(), names.end(), asked) != names.end())
+            continue;
+        std::string disk = node;
+        disks.push_back(disk.append(" is ").append(names.front()).append(", but was asked at ").append(askedAt));
+    }
+    if (!disks.empty())
+        remarks.push_back("the words of ATA disks come from other disks: " + shortList(disks));
+}
+
+/// Was the machine looked at, and has none?
+bool hasNoDevices(const runResult& result) {
+    const coverage& seen = result.seen;
+    return seen.walked && seen.driverStatus == 0 && seen.nodesPresent == 0 && result.instanceCount() == 0 &&
+           !result.error;
+}
+
+} // namespace
+
+texts remarksOn(const runResult& result, const std::string& exampleMachine) {
+    texts remarks;
+    remarkOnRefusals(result.seen, remarks);
+    remarkOnDriver(result, remarks);
+    remarkOnUnseen(result.seen, remarks);
+    remarkOnForeignWords(result, remarks);
+    if (result.instanceCount() > 0 && !result.simulated && !isOnPath("hwinfo"))
+        remarks.emplace_back("hwinfo is not on the path: virtual USB media cannot be told apart");
+    if (hasNoDevices(result))
+        remarks.push_back(result.simulated ? "no devices found on the simulated machine"
+                                           : "no devices found on this machine; to see a simulated one: --machine " +
+                                                 exampleMachine);
+    for (const auto& remark : firmwareRemarks(result))
+        remarks.push_back(remark);
+    if (result.secondsSkipped > 0)
+        remarks.push_back("simulated machine: " + std::to_string(result.secondsSkipped) + " s of sleeping skipped");
+    return remarks;
 }
 
 } // namespace inventory

@@ -1,24 +1,15 @@
 #pragma once
 
-#include "inventory/askedmachine.h"
-#include "inventory/run.h"
+#include "inventory/result.h"
 
-#include <ostream>
 #include <string>
+#include <vector>
 
 namespace inventory {
 
-/// Remarks, each made once, on why the output may show less than there is: nodes that could not be opened, a driver
-/// that is not loaded, a missing tool, no devices at all. One more says that a simulated machine did not wait.
-class remarks {
-public:
-    /// Takes note of a message of the plug-in.
-    void sawMessage(int level, const std::string& text);
-
-    void write(const runResult& result, const askedMachine& machine, std::ostream& output) const;
-
-private:
-    bool driverMissing_ = false;
-};
+/// Remarks, one for each cause, on why the output of a run shows less than there is, or other things than one might
+/// take it for, and what can be done about it. Each is a line of text that is not escaped yet. `exampleMachine` is the
+/// machine file to hint at where this machine has no devices.
+std::vector<std::string> remarksOn(const runResult& result, const std::string& exampleMachine);
 
 } // namespace inventory

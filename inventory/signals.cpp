@@ -1,5 +1,6 @@
 #include "inventory/signals.h"
 
+#include "inventory/outputfile.h"
 #include "inventory/scratchdirectory.h"
 #include "inventory/statusline.h"
 #include "minihost/childprocess.h"
@@ -20,6 +21,7 @@ constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
 extern "C" void endTidily(int signal) {
     statusLine::eraseAtOnce();
     minihost::endChildAtOnce();
+    outputFile::removeTemporaryAtOnce();
     scratchDirectory::removeAtOnce();
     if (signal == SIGXCPU) {
         constexpr char message[] = "scsidev-inventory: the CPU time that a limit gives it is used up\n";

@@ -1,7 +1,7 @@
 #include "inventory/statusline.h"
 
-#include "inventory/escape.h"
 #include "minihost/heldsignals.h"
+#include "text/escape.h"
 
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
@@ -14,6 +14,8 @@
 
 namespace inventory {
 
+using text::escaped;
+
 namespace {
 
 constexpr char eraseLine[] = "\r\x1b[K";
@@ -25,7 +27,7 @@ std::size_t terminalWidth(int fd) {
     winsize size{};
     // Straight to the kernel: the interposed ioctl looks into the simulated machine, which the main thread may be
     // changing while the status line's thread is here.
-    return ::syscall(SYS_ioctl, fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+    return ::syscall(SYS_ioctl, fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualWidth;
 }
 
 statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {

@@ -8,7 +8,9 @@
 
 namespace inventory {
 
-/// The width, in characters, of the terminal behind `fd`; 80 where there is none.
+constexpr std::size_t usualWidth = 80; ///< in characters, of what is no terminal
+
+/// The width, in characters, of the terminal behind `fd`; the usual one where there is none.
 std::size_t terminalWidth(int fd);
 
 /// One line at the bottom of the terminal that shows the newest step and the seconds spent, while it lives.

@@ -2,8 +2,9 @@
 
 #include "device/peripheraltypes.h"
 #include "inventory/columns.h"
-#include "inventory/escape.h"
+#include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
+#include "text/escape.h"
 
 #include <algorithm>
 #include <functional>
@@ -12,19 +13,23 @@
 #include <set>
 #include <string_view>
 #include <utility>
-#include <variant>
 
 namespace inventory {
+
+using text::escaped;
 
 using minihost::memoryInstance;
 
 namespace {
 
-/// The devices of a run by their DeviceID: the node is the device.
-using deviceMap = std::map<std::string, const memoryInstance*>;
+/// What a cell can need to know beside its own instance.
+struct knownDevices {
+    std::map<std::string, const memoryInstance*> byId; ///< by their DeviceID: the node is the device
+    const kernelNameMap& kernelNames;
+};
 
 /// Makes the text of a column for an instance.
-using cellText = std::function<std::string(const memoryInstance&, const deviceMap&)>;
+using cellText = std::function<std::string(const memoryInstance&, const knownDevices&)>;
 
 struct column {
     std::string heading;
@@ -37,43 +42,44 @@ struct section {
     std::vector<column> columns;
 };
 
-/// The text without its outer blanks, with which devices pad it.
-std::string withoutPadding(std::string text) {
-    text.erase(text.find_last_not_of(' ') + 1);
-    text.erase(0, text.find_first_not_of(' '));
-    return text;
-}
-
-std::string propertyOf(const memoryInstance& instance, std::string_view name) {
-    const auto* value = instance.find(name);
-    return value == nullptr ? "" : withoutPadding(minihost::valueText(*value));
-}
-
 cellText property(std::string_view name) {
-    return [name](const memoryInstance& instance, const deviceMap& /*devices*/) {
+    return [name](const memoryInstance& instance, const knownDevices& /*devices*/) {
         return propertyOf(instance, name);
     };
 }
 
+/// The text without the /dev/ that device nodes begin with: people tell them apart by the rest.
+std::string withoutDirectory(std::string path) {
+    constexpr std::string_view directory = "/dev/";
+    if (path.size() > directory.size() && path.compare(0, directory.size(), directory) == 0)
+        path.erase(0, directory.size());
+    return path;
+}
+
+cellText node(std::string_view name) {
+    return [name](const memoryInstance& instance, const knownDevices& /*devices*/) {
+        return withoutDirectory(propertyOf(instance, name));
+    };
+}
+
+/// What the kernel calls the device that it also offers as an sg node.
+std::string kernelName(const memoryInstance& device, const knownDevices& devices) {
+    return kernelNameText(devices.kernelNames, device);
+}
+
 /// lsscsi's word for a peripheral device type, or the type's own name if it is not in the table.
-std::string shortTypeName(const memoryInstance& device, const deviceMap& /*devices*/) {
+std::string shortTypeName(const memoryInstance& device, const knownDevices& /*devices*/) {
     const std::string name = propertyOf(device, "DeviceType");
     const auto* const type = std::find_if(std::begin(peripheralTypes), std::end(peripheralTypes),
                                           [&name](const peripheralType& known) { return known.name == name; });
     return type == std::end(peripheralTypes) ? name : type->shortName;
 }
 
-/// HOST:CHANNEL:TARGET:LUN; "" where the kernel did not tell the address, so that the node identifies the device.
-std::string address(const memoryInstance& device, const deviceMap& /*devices*/) {
-    if (propertyOf(device, "OtherIdentifyingInfo").rfind("Port:", 0) != 0)
-        return "";
-    return propertyOf(device, "HostAdapterID") + ':' + propertyOf(device, "Bus") + ':' +
-           propertyOf(device, "TargetID") + ':' + propertyOf(device, "Lun");
-}
+std::string address(const memoryInstance& device, const knownDevices& /*devices*/) { return addressOf(device); }
 
 /// The words for those of the 16-bit properties that are not 0.
 cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfProperty) {
-    return [wordOfProperty](const memoryInstance& drive, const deviceMap& /*devices*/) {
+    return [wordOfProperty](const memoryInstance& drive, const knownDevices& /*devices*/) {
         std::string words;
         for (const auto& [name, word] : wordOfProperty) {
             if (propertyOf(drive, name) != "0")
@@ -83,45 +89,40 @@ cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfPro
     };
 }
 
-const NHALDEN20::TCIMReference* referenceAt(const memoryInstance& association, std::string_view name) {
-    const auto* value = association.find(name);
-    return value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
-}
-
-/// The key `name` of the instance at the end `endName` of an association.
-std::string keyAt(const memoryInstance& association, std::string_view endName, const char* name) {
-    const auto* reference = referenceAt(association, endName);
-    if (reference == nullptr)
-        return "";
-    const auto& keys = *reference->Content().keys;
-    const auto found = keys.find(name);
-    return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
+std::string deviceNode(const memoryInstance& association, const knownDevices& /*devices*/) {
+    return withoutDirectory(keyAt(association, "Dependent", "DeviceID"));
 }
 
 cellText keyOf(std::string_view endName, const char* name) {
-    return [endName, name](const memoryInstance& association, const deviceMap& /*devices*/) {
+    return [endName, name](const memoryInstance& association, const knownDevices& /*devices*/) {
         return keyAt(association, endName, name);
     };
 }
 
-std::string deviceName(const memoryInstance& association, const deviceMap& devices) {
-    const auto found = devices.find(keyAt(association, "Dependent", "DeviceID"));
-    return found == devices.end() ? "" : propertyOf(*found->second, "ElementName");
+std::string deviceName(const memoryInstance& association, const knownDevices& devices) {
+    const auto found = devices.byId.find(keyAt(association, "Dependent", "DeviceID"));
+    return found == devices.byId.end() ? "" : propertyOf(*found->second, "ElementName");
 }
 
 const std::map<std::string_view, section>& sections() {
-    static const std::vector<column> deviceColumns{
-        {"Node", property("Name")},    {"Vendor", property("VendorID")},  {"Product", property("ProductID")},
-        {"Rev", property("Revision")}, {"Serial", property("serialNum")}, {"Type", shortTypeName},
-        {"H:C:T:L", address}};
+    static const std::vector<column> deviceColumns{{"Node", node("Name")},           {"Kernel", kernelName},
+                                                   {"Vendor", property("VendorID")}, {"Product", property("ProductID")},
+                                                   {"Rev", property("Revision")},    {"Serial", property("serialNum")},
+                                                   {"Type", shortTypeName},          {"H:C:T:L", address}};
+    // The name of an IDE node is the kernel's own.
+    static const std::vector<column> ideColumns = [] {
+        auto columns = deviceColumns;
+        columns.erase(columns.begin() + 1);
+        return columns;
+    }();
     static const std::map<std::string_view, section> table{
         {"KORVA_SysBusDevice", {"Bus devices", deviceColumns}},
         {"KORVA_SCSIDevice", {"SCSI devices", deviceColumns}},
         {"KORVA_SCSITapeDrive", {"SCSI tape drives", deviceColumns}},
-        {"KORVA_ATADevice", {"ATA devices", deviceColumns}},
+        {"KORVA_ATADevice", {"ATA devices", ideColumns}},
         {"KORVA_CDVDDevice",
          {"Optical drives",
-          {{"Drive", property("DeviceID")},
+          {{"Drive", node("DeviceID")},
            {"Reads", abilityWords({{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}})},
            {"Writes",
             abilityWords(
@@ -134,7 +135,7 @@ const std::map<std::string_view, section>& sections() {
            {"Version", property("Version")}}}},
         {"KORVA_SysBusDeviceFirmware",
          {"Firmware of devices",
-          {{"Device", keyOf("Dependent", "DeviceID")},
+          {{"Device", deviceNode},
            {"Name", deviceName},
            {"Firmware", keyOf("Antecedent", "Version")},
            {"Device identity", keyOf("Antecedent", "SoftwareElementId")}}}},
@@ -168,7 +169,7 @@ void writeProperties(const memoryInstance& instance, std::ostream& output) {
 using instanceList = std::vector<const memoryInstance*>;
 
 /// Writes a row for each instance and, if the style wants them, the properties of each below the table.
-void writeRows(const instanceList& instances, const std::vector<column>& shown, const deviceMap& devices,
+void writeRows(const instanceList& instances, const std::vector<column>& shown, const knownDevices& devices,
                const tableStyle& style, std::ostream& output) {
     std::vector<std::string> headings;
     for (const auto& each : shown)
@@ -190,7 +191,7 @@ void writeRows(const instanceList& instances, const std::vector<column>& shown, 
     }
 }
 
-void writeSection(const std::string& className, const queryResult& query, const deviceMap& devices,
+void writeSection(const std::string& className, const queryResult& query, const knownDevices& devices,
                   const tableStyle& style, std::ostream& output) {
     instanceList instances;
     for (const auto& instance : query.instances) {
@@ -211,12 +212,12 @@ void writeSection(const std::string& className, const queryResult& query, const 
 } // namespace
 
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output) {
-    deviceMap devices;
+    knownDevices devices{{}, result.kernelNames};
     bool first = true;
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
             if (isKindOf(instance->declaration(), "KORVA_SysBusDevice"))
-                devices[propertyOf(*instance, "DeviceID")] = instance.get();
+                devices.byId[propertyOf(*instance, "DeviceID")] = instance.get();
         }
         std::set<std::string> shown;
         for (const auto& className : query.classes) {

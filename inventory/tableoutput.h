@@ -1,6 +1,6 @@
 #pragma once
 
-#include "inventory/run.h"
+#include "inventory/result.h"
 
 #include <cstddef>
 #include <ostream>

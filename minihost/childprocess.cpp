@@ -13,7 +13,9 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstring>
 #include <memory>
+#include <utility>
 
 namespace minihost {
 
@@ -44,7 +46,7 @@ std::atomic<pid_t> running{0};
 static_assert(std::atomic<pid_t>::is_always_lock_free);
 
 /// Starts a child by `spawn`, which gets the attributes and is 0 when that worked, in a process group of its own. A
-/// signal finds the child running or never started. -1: it cannot be started.
+/// signal finds the child running or never started. -1: it cannot be started, and errno says why.
 template <typename Spawn>
 pid_t startGroup(Spawn spawn) {
     const heldSignals held;
@@ -59,6 +61,7 @@ pid_t startGroup(Spawn spawn) {
     pid_t child = -1;
     const int failed = spawn(&child, &attributes);
     posix_spawnattr_destroy(&attributes);
+    errno = failed;
     if (failed != 0)
         return -1;
     running = child;
@@ -83,7 +86,7 @@ int statusOf(pid_t child) {
     return ::waitpid(child, &status, 0) == child ? status : -1;
 }
 
-/// Starts the child with `output` as its standard output. -1: it cannot be started.
+/// Starts the child with `output` as its standard output. -1: it cannot be started, and errno says why.
 pid_t startChild(const std::string& command, const std::vector<std::string>& arguments, int output) {
     std::vector<char*> argv{const_cast<char*>(command.c_str())}; // the type is C's: the texts are not written to
     for (const auto& argument : arguments)
@@ -104,12 +107,14 @@ pid_t startChild(const std::string& command, const std::vector<std::string>& arg
     });
 }
 
-/// Waits until `fd` can be read or the deadline has passed. False: it has passed.
+/// Waits until `fd` can be read. False: it will not be, and errno says why: ETIMEDOUT when the deadline has passed.
 bool waitForInput(int fd, clock::time_point deadline) {
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - clock::now()).count();
-        if (left <= 0)
+        if (left <= 0) {
+            errno = ETIMEDOUT;
             return false;
+        }
         pollfd wanted{fd, POLLIN, 0};
         const int ready = ::poll(&wanted, 1, static_cast<int>(std::min<long long>(left, INT_MAX)));
         if (ready > 0)
@@ -119,7 +124,7 @@ bool waitForInput(int fd, clock::time_point deadline) {
     }
 }
 
-/// Appends all that comes out of `fd` until its end. False: the deadline came first, or reading failed.
+/// Appends all that comes out of `fd` until its end. False: that did not come, and errno says why.
 bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
     char block[4096];
     while (waitForInput(fd, deadline)) {
@@ -134,52 +139,73 @@ bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
     return false;
 }
 
-/// Waits until the child has ended, and ends it when the deadline comes first.
-void reap(pid_t child, clock::time_point deadline) {
+/// Waits until the child has ended and returns its wait status. -1: the deadline came first, and it was ended.
+int reap(pid_t child, clock::time_point deadline) {
     constexpr std::chrono::milliseconds pause(1); // waitid knows no time-out
     while (!hasEnded(child, WNOHANG)) {
         if (clock::now() >= deadline)
             endChildAtOnce();
         ::poll(nullptr, 0, static_cast<int>(pause.count()));
     }
-    statusOf(child);
+    return statusOf(child);
 }
 
 /// Reaps the child in its destructor: no way out, an exception because memory runs out included, leaves a zombie.
 struct runningChild {
-    ~runningChild() {
-        if (pid != -1)
-            reap(pid, deadline);
-    }
+    ~runningChild() { end(); }
 
-    pid_t pid; ///< -1: none was started
+    int end() { return pid == -1 ? -1 : reap(std::exchange(pid, -1), deadline); }
+
+    pid_t pid; ///< -1: none was started, or it was reaped
     clock::time_point deadline;
 };
 
+std::string failureOf(int status) {
+    if (status == -1)
+        return "not ended in time";
+    if (WIFSIGNALED(status))
+        return "ended by signal " + std::to_string(WTERMSIG(status));
+    return status == 0 ? "" : "exit status " + std::to_string(WEXITSTATUS(status));
+}
+
 } // namespace
 
-std::string outputOf(const std::string& command, const std::vector<std::string>& arguments,
+childOutput outputOf(const std::string& command, const std::vector<std::string>& arguments,
                      std::chrono::milliseconds limit) {
     const auto deadline = clock::now() + limit;
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) == -1)
-        return "";
+        return {"", std::strerror(errno)};
     const descriptor reading(ends[0]);
     descriptor writing(ends[1]);
     // Until all output is there, the child has no time left: whatever leaves this function earlier ends it.
     runningChild child{startChild(command, arguments, ends[1]), clock::time_point::min()};
+    childOutput result;
+    if (child.pid == -1) {
+        result.failure = std::strerror(errno);
+        return result;
+    }
     writing.close(); // or the pipe would not end with the output of the child
-    std::string output;
-    if (child.pid != -1 && readToEnd(ends[0], deadline, output))
+    if (readToEnd(ends[0], deadline, result.output))
         child.deadline = deadline;
-    return output;
+    else
+        result.failure = errno == ETIMEDOUT ? "not ended in time" : std::strerror(errno);
+    const int status = child.end();
+    if (result.failure.empty())
+        result.failure = failureOf(status);
+    return result;
 }
 
 int shellStatus(const char* command) {
     const char* const arguments[] = {"sh", "-c", command, nullptr};
+    // What a tool says of devices could drive a terminal; the exit status says whether it worked.
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     const pid_t child = startGroup([&](pid_t* pid, const posix_spawnattr_t* attributes) {
-        return ::posix_spawn(pid, "/bin/sh", nullptr, attributes, const_cast<char* const*>(arguments), environ);
+        return ::posix_spawn(pid, "/bin/sh", &actions, attributes, const_cast<char* const*>(arguments), environ);
     });
+    posix_spawn_file_actions_destroy(&actions);
     if (child == -1)
         return W_EXITCODE(127, 0); // as if the shell could not be executed
     hasEnded(child, 0);

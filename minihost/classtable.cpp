@@ -74,6 +74,11 @@ constexpr propertyDeclaration opticalDriveProperties[] = {
     {"Caption", cimType::string, plain, "Always Optical Drive."},
 };
 
+// Named as the hosts of these classes name them; CIM's own list has Windows 2000 at 58 and Windows XP at 67.
+constexpr valueMeaning operatingSystems[] = {{"58", "Windows XP"}};
+constexpr valueMeaning elementStates[] = {{"2", "Executable"}};
+constexpr valueMeaning purposes[] = {{"6", "Firmware/BIOS"}};
+
 constexpr propertyDeclaration firmwareElementProperties[] = {
     {"Version", cimType::string, key,
      "Revision of the device: INQUIRY bytes 32 to 35, or IDENTIFY DEVICE words 23 to 26 where that was "
@@ -81,8 +86,8 @@ constexpr propertyDeclaration firmwareElementProperties[] = {
     {"Manufacturer", cimType::string, plain,
      "VendorID of the device: INQUIRY bytes 8 to 15, or the first word of the model in IDENTIFY DEVICE words 27 "
      "to 46."},
-    {"TargetOperatingSystem", cimType::uint16, key, "Always 58 (Windows XP), whatever the machine runs."},
-    {"SoftwareElementState", cimType::uint16, key, "Always 2 (executable)."},
+    {"TargetOperatingSystem", cimType::uint16, key, "Always 58, whatever the machine runs.", "", operatingSystems},
+    {"SoftwareElementState", cimType::uint16, key, "Always 2.", "", elementStates},
     {"SoftwareElementId", cimType::string, key,
      "What the device has in OtherIdentifyingInfo: its address from the SG_GET_SCSI_ID request or the path of "
      "its node."},
@@ -99,7 +104,7 @@ constexpr propertyDeclaration firmwareProperties[] = {
      "The firmware: the first instance whose SoftwareElementId is part of the address or path of the device "
      "found.",
      "KORVA_SysBusDeviceFirmwareElement"},
-    {"Purpose", cimType::uint16, plain, "Always 6 (firmware or BIOS)."},
+    {"Purpose", cimType::uint16, plain, "Always 6.", "", purposes},
     {"LoadedOnDevice", cimType::boolean, plain, "Always true."},
     {"UpgradeableOnDevice", cimType::boolean, plain, "Always true."},
 };

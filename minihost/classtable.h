@@ -26,13 +26,20 @@ private:
     std::size_t count_ = 0;
 };
 
+/// What one value of a property means.
+struct valueMeaning {
+    const char* value; ///< as text
+    const char* meaning;
+};
+
 /// One property that a class declares.
 struct propertyDeclaration {
     std::string_view name;
     cimType type;
     bool isKey;
-    const char* description;          ///< one sentence: where the value comes from
-    std::string_view referenced = {}; ///< of a reference: the class of the instances that it may name
+    const char* description;                ///< one sentence: where the value comes from
+    std::string_view referenced = {};       ///< of a reference: the class of the instances that it may name
+    constantList<valueMeaning> values = {}; ///< all that it is ever set to, where they are codes; empty: any
 };
 
 enum class classKind { concrete, abstract, association };
@@ -45,6 +52,9 @@ struct classDeclaration {
     const char* description;
     constantList<propertyDeclaration> properties; ///< without those of the superclass
 };
+
+/// Version of the classes (DSP0004, Version qualifier): the second number grows with what is added to them.
+constexpr const char* classVersion = "1.0.0";
 
 /// All classes: superclasses before their subclasses, and referenced classes before their associations.
 constantList<classDeclaration> classTable();

@@ -5,10 +5,12 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <climits>
+#include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <utility>
 
 namespace {
@@ -18,7 +20,19 @@ std::vector<std::string>& virtualDevices(int kind) {
     return lists[kind];
 }
 
+minihost::failureSink& sinkOfFailures() {
+    static minihost::failureSink sink;
+    return sink;
+}
+
+void tell(minihost::failedService::kinds kind, const std::string& what, const std::string& why) {
+    if (sinkOfFailures())
+        sinkOfFailures()({kind, what, why});
+}
+
 } // namespace
+
+void minihost::setFailureSink(failureSink sink) { sinkOfFailures() = std::move(sink); }
 
 void minihost::setVirtualDevices(int kind, std::vector<std::string> names) { virtualDevices(kind) = std::move(names); }
 
@@ -26,11 +40,24 @@ namespace NHALDEN20 {
 
 std::string TOSSpecific::CaptureFile(std::string path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const int error = errno;
+    std::ostringstream content;
+    errno = 0;
+    if (file.is_open())
+        content << file.rdbuf(); // which also fails when there is nothing, but without an error
+    if (file.is_open() ? content.fail() && errno != 0 : error != ENOENT)
+        tell(minihost::failedService::reading, path, std::strerror(file.is_open() ? errno : error));
+    return content.str();
 }
 
 std::string TOSSpecific::SpawnProcess(std::string command, std::vector<std::string> arguments, int timeout) {
-    return minihost::outputOf(command, arguments, std::chrono::seconds(timeout));
+    const minihost::childOutput child = minihost::outputOf(command, arguments, std::chrono::seconds(timeout));
+    if (!child.failure.empty()) {
+        for (const auto& argument : arguments)
+            command += ' ' + argument;
+        tell(minihost::failedService::spawning, command, child.failure);
+    }
+    return child.output;
 }
 
 std::string TOSSpecific::GetMachineName() {

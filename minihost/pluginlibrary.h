@@ -20,9 +20,9 @@ std::string whatWasThrown();
 /// PrepareForUnload and unloading.
 class pluginLibrary {
 public:
-    /// Loads the library at `path` and calls Init. Throws pluginError when it does not load, or does not
-    /// register exactly one plug-in that collects data, or when Init fails.
-    explicit pluginLibrary(const std::string& path);
+    /// Loads the library at `path`, which errors call by `name`, and calls Init. Throws pluginError when it does not
+    /// load, or does not register exactly one plug-in that collects data, or when Init fails.
+    pluginLibrary(const std::string& path, const std::string& name);
     ~pluginLibrary();
     pluginLibrary(const pluginLibrary&) = delete;
     pluginLibrary& operator=(const pluginLibrary&) = delete;
@@ -34,7 +34,7 @@ public:
 private:
     class handle {
     public:
-        explicit handle(const std::string& path);
+        handle(const std::string& path, const std::string& name);
         ~handle();
         handle(const handle&) = delete;
         handle& operator=(const handle&) = delete;
@@ -44,7 +44,7 @@ private:
     };
     class object {
     public:
-        explicit object(const std::string& path);
+        explicit object(const std::string& name);
         ~object();
         object(const object&) = delete;
         object& operator=(const object&) = delete;

@@ -14,6 +14,16 @@ inline bool isNodePath(std::string_view path) {
     return family == "/dev/sg" || family == "/dev/sd" || family == "/dev/hd" || family == "/dev/sr";
 }
 
+/// Is `path` that of a SCSI generic node as the kernel names them, /dev/sg0 onward?
+inline bool isSgNodePath(std::string_view path) {
+    constexpr std::string_view family = "/dev/sg", digits = "0123456789";
+    return path.size() > family.size() && path.substr(0, family.size()) == family &&
+           path.find_first_not_of(digits, family.size()) == std::string_view::npos;
+}
+
+/// Where the kernel tells of each sg node which device it stands for. Simulated machines have no such directory.
+constexpr const char* sgClassPath = "/sys/class/scsi_generic/";
+
 /// The file with the kernel's table of optical drives.
 constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";
 

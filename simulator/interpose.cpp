@@ -38,7 +38,7 @@ namespace {
 
 /// The definition of `name` that comes after this one: the C library's.
 template <typename Function>
-Function* behind(const char* name) {
+Function* nextDefinition(const char* name) {
     return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
@@ -49,11 +49,11 @@ using fopenCall = FILE*(const char*, const char*);
 // system calls itself, which come back here on the same thread.
 std::recursive_mutex kernelInUse;
 
-using answer = std::optional<int>; // none: the call is the C library's
+using callResult = std::optional<int>; // none: the call is the C library's
 
 /// What `call` gives on the simulated kernel; none where there is no such kernel.
 template <typename Call>
-answer simulated(Call call) {
+callResult askKernel(Call call) {
     kernel* const active = activeKernel();
     if (active == nullptr)
         return std::nullopt;
@@ -64,8 +64,9 @@ answer simulated(Call call) {
 /// The same for a call on a descriptor, if it is one of the kernel's own. A negative number, which is nobody's
 /// descriptor, goes there too and is refused.
 template <typename Call>
-answer simulated(int fd, Call call) {
-    return simulated([&](kernel& active) { return fd < 0 || active.owns(fd) ? answer(call(active)) : std::nullopt; });
+callResult askKernel(int fd, Call call) {
+    return askKernel(
+        [&](kernel& active) { return fd < 0 || active.owns(fd) ? callResult(call(active)) : std::nullopt; });
 }
 
 /// The simulated kernel where it stands for more than device nodes, or null.
@@ -88,15 +89,24 @@ void tellRecorder(Tell tell) {
     }
 }
 
+bool isHiddenDirectory(const char* path) {
+    return activeMachine() != nullptr &&
+           std::strncmp(path, simulator::sgClassPath, std::strlen(simulator::sgClassPath)) == 0;
+}
+
 int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
     if (path == nullptr)
         return realOpen(path, flags, mode); // which refuses it
     if (isSimulatedTable(path))
         return activeKernel()->openOpticalTable();
-    const answer own = simulated(
-        [path](kernel& active) { return simulator::isNodePath(path) ? answer(active.open(path)) : std::nullopt; });
+    if (isHiddenDirectory(path)) {
+        errno = ENOENT;
+        return -1;
+    }
+    const callResult own = askKernel(
+        [path](kernel& active) { return simulator::isNodePath(path) ? callResult(active.open(path)) : std::nullopt; });
     const int fd = own ? *own : realOpen(path, flags, mode);
-    tellRecorder([&](recorder& recording, int error) { recording.opened(path, fd, error); });
+    tellRecorder([&](recorder& recording, int error) { recording.sawOpen(path, fd, error); });
     return fd;
 }
 
@@ -112,10 +122,10 @@ FILE* fopenAnywhere(fopenCall* realFopen, const char* path, const char* mode) {
 
 int hostName(char* name, std::size_t size) {
     if (kernel* const active = activeMachine()) {
-        std::snprintf(name, size, "%s", active->simulated().name.c_str());
+        std::snprintf(name, size, "%s", active->model().name.c_str());
         return 0;
     }
-    static auto* const real = behind<int(char*, std::size_t)>("gethostname");
+    static auto* const real = nextDefinition<int(char*, std::size_t)>("gethostname");
     return real(name, size);
 }
 
@@ -134,7 +144,7 @@ public:
         });
         if (found == list_.end() - 1)
             return;
-        tellRecorder([](recorder& recording, int /*error*/) { recording.readsOpticalTable(); });
+        tellRecorder([](recorder& recording, int /*error*/) { recording.sawOpticalTableRead(); });
         if (active == nullptr)
             return;
         table_ = active->openOpticalTable();
@@ -164,7 +174,7 @@ extern "C" {
 #pragma GCC visibility push(default)
 
 int open(const char* path, int flags, ...) {
-    static auto* const real = behind<openCall>("open");
+    static auto* const real = nextDefinition<openCall>("open");
     std::va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = createsFile(flags) ? va_arg(arguments, mode_t) : 0;
@@ -173,7 +183,7 @@ int open(const char* path, int flags, ...) {
 }
 
 int open64(const char* path, int flags, ...) {
-    static auto* const real = behind<openCall>("open64");
+    static auto* const real = nextDefinition<openCall>("open64");
     std::va_list arguments;
     va_start(arguments, flags);
     const mode_t mode = createsFile(flags) ? va_arg(arguments, mode_t) : 0;
@@ -186,52 +196,52 @@ int __open_2(const char* path, int flags) { return open(path, flags); }
 int __open64_2(const char* path, int flags) { return open64(path, flags); }
 
 FILE* fopen(const char* path, const char* mode) {
-    static auto* const real = behind<fopenCall>("fopen");
+    static auto* const real = nextDefinition<fopenCall>("fopen");
     return fopenAnywhere(real, path, mode);
 }
 
 FILE* fopen64(const char* path, const char* mode) {
-    static auto* const real = behind<fopenCall>("fopen64");
+    static auto* const real = nextDefinition<fopenCall>("fopen64");
     return fopenAnywhere(real, path, mode);
 }
 
 int close(int fd) {
-    static auto* const real = behind<int(int)>("close");
-    tellRecorder([fd](recorder& recording, int /*error*/) { recording.closed(fd); });
-    const answer own = simulated(fd, [fd](kernel& active) { return active.close(fd); });
+    static auto* const real = nextDefinition<int(int)>("close");
+    tellRecorder([fd](recorder& recording, int /*error*/) { recording.sawClose(fd); });
+    const callResult own = askKernel(fd, [fd](kernel& active) { return active.close(fd); });
     return own ? *own : real(fd);
 }
 
 int ioctl(int fd, unsigned long request, ...) noexcept {
-    static auto* const real = behind<int(int, unsigned long, void*)>("ioctl");
+    static auto* const real = nextDefinition<int(int, unsigned long, void*)>("ioctl");
     std::va_list arguments;
     va_start(arguments, request);
     void* const argument = va_arg(arguments, void*);
     va_end(arguments);
-    const answer own = simulated(fd, [=](kernel& active) { return active.ioctl(fd, request, argument); });
+    const callResult own = askKernel(fd, [=](kernel& active) { return active.ioctl(fd, request, argument); });
     const int result = own ? *own : real(fd, request, argument);
-    tellRecorder([&](recorder& recording, int error) { recording.answered(fd, request, argument, result, error); });
+    tellRecorder([&](recorder& recording, int error) { recording.sawRequest(fd, request, argument, result, error); });
     return result;
 }
 
 unsigned sleep(unsigned seconds) {
-    static auto* const real = behind<unsigned(unsigned)>("sleep");
-    const answer left =
-        simulated([seconds](kernel& active) { return active.skipsSleep(seconds) ? answer(0) : std::nullopt; });
+    static auto* const real = nextDefinition<unsigned(unsigned)>("sleep");
+    const callResult left =
+        askKernel([seconds](kernel& active) { return active.skipsSleep(seconds) ? callResult(0) : std::nullopt; });
     return left ? static_cast<unsigned>(*left) : real(seconds);
 }
 
 int system(const char* command) {
-    static auto* const real = behind<int(const char*)>("system");
+    static auto* const real = nextDefinition<int(const char*)>("system");
     if (command == nullptr)
         return real(command);
-    const answer own = simulated([command](kernel& active) {
+    const callResult own = askKernel([command](kernel& active) {
         int status = 0;
-        return active.system(command, status) ? answer(status) : std::nullopt;
+        return active.system(command, status) ? callResult(status) : std::nullopt;
     });
     recorder* const watching = activeRecorder();
     const int status = own ? *own : watching != nullptr ? watching->run(command, real) : real(command);
-    tellRecorder([&](recorder& recording, int /*error*/) { recording.ran(command, status); });
+    tellRecorder([&](recorder& recording, int /*error*/) { recording.sawCommand(command, status); });
     return status;
 }
 
@@ -241,7 +251,7 @@ int __gethostname_chk(char* name, std::size_t size, std::size_t /*room*/) noexce
 
 int posix_spawnp(pid_t* child, const char* file, const posix_spawn_file_actions_t* actions,
                  const posix_spawnattr_t* attributes, char* const* arguments, char* const* environment) {
-    static auto* const real = behind<decltype(::posix_spawnp)>("posix_spawnp");
+    static auto* const real = nextDefinition<decltype(::posix_spawnp)>("posix_spawnp");
     const redirectedArguments redirected(activeMachine(), arguments);
     return real(child, file, actions, attributes, redirected.list(), environment);
 }

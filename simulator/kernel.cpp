@@ -37,10 +37,17 @@ int kernel::open(const std::string& path) {
     auto& outcomes = found->second.open;
     if (const int error = outcomes.empty() ? 0 : outcomes.next().error)
         return fail(error);
-    const int fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int fd = newDescriptor();
     if (fd >= 0)
         open_[fd] = &*found;
     return fd;
+}
+
+int kernel::newDescriptor() const {
+    if (!givesNumbers_)
+        return ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+    constexpr int first = 1 << 30; // a process with so many files would need 8 GiB for their table alone
+    return open_.empty() ? first : std::max(first, open_.rbegin()->first + 1);
 }
 
 int kernel::openOpticalTable() {
@@ -63,7 +70,7 @@ int kernel::close(int fd) {
         return fail(EBADF);
     note([&] { return "close " + open_[fd]->first; });
     open_.erase(fd);
-    return ::close(fd);
+    return givesNumbers_ ? 0 : ::close(fd);
 }
 
 int kernel::ioctl(int fd, unsigned long request, void* argument) {
@@ -93,9 +100,14 @@ bool kernel::system(const std::string& command, int& status) {
     case shellCommand::modprobe:
         status = (machine_.modprobe.empty() ? 0 : machine_.modprobe.next()) << 8;
         break;
-    case shellCommand::usbQuery:
-        std::ofstream(known.file, std::ios::binary) << machine_.usbListing;
+    case shellCommand::usbQuery: {
+        constexpr int writeError = 2; // of grep, with which the query ends
+        std::ofstream file(known.file, std::ios::binary);
+        file << machine_.usbListing;
+        file.close();
+        status = file ? 0 : writeError << 8;
         break;
+    }
     case shellCommand::removal:
         std::remove(known.file.c_str());
         break;

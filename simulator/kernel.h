@@ -36,6 +36,10 @@ public:
 
     /// Gives a real descriptor, of /dev/null, so that no other of the process has the same number.
     virtual int open(const std::string& path);
+
+    /// From now on open() gives numbers that are beyond every real descriptor and cost no system call. For a program
+    /// that does no more with them than this kernel answers.
+    void giveNumbers() { givesNumbers_ = true; }
     virtual int close(int fd);
 
     /// Gives a descriptor of a new file with the optical-drive table in it, which child processes inherit.
@@ -51,8 +55,8 @@ public:
     /// command is none of them, and nothing is done.
     virtual bool system(const std::string& command, int& status);
 
-    machine& simulated() { return machine_; }
-    const machine& simulated() const { return machine_; }
+    machine& model() { return machine_; }
+    const machine& model() const { return machine_; }
 
     /// One line a call, such as "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM", "sleep 5".
     const std::vector<std::string>& recordedCalls() const { return calls_; }
@@ -66,6 +70,8 @@ private:
             calls_.push_back(text());
     }
 
+    int newDescriptor() const;
+
     machine machine_;
     bool record_;
     scope scope_;
@@ -73,6 +79,7 @@ private:
     std::vector<std::string> calls_;
     unsigned secondsSkipped_ = 0;
     bool sleepsForReal_ = false;
+    bool givesNumbers_ = false;
 };
 
 /// The kernel that the interposed calls of this process go to; null: the real one.

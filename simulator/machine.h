@@ -12,11 +12,11 @@ using bytes = std::vector<unsigned char>;
 
 /// What a request is answered with, in turn; the last answer repeats.
 template <typename T>
-class answers {
+class answerList {
 public:
-    answers() = default;
-    answers(T only) : list_{std::move(only)} {}
-    answers(std::vector<T> list) : list_(std::move(list)) {}
+    answerList() = default;
+    answerList(T only) : list_{std::move(only)} {}
+    answerList(std::vector<T> list) : list_(std::move(list)) {}
 
     bool empty() const { return list_.empty(); }
     const std::vector<T>& all() const { return list_; }
@@ -46,9 +46,9 @@ struct numberAnswer {
     int error = 0; ///< errno; 0: the request succeeds
 };
 
-/// The answers to opening a node. Only the errors of these numbers count.
-struct openAnswers : answers<numberAnswer> {
-    using answers::answers;
+/// Opening a node.
+struct openAnswer {
+    int error = 0; ///< errno; 0: the node opens
 };
 
 /// SG_GET_SCSI_ID.
@@ -77,17 +77,30 @@ struct driveAnswer {
     bytes data;
 };
 
+/// What the kernel calls the device behind an sg node.
+struct kernelNames {
+    static constexpr std::size_t longestName = 255;  // bytes: NAME_MAX of linux/limits.h
+    static constexpr std::size_t longestWwid = 4096; // bytes: a sysfs file has at most one page
+
+    std::vector<std::string>
+        names;        ///< of its block, tape and changer nodes, without /dev/: "sda", "st0", "sr0", "sch0"
+    std::string wwid; ///< "naa.5000c500a1b2c3d4"; empty: the device has none
+
+    bool empty() const { return names.empty() && wwid.empty(); }
+};
+
 /// One device node. A request for which there are no answers is refused as a node of its family refuses it.
 struct node {
-    openAnswers open; ///< none: opens
-    answers<numberAnswer> sgVersion;
-    answers<numberAnswer> emulated;
-    answers<addressAnswer> address;
-    answers<scsiAnswer> inquiry;             ///< standard INQUIRY
-    answers<scsiAnswer> serialPage;          ///< INQUIRY, unit serial number page (0x80)
-    answers<driveAnswer> identify;           ///< IDENTIFY DEVICE through HDIO_DRIVE_CMD: 512 bytes
-    answers<driveAnswer> task;               ///< HDIO_DRIVE_TASK: the seven returned registers
-    answers<numberAnswer> opticalCapability; ///< CDROM_GET_CAPABILITY
+    kernelNames knownAs;         ///< of an sg node
+    answerList<openAnswer> open; ///< none: opens
+    answerList<numberAnswer> sgVersion;
+    answerList<numberAnswer> emulated;
+    answerList<addressAnswer> address;
+    answerList<scsiAnswer> inquiry;             ///< standard INQUIRY
+    answerList<scsiAnswer> serialPage;          ///< INQUIRY, unit serial number page (0x80)
+    answerList<driveAnswer> identify;           ///< IDENTIFY DEVICE through HDIO_DRIVE_CMD: 512 bytes
+    answerList<driveAnswer> task;               ///< HDIO_DRIVE_TASK: the seven returned registers
+    answerList<numberAnswer> opticalCapability; ///< CDROM_GET_CAPABILITY
 };
 
 /// Calls `visit` with the name and the answers of all that a node is asked. Whatever reads, writes or makes answers
@@ -108,7 +121,7 @@ void eachAnswer(Node& node, Visit visit) {
 /// A machine as its kernel, its shell commands and its management controller show it.
 struct machine {
     std::string name = "simulated";
-    answers<int> modprobe;                      ///< exit status of any modprobe command; none: 0
+    answerList<int> modprobe;                   ///< exit status of any modprobe command; none: 0
     std::string usbListing;                     ///< what the USB query writes into its file
     std::optional<std::string> opticalTable;    ///< /proc/sys/dev/cdrom/info; none: there is no such file
     std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1

@@ -176,21 +176,21 @@ struct spelling {
     Answer (*read)(const jsonPlace&);
 };
 
-spelling<numberAnswer> spellingOf(const openAnswers& /*answers*/) {
+spelling<openAnswer> spellingOf(const answerList<openAnswer>& /*answers*/) {
     return {"true", &jsonPlace::isTrue, [](const jsonPlace& /*place*/) {
-                return numberAnswer();
+                return openAnswer();
             }};
 }
-spelling<numberAnswer> spellingOf(const answers<numberAnswer>& /*answers*/) {
+spelling<numberAnswer> spellingOf(const answerList<numberAnswer>& /*answers*/) {
     return {"a whole number", &jsonPlace::isWholeNumber, numberAt};
 }
-spelling<addressAnswer> spellingOf(const answers<addressAnswer>& /*answers*/) {
+spelling<addressAnswer> spellingOf(const answerList<addressAnswer>& /*answers*/) {
     return {"an object", &jsonPlace::isObject, addressAt};
 }
-spelling<scsiAnswer> spellingOf(const answers<scsiAnswer>& /*answers*/) {
+spelling<scsiAnswer> spellingOf(const answerList<scsiAnswer>& /*answers*/) {
     return {"an object", &jsonPlace::isObject, scsiAt};
 }
-spelling<driveAnswer> spellingOf(const answers<driveAnswer>& /*answers*/) {
+spelling<driveAnswer> spellingOf(const answerList<driveAnswer>& /*answers*/) {
     return {"an object", &jsonPlace::isObject, driveAt};
 }
 
@@ -220,7 +220,7 @@ void readAnswers(const jsonPlace& place, Answers& target) {
         place.fail("at least one answer");
 }
 
-void readStatuses(const jsonPlace& place, answers<int>& target) {
+void readStatuses(const jsonPlace& place, answerList<int>& target) {
     const auto add = [&target](const jsonPlace& status) {
         target.add(static_cast<int>(status.number(0, largestStatus)));
     };
@@ -232,18 +232,40 @@ void readStatuses(const jsonPlace& place, answers<int>& target) {
         place.fail("at least one exit status");
 }
 
-/// The names of all answers that a node can have.
-std::vector<const char*> answerNames() {
-    std::vector<const char*> names;
+/// These names, and those of all answers that a node can have.
+std::vector<const char*> answerNames(std::vector<const char*> names) {
     const node any;
     eachAnswer(any, [&names](const char* name, const auto& /*answers*/) { names.push_back(name); });
     return names;
 }
 
+/// A text that is not empty, of at most `longest` bytes.
+std::string wordAt(const jsonPlace& place, std::size_t longest) {
+    std::string word = place.text();
+    if (word.empty() || word.size() > longest)
+        place.fail("a text of 1 to " + std::to_string(longest) + " bytes");
+    return word;
+}
+
+kernelNames kernelNamesAt(const jsonPlace& place) {
+    place.allowMembers({"names", "wwid"});
+    kernelNames result;
+    if (const auto names = place.find("names")) {
+        names->forEachElement("a list of texts", [&result](const jsonPlace& name) {
+            result.names.push_back(wordAt(name, kernelNames::longestName));
+        });
+    }
+    if (const auto wwid = place.find("wwid"))
+        result.wwid = wordAt(*wwid, kernelNames::longestWwid);
+    return result;
+}
+
 node nodeAt(const jsonPlace& place) {
-    static const std::vector<const char*> known = answerNames();
-    place.allowMembers(known);
+    static const std::vector<const char*> names = answerNames({}), ofSgNodes = answerNames({"kernel"});
+    place.allowMembers(isSgNodePath(place.name()) ? ofSgNodes : names);
     node result;
+    if (const auto knownAs = place.find("kernel"))
+        result.knownAs = kernelNamesAt(*knownAs);
     eachAnswer(result, [&place](const char* name, auto& answers) {
         if (const auto found = place.find(name))
             readAnswers(*found, answers);

@@ -1,6 +1,7 @@
 #include "simulator/machinefile.h"
 
 #include "text/codepoints.h"
+#include "text/errorname.h"
 
 #include <nlohmann/json.hpp>
 
@@ -15,10 +16,8 @@ using text::bytesAsCodePoints;
 
 namespace {
 
-json errorName(int error) {
-    const char* name = ::strerrorname_np(error);
-    return name == nullptr ? "EIO" : name;
-}
+/// An unknown errno is written as one that is known, so that the file can be read.
+json errorToJson(int error) { return ::strerrorname_np(error) == nullptr ? "EIO" : text::errorName(error); }
 
 json hexToJson(const bytes& data) {
     constexpr const char* digits = "0123456789abcdef";
@@ -40,6 +39,8 @@ json linesToJson(const std::string& text) {
     }
     return list;
 }
+
+json successToJson(const openAnswer& /*answer*/) { return true; }
 
 json successToJson(const numberAnswer& answer) { return answer.value; }
 
@@ -78,21 +79,12 @@ json withoutRepeatedEnd(json list) {
     return list.size() > 1 ? list : list.empty() ? json() : list.front();
 }
 
-template <typename Answers, typename Convert>
-json toJson(const Answers& answers, Convert convert) {
+template <typename Answer>
+json toJson(const answerList<Answer>& answers) {
     json list = json::array();
     for (const auto& answer : answers.all())
-        list.push_back(answer.error == 0 ? convert(answer) : errorName(answer.error));
+        list.push_back(answer.error == 0 ? successToJson(answer) : errorToJson(answer.error));
     return withoutRepeatedEnd(std::move(list));
-}
-
-template <typename Answer>
-json toJson(const answers<Answer>& answers) {
-    return toJson(answers, [](const Answer& answer) { return successToJson(answer); });
-}
-
-json toJson(const openAnswers& answers) {
-    return toJson(answers, [](const numberAnswer& /*answer*/) { return json(true); });
 }
 
 void addUnlessNull(json& target, const char* name, json value) {
@@ -106,8 +98,19 @@ bool wasEverThere(const node& recorded) {
            std::any_of(opens.begin(), opens.end(), [](const auto& answer) { return answer.error != ENOENT; });
 }
 
+json kernelNamesToJson(const kernelNames& known) {
+    json members{{"names", json::array()}};
+    for (const auto& name : known.names)
+        members["names"].push_back(bytesAsCodePoints(name));
+    if (!known.wwid.empty())
+        members["wwid"] = bytesAsCodePoints(known.wwid);
+    return members;
+}
+
 json nodeToJson(const node& recorded) {
     json members = json::object();
+    if (!recorded.knownAs.empty())
+        members["kernel"] = kernelNamesToJson(recorded.knownAs);
     eachAnswer(recorded,
                [&members](const char* name, const auto& answers) { addUnlessNull(members, name, toJson(answers)); });
     return members;

@@ -4,6 +4,7 @@
 #include "simulator/kernel.h"
 #include "simulator/machinefile.h"
 #include "simulator/recorder.h"
+#include "text/escape.h"
 
 #include <unistd.h>
 
@@ -28,7 +29,7 @@ simulator::kernel* loaded = nullptr;
         // A child process inherits the variable, but can have another working directory.
         ::setenv(machineVariable, std::filesystem::absolute(path).c_str(), 1);
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "simulated machine: %s\n", failure.what());
+        std::fprintf(stderr, "simulated machine: %s\n", text::escaped(failure.what()).c_str());
         ::_exit(1);
     }
 }

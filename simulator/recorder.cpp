@@ -45,29 +45,28 @@ addressAnswer addressAnswerOf(const sg_scsi_id& id) {
     return {id.host_no, id.channel, id.scsi_id, id.lun, id.scsi_type, 0};
 }
 
-/// Is `path` of a family that is walked node by node? A /dev/sd node is opened only in place of an sg node.
-bool isWalked(std::string_view path) {
-    const std::string_view family = path.substr(0, 7);
-    return family == "/dev/sg" || family == "/dev/hd";
-}
-
 } // namespace
 
-void recorder::opened(std::string_view path, int fd, int error) {
-    const bool refused = fd < 0 && (error == EACCES || error == EPERM);
-    if ((fd >= 0 || refused) && isWalked(path))
-        refused_[std::string(path)] = refused;
-    if (!keepsAnswers_ || !isNodePath(path))
+void recorder::sawOpen(std::string_view path, int fd, int error) {
+    if (walkEnded_ || !isNodePath(path))
+        return;
+    nodes_.opened(path, fd, error);
+    if (!keepsAnswers_)
         return;
     if (fd < 0 && error == ENOENT && !keepsTexts_)
         return; // a simulated machine has no other nodes than those recorded
-    const std::string name(path);
-    machine_.nodes[name].open.add({0, fd >= 0 ? 0 : error});
+    node& asked = machine_.nodes[std::string(path)];
+    asked.open.add({fd >= 0 ? 0 : error});
     if (fd >= 0)
-        open_[fd] = name;
+        open_[fd] = &asked;
 }
 
-void recorder::closed(int fd) { open_.erase(fd); }
+void recorder::sawClose(int fd) {
+    if (walkEnded_)
+        return;
+    nodes_.closed(fd);
+    open_.erase(fd);
+}
 
 machine recorder::walkedAgain(machine rest) const {
     rest.modprobe = machine_.modprobe;
@@ -79,20 +78,14 @@ machine recorder::walkedAgain(machine rest) const {
     return rest;
 }
 
-nodeCount recorder::nodes() const {
-    nodeCount count;
-    for (const auto& [path, refused] : refused_) {
-        ++count.present;
-        count.refused += refused ? 1 : 0;
-    }
-    return count;
-}
-
-void recorder::answered(int fd, unsigned long request, const void* argument, int result, int error) {
+void recorder::sawRequest(int fd, unsigned long request, const void* argument, int result, int error) {
+    if (walkEnded_)
+        return;
+    nodes_.asked(fd, request, argument, result, error);
     const auto found = open_.find(fd);
     if (found == open_.end())
         return;
-    node& node = machine_.nodes[found->second];
+    node& node = *found->second;
     const auto* const number = static_cast<const int*>(argument);
     const auto* const registers = static_cast<const unsigned char*>(argument);
     const auto* const header = static_cast<const sg_io_hdr*>(argument);
@@ -126,15 +119,22 @@ void recorder::answered(int fd, unsigned long request, const void* argument, int
     }
 }
 
-void recorder::ran(const std::string& command, int status) {
+void recorder::sawCommand(const std::string& command, int status) {
     const shellCommand known = commandOf(command);
-    if (keepsAnswers_ && known.kind == shellCommand::modprobe)
-        machine_.modprobe.add(status == 0 ? 0 : std::max(1, WEXITSTATUS(status)));
-    if (keepsTexts_ && known.kind == shellCommand::usbQuery)
-        machine_.usbListing = contentOf(known.file);
+    if (known.kind == shellCommand::modprobe && !walkEnded_) {
+        if (driverStatus_.value_or(0) == 0)
+            driverStatus_ = status;
+        if (keepsAnswers_)
+            machine_.modprobe.add(status == 0 ? 0 : std::max(1, WEXITSTATUS(status)));
+    }
+    if (known.kind == shellCommand::usbQuery) {
+        usbStatus_ = status;
+        if (keepsTexts_)
+            machine_.usbListing = contentOf(known.file);
+    }
 }
 
-void recorder::readsOpticalTable() {
+void recorder::sawOpticalTableRead() {
     if (keepsTexts_ && std::ifstream(opticalTablePath).is_open())
         machine_.opticalTable = contentOf(opticalTablePath);
 }

@@ -1,26 +1,21 @@
 #pragma once
 
 #include "simulator/machine.h"
+#include "simulator/nodewatch.h"
 
-#include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace simulator {
-
-/// How many device nodes there are, as far as opening them tells.
-struct nodeCount {
-    std::size_t present = 0; ///< nodes that opened or were refused
-    std::size_t refused = 0; ///< nodes for which there was no permission
-};
 
 /// Watches the calls of a program and keeps their answers, if wanted, for a simulated machine that answers the same. It
 /// makes no call on a device node itself: that would be one access too many. For one thread.
 class recorder {
 public:
     enum class keeps {
-        nothing,   ///< but which nodes were there
+        nothing,   ///< but what a nodeWatch tells
         answers,   ///< of the device nodes, and whether their driver could be loaded
         everything ///< the optical-drive table and the USB listing as well, which it reads for itself
     };
@@ -32,24 +27,30 @@ public:
     recorder& operator=(const recorder&) = delete;
 
     /// `fd` is the result of opening `path`; `error` is its errno if it failed.
-    void opened(std::string_view path, int fd, int error);
-    void closed(int fd);
+    void sawOpen(std::string_view path, int fd, int error);
+    void sawClose(int fd);
 
     /// `argument` is as the driver left it; `error` is the errno if the result is -1.
-    void answered(int fd, unsigned long request, const void* argument, int result, int error);
+    void sawRequest(int fd, unsigned long request, const void* argument, int result, int error);
 
     /// Runs a shell command that no simulated machine stands in for, by `realSystem` or in its place, and returns its
     /// wait status.
     virtual int run(const char* command, int (*realSystem)(const char*)) { return realSystem(command); }
 
     /// `status` is the wait status of a shell command.
-    void ran(const std::string& command, int status);
+    void sawCommand(const std::string& command, int status);
 
     /// The optical-drive table is about to be read.
-    void readsOpticalTable();
+    void sawOpticalTableRead();
 
-    /// The sg and IDE nodes that the program has opened, or tried to, so far.
-    nodeCount nodes() const;
+    /// What the device nodes told so far.
+    nodeReport nodes() const { return nodes_.report(); }
+
+    /// The wait status of loading the driver; of several, that of the first that failed. None: nobody tried.
+    std::optional<int> driverStatus() const { return driverStatus_; }
+
+    /// The wait status of the USB query; none: nobody made it.
+    std::optional<int> usbStatus() const { return usbStatus_; }
 
     /// What was recorded so far.
     const machine& recorded() const { return machine_; }
@@ -61,15 +62,20 @@ public:
     /// retried, only the last answer.
     machine walkedAgain(machine rest) const;
 
-    /// Keeps no more answers of device nodes from now on.
-    void endWalk() { keepsAnswers_ = false; }
+    /// The device nodes will be walked from the start again.
+    void beginWalk() { nodes_.beginWalk(); }
+
+    /// Looks at device nodes and their driver no more: from now on they give the same answers again.
+    void endWalk() { walkEnded_ = true; }
 
 private:
     bool keepsAnswers_;
     bool keepsTexts_;
-    std::map<std::string, bool> refused_; // by the path of a node that is there
+    bool walkEnded_ = false;
+    nodeWatch nodes_;
+    std::optional<int> driverStatus_, usbStatus_;
     machine machine_;
-    std::map<int, std::string> open_; // descriptor to path
+    std::map<int, node*> open_; // descriptor to node, which stays in the machine
 };
 
 /// The recorder that watches the interposed calls of this process, or null.

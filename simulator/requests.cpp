@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 namespace simulator {
 
@@ -50,24 +51,12 @@ scsiAnswer supportedPages(const node& asked) {
 
 bool asksForPage(const unsigned char* cdb, unsigned char page) { return cdb[1] == 1 && cdb[2] == page; }
 
-scsiAnswer nextScsiAnswer(node& asked, const unsigned char* cdb) {
-    if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
-        return own->next();
-    if (cdb[0] != inquiryOpcode)
-        return illegalRequest(invalidOpcode);
-    return asksForPage(cdb, supportedPagesPage) ? supportedPages(asked) : illegalRequest(invalidField);
-}
-
 std::size_t allocationLength(const unsigned char* inquiryCdb) {
     return static_cast<std::size_t>(inquiryCdb[3]) << 8 | inquiryCdb[4];
 }
 
-requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
-    if (header.interface_id != 'S')
-        return {0, ENOSYS};
-    if (header.cmdp == nullptr || header.cmd_len < 6)
-        return {0, EMSGSIZE};
-    const scsiAnswer reply = nextScsiAnswer(asked, header.cmdp);
+/// Puts an answer where the request wants it.
+requestResult deliver(const scsiAnswer& reply, sg_io_hdr& header) {
     if (reply.error != 0)
         return {0, reply.error};
 
@@ -89,7 +78,20 @@ requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
     return {};
 }
 
-requestResult sendDriveCommand(answers<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
+requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
+    if (header.interface_id != 'S')
+        return {0, ENOSYS};
+    if (header.cmdp == nullptr || header.cmd_len < 6)
+        return {0, EMSGSIZE};
+    const unsigned char* const cdb = header.cmdp;
+    if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
+        return deliver(own->next(), header);
+    if (cdb[0] != inquiryOpcode)
+        return deliver(illegalRequest(invalidOpcode), header);
+    return deliver(asksForPage(cdb, supportedPagesPage) ? supportedPages(asked) : illegalRequest(invalidField), header);
+}
+
+requestResult sendDriveCommand(answerList<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
     if (replies.empty())
         return {0, refusal};
     const driveAnswer& reply = replies.next();
@@ -101,7 +103,7 @@ requestResult sendDriveCommand(answers<driveAnswer>& replies, unsigned char* tar
 }
 
 /// For a request that writes a number to its argument.
-requestResult writeNumber(answers<numberAnswer>& replies, int* target) {
+requestResult writeNumber(answerList<numberAnswer>& replies, int* target) {
     if (replies.empty())
         return {0, ENOTTY};
     const numberAnswer& reply = replies.next();
@@ -111,7 +113,7 @@ requestResult writeNumber(answers<numberAnswer>& replies, int* target) {
 }
 
 /// For a request whose result is the number itself: -1 from a driver is -EPERM, which the C library makes an error.
-requestResult returnNumber(answers<numberAnswer>& replies, int refusal) {
+requestResult returnNumber(answerList<numberAnswer>& replies, int refusal) {
     if (replies.empty())
         return {0, refusal};
     const numberAnswer& reply = replies.next();
@@ -120,7 +122,7 @@ requestResult returnNumber(answers<numberAnswer>& replies, int refusal) {
     return reply.value == -1 ? requestResult{0, EPERM} : requestResult{reply.value, 0};
 }
 
-requestResult writeAddress(answers<addressAnswer>& replies, sg_scsi_id* id) {
+requestResult writeAddress(answerList<addressAnswer>& replies, sg_scsi_id* id) {
     if (replies.empty())
         return {0, ENOTTY};
     const addressAnswer& reply = replies.next();
@@ -137,11 +139,11 @@ requestResult writeAddress(answers<addressAnswer>& replies, sg_scsi_id* id) {
 
 /// The errno of a node for a request that its driver does not know. The sg driver takes no unknown request on a
 /// descriptor that is open for reading only.
-int refusalOf(const std::string& path) { return path.rfind("/dev/sg", 0) == 0 ? EPERM : ENOTTY; }
+int refusalOf(std::string_view path) { return path.substr(0, 7) == "/dev/sg" ? EPERM : ENOTTY; }
 
 } // namespace
 
-answers<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
+answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
     if (cdb[0] != inquiryOpcode)
         return nullptr;
     if (cdb[1] == 0)

@@ -21,7 +21,7 @@ struct requestResult {
 requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument);
 
 /// The list of a node's answers to a SCSI command, or null if machine files have none for that command.
-answers<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb);
+answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb);
 
 /// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".
 std::string requestText(unsigned long request, const void* argument);

@@ -37,10 +37,6 @@ private:
     strings& asked_;
 };
 
-TCIMValue listOf(std::initializer_list<TCIMValue> elements) {
-    return {NHALDEN20::kCIMStringArray, 0, std::vector<TCIMValue>(elements)};
-}
-
 /// A machine with one device, /dev/sg0, whose identity is its path.
 class Associations : public Plugin {
 protected:
@@ -80,7 +76,8 @@ TEST_F(Associations, AreMadeOnlyWhenBothEndsAreThere) {
 
 TEST_F(Associations, PassOverDevicesWithoutASuitableIdentity) {
     commitForeign(scsi);
-    for (const TCIMValue& identity : {TCIMValue(), TCIMValue("/dev/sg0"), listOf({}), listOf({"/dev/sg0 and more"})})
+    for (const TCIMValue& identity :
+         {TCIMValue(), TCIMValue("/dev/sg0"), listOf({}), listOf({"/dev/sg0 and more", "/dev/sg0"})})
         commitForeign(scsi, "OtherIdentifyingInfo", identity);
     query(scsi);
     commitForeign(element);

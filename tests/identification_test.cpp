@@ -20,11 +20,11 @@ TEST_F(DeviceHandle, TriesTheNumberedNodeBeforeTheLetteredOne) {
     EXPECT_EQ(device_.GetDevice("/dev/sg", 65536), 1) << "the number is taken as 16 bits";
     EXPECT_EQ(device_.GetDevice("/dev/sd", 2), 1);
     EXPECT_EQ(device_.devicePath, "/dev/sdc");
-    EXPECT_EQ(device_.GetDevice("/dev/hd", 26), -1);
+    EXPECT_EQ(device_.GetDevice("/dev/hd", 154), -1);
     EXPECT_EQ(device_.fd, -1);
-    EXPECT_EQ(device_.devicePath, "/dev/hd{") << "the last name tried stays; letters run past z";
+    EXPECT_EQ(device_.devicePath, "/dev/hd\xfb") << "the last name tried stays; letters run past z";
     EXPECT_EQ(calls(), (strings{"open /dev/sg0", "close /dev/sg0", "open /dev/sd2", "open /dev/sdc", "close /dev/sdc",
-                                "open /dev/hd26", "open /dev/hd{"}));
+                                "open /dev/hd154", "open /dev/hd\xfb"}));
 }
 
 TEST_F(DeviceHandle, OpensWithoutWaitingAndTakesDescriptor0) {

@@ -43,7 +43,9 @@ protected:
 
     std::string written(void write(const inventory::runResult&, std::ostream&)) const {
         std::ostringstream output;
-        write({"host", {{{}, ns_.instances(), std::nullopt}}}, output);
+        inventory::runResult result;
+        result.queries = {{{}, ns_.instances(), std::nullopt}};
+        write(result, output);
         return output.str();
     }
 
@@ -79,16 +81,21 @@ TEST_F(Mof, LeavesOutAnInstanceThatLacksAKey) {
                                   "\n// An instance of KORVA_ATADevice is left out: it lacks the key SystemName\n"));
 }
 
+TEST_F(Mof, NamesAnInstanceThatItLeavesOutByItsPath) {
+    ns_.instances().front()->SetProperty("SystemName", true, {});
+    EXPECT_THAT(written(inventory::writeMof), testing::HasSubstr("\n    Dependent = \"KORVA_SCSIDevice.CreationClass"));
+}
+
 // What the other tests learn from the reader is worth as much as it refuses.
 TEST(MofReader, RefusesWhatIsNotWhole) {
-    const std::string whole = R"([Abstract, Description("It's " "a base.")]
-class Base { [Key, Description("d")] string Id; [Description("d")] uint16 Number; };
-[Description("d")] class Device : Base { [Description("d")] string List[]; };
-[Description("d")] class Other { [Key, Description("d")] string Id; };
-[Association, Description("d")] class Link { [Key, Description("d")] Base REF End; };
-instance of Device { Id = "a\"b\\c\x00ff"; Number = 65535; List = {"x", "y"}; }; // A comment
-instance of Other { Id = "o"; };
-instance of Link { End = "Device.Id=\"a\\\"b\\\\c\x00ff\""; };
+    const std::string whole = R"([Abstract, Version("1"), Description("It's " "a base.")]
+class Base { [Key, Description("d")] string Id; [ValueMap{"6"}, Values{"six"}, Description("d")] uint16 Number; };
+[Version("1"), Description("d")] class Device : Base { [Description("d")] string List[]; };
+[Version("1"), Description("d")] class Other { [Key, Description("d")] string Id; };
+[Association, Version("1"), Description("d")] class Link { [Key, Description("d")] Base REF End; };
+instance of Device as $D1 { Id = "a\"b\\c\x00ff"; Number = 65535; List = {"x", "y"}; }; // A comment
+instance of Other as $O1 { Id = "o"; };
+instance of Link as $L1 { End = $D1; };
 )";
     ASSERT_EQ(mof::read(whole).instances.size(), 3U);
     const struct {
@@ -105,9 +112,12 @@ instance of Link { End = "Device.Id=\"a\\\"b\\\\c\x00ff\""; };
         {R"("o")", R"("\n")", "cannot read on at instance of Other"},
         {R"("o")", "\"\xff\"", "cannot read on at instance of Other"},
         {"comment", "\x1b comment", "cannot read on at //"},
-        {"instance of Other", R"(instance of Other { Id = "o"; }; instance of Other)", "a second instance"},
-        {R"("Device.Id)", R"("Other.Id)", "there is no instance Other.Id"},
-        {R"("Device.Id=\"a\\\"b\\\\c\x00ff\"")", R"("Other.Id=\"o\"")", "End refers to an instance that is no Base"},
+        {"instance of Other", R"(instance of Other as $O2 { Id = "o"; }; instance of Other)",
+         "a second instance with the path"},
+        {"$O1", "$D1", "a second instance with the alias D1"},
+        {"= $D1", "= $L1", "there is no alias L1"},
+        {"= $D1", R"(= "Other.Id=\"o\"")", "End names an instance without its alias"},
+        {"= $D1", "= $O1", "End refers to an instance that is no Base"},
     };
     for (const auto& c : cases) {
         std::string text = whole;

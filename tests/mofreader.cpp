@@ -2,6 +2,7 @@
 
 #include <boost/fusion/include/adapt_struct.hpp>
 #include <boost/fusion/include/std_pair.hpp>
+#include <boost/fusion/include/std_tuple.hpp>
 #include <boost/spirit/home/x3.hpp>
 #include <boost/spirit/home/x3/support/utility/utf8.hpp>
 
@@ -9,6 +10,7 @@
 #include <iomanip>
 #include <sstream>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -34,7 +36,8 @@ struct classDeclaration {
     std::set<std::string> kinds;                ///< its name and those of its bases
 };
 
-using instance = std::pair<std::string, std::vector<std::pair<std::string, json>>>; // its class and its properties
+/// Its class, its alias and its properties; a reference by an alias is {"alias": NAME}.
+using instance = std::tuple<std::string, std::string, std::vector<std::pair<std::string, json>>>;
 
 } // namespace mof::ast
 
@@ -70,17 +73,25 @@ const auto word = [](const char* content) {
 
 const auto qualifier = word("Qualifier") >> x3::omit[+(printable - ';')] >> ';';
 const auto description = word("Description") >> '(' >> text >> ')' >> ']';
-const auto property = x3::rule<struct propertyId, ast::property>() = '[' >> x3::matches[word("Key") >> ','] >>
-                                                                     description >> name >> x3::matches[word("REF")] >>
-                                                                     name >> x3::matches["[]"] >> ';';
+const auto texts = '{' >> x3::omit[+(printable - '}')] >> '}';
+const auto meanings = word("ValueMap") >> texts >> ',' >> word("Values") >> texts >> ',';
+const auto version = word("Version") >> '(' >> x3::omit['"' >> +x3::char_("0-9.") >> '"'] >> ')' >> ',';
+const auto property = x3::rule<struct propertyId, ast::property>() =
+    '[' >> x3::matches[word("Key") >> ','] >> -meanings >> description >> name >> x3::matches[word("REF")] >> name >>
+    x3::matches["[]"] >> ';';
 const auto classDeclaration = x3::rule<struct classId, ast::classDeclaration>() =
-    '[' >> x3::matches[word("Abstract") >> ','] >> -(word("Association") >> ',') >> description >> word("class") >> name
-    >> (':' >> name | x3::attr(std::string())) >> '{' >> *property >> '}' >> ';';
+    '[' >> x3::matches[word("Abstract") >> ','] >> -(word("Association") >> ',') >> version >> description >>
+    word("class") >> name >> (':' >> name | x3::attr(std::string())) >> '{' >> *property >> '}' >> ';';
 
 const auto list = x3::rule<struct listId, std::vector<std::string>>() = '{' >> -(text % ',') >> '}';
+const auto alias = x3::rule<struct aliasId, std::string>() = x3::lexeme['$' >> +nameCharacter];
+const auto assignAlias = [](auto& context) {
+    x3::_val(context) = {{"alias", x3::_attr(context)}};
+};
 const auto value = x3::rule<struct valueId, json>() =
-    text[assign] | x3::uint16[assign] | x3::bool_[assign] | list[assign];
-const auto instance = x3::rule<struct instanceId, ast::instance>() = word("instance") >> word("of") >> name >> '{' >>
+    text[assign] | x3::uint16[assign] | x3::bool_[assign] | list[assign] | alias[assignAlias];
+const auto instance = x3::rule<struct instanceId, ast::instance>() = word("instance") >> word("of") >> name >>
+                                                                     word("as") >> alias >> '{' >>
                                                                      *(name >> '=' >> value >> ';') >> '}' >> ';';
 
 } // namespace mof::grammar
@@ -139,20 +150,25 @@ public:
     }
 
     void add(const ast::instance& instance) {
-        const auto& [className, values] = instance;
+        const auto& [className, alias, values] = instance;
         const auto& declaration = found(classes_, className, "class");
         require(!declaration.isAbstract, "an instance of the abstract class " + className);
         json properties = json::object();
-        for (const auto& [name, value] : values) {
+        for (auto [name, value] : values) {
             const auto& property = found(declaration.properties, name, "property");
-            require(value.type_name() == property.jsonType, name + " has a value of another type");
-            if (property.isReference && absent_.count(value) == 0)
-                require(found(paths_, value, "instance").count(property.type) != 0,
+            if (value.is_object()) {
+                value = found(aliases_, value["alias"], "alias");
+                require(paths_.at(value).count(property.type) != 0,
                         name + " refers to an instance that is no " + property.type);
+            } else if (property.isReference) {
+                require(absent_.count(value) != 0, name + " names an instance without its alias");
+            }
+            require(value.type_name() == property.jsonType, name + " has a value of another type");
             require(properties.emplace(name, value).second, name + " is set twice");
         }
         const std::string path = objectPath(className, declaration, properties);
         require(paths_.emplace(path, declaration.kinds).second, "a second instance with the path " + path);
+        require(aliases_.emplace(alias, path).second, "a second instance with the alias " + alias);
         checked.instances.push_back({{"class", className}, {"properties", properties}});
     }
 
@@ -161,6 +177,7 @@ public:
 private:
     const std::set<std::string>& absent_;
     std::map<std::string, ast::classDeclaration> classes_;
+    std::map<std::string, std::string> aliases_;         ///< of the instances, with the path of each
     std::map<std::string, std::set<std::string>> paths_; ///< of the instances, with what kinds each is of
 };
 
@@ -181,10 +198,12 @@ document read(const std::string& text, const std::set<std::string>& absent) {
 json instancesOf(const json& jsonDocument) {
     json instances = json::array();
     for (const auto& query : jsonDocument["queries"])
-        for (const auto& instance : query["instances"])
+        for (auto instance : query["instances"]) {
+            instance.erase("kernel"); // which is the program's own: MOF has what the plug-in set
             // One association may be found for several devices: they share its path, and MOF has it once.
             if (std::find(instances.begin(), instances.end(), instance) == instances.end())
                 instances.push_back(instance);
+        }
     return instances;
 }
 

@@ -14,11 +14,11 @@ struct document {
 };
 
 /// Reads a MOF document (DSP0004) of the kind that the program writes, and no other: declarations before instances,
-/// names in their case, no aliases, no pragmas, in strings only the escapes that are needed.
+/// names in their case, no pragmas, in strings only the escapes that are needed.
 ///
 /// Refuses what a compiler refuses, and what some let pass: an instance that lacks a key or belongs to an abstract
-/// class, a value of another type, a second instance with the same object path, and a reference to an instance that
-/// neither stands before it nor has its object path among `absent`. Throws std::runtime_error.
+/// class, a value of another type, a second instance with the same object path or alias, an alias that no instance
+/// before it has, and a reference by an object path that is not among `absent`. Throws std::runtime_error.
 document read(const std::string& text, const std::set<std::string>& absent = {});
 
 /// The instances of a JSON document of the program, as document::instances has those of its MOF.

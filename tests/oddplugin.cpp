@@ -1,6 +1,6 @@
-// A plug-in that does what ODD_PLUGIN says: "init" and "query" throw at that step ("query" after the first instance),
-// "number" throws a number in Init, "terminate" sends SIGTERM to the process in a query, "drift" sets properties that
-// the class does not declare, and "nothing" registers no plug-in.
+// A plug-in that does what ODD_PLUGIN says: "load", "init" and "query" throw at that step ("query" after the first
+// instance), "number" throws a number in Init, "terminate" sends SIGTERM to the process in a query, "drift" sets
+// properties that the class does not declare, and "nothing" registers no plug-in.
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
@@ -68,6 +68,7 @@ public:
 };
 
 [[gnu::constructor]] void registerPlugin() {
+    failAt("load");
     if (oddity() != "nothing")
         boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
             ->RegisterPlugin(new oddPlugin);

@@ -4,11 +4,6 @@ namespace {
 
 const std::string optical = "KORVA_CDVDDevice", ata = "KORVA_ATADevice";
 
-std::string emptyLines(std::size_t count) {
-    std::string lines(count, '\n');
-    return lines;
-}
-
 } // namespace
 
 TEST_F(Plugin, NeedsAWholeOpticalTable) {
@@ -18,14 +13,14 @@ TEST_F(Plugin, NeedsAWholeOpticalTable) {
         std::string table;
         std::size_t drives;
     } cases[] = {
-        {"19 lines and the last, failed read", drive + emptyLines(18), 1},
-        {"one line less", drive + emptyLines(17), 0},
-        {"19 lines and a half", drive + emptyLines(18) + "x", 1},
-        {"18 lines and a half", drive + emptyLines(17) + "x", 0},
-        {"the longest line", drive + std::string(255, 'x') + emptyLines(18), 1},
-        {"a longer line ends the reading", drive + std::string(256, 'x') + emptyLines(18), 0},
-        {"no drives", "drive name:\n" + emptyLines(18), 0},
-        {"no name line", emptyLines(20), 0},
+        {"19 lines and the last, failed read", drive + std::string(18, '\n'), 1},
+        {"one line less", drive + std::string(17, '\n'), 0},
+        {"19 lines and a half", drive + std::string(18, '\n') + "x", 1},
+        {"18 lines and a half", drive + std::string(17, '\n') + "x", 0},
+        {"the longest line", drive + std::string(255, 'x') + std::string(18, '\n'), 1},
+        {"a longer line ends the reading", drive + std::string(256, 'x') + std::string(18, '\n'), 0},
+        {"no drives", "drive name:\n" + std::string(18, '\n'), 0},
+        {"no name line", std::string(20, '\n'), 0},
     };
     for (const auto& c : cases) {
         plugin_ = std::make_unique<TScsidevPluginCallbacks>();
@@ -35,7 +30,7 @@ TEST_F(Plugin, NeedsAWholeOpticalTable) {
 }
 
 TEST_F(Plugin, PassesOverTheOpticalTableForEachClassUntilAnotherOne) {
-    machine().opticalTable = "drive name:\tsr0\n" + emptyLines(18);
+    machine().opticalTable = "drive name:\tsr0\n" + std::string(18, '\n');
     EXPECT_EQ(query({optical, optical}).size(), 2U);
     machine().opticalTable = "gone";
     EXPECT_EQ(query({optical, ata, optical}).size(), 1U) << "the table is read once";

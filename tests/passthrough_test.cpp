@@ -65,6 +65,7 @@ TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
     };
     for (const auto& [command, bytes] : commands) {
         EXPECT_EQ(send(command, static_cast<int>(bytes.size() + 1) / 3), -1) << "the simulated device refuses it";
+        EXPECT_EQ(passThrough_.getASC(), 0x20) << "as an unknown command";
         EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO " + bytes + " length 65535");
     }
 }

@@ -24,26 +24,6 @@ TEST_F(Plugin, TellsAnAtaDeviceByItsAnswer) {
     EXPECT_EQ(plugin_->getBusType(&device), BusTypeScsi);
 }
 
-TEST_F(Plugin, GivesANewInstanceOfARequestedClass) {
-    boost::shared_ptr<NHALDEN20::ICIMInstance> instance;
-    auto requested = classes({"KORVA_CDVDDevice", "KORVA_SysBusDeviceFirmware", "KORVA_CDVDDevice"});
-    for (const char* other : {"KORVA_cdvddevice", "KORVA_CDVDDevice ", "KORVA_CDVD", ""})
-        EXPECT_FALSE(plugin_->wasRequested(requested, other, instance)) << other;
-    EXPECT_FALSE(instance) << "left as it was";
-
-    const auto propertyCount = [&instance] {
-        return dynamic_cast<minihost::memoryInstance&>(*instance).properties().size();
-    };
-    ASSERT_TRUE(plugin_->wasRequested(requested, "KORVA_CDVDDevice", instance));
-    EXPECT_EQ(propertyCount(), 1U) << "its class name is set";
-    const auto first = instance;
-    ASSERT_TRUE(plugin_->wasRequested(requested, "KORVA_CDVDDevice", instance));
-    EXPECT_NE(instance, first);
-    ASSERT_TRUE(plugin_->wasRequested(requested, "KORVA_SysBusDeviceFirmware", instance));
-    EXPECT_EQ(propertyCount(), 0U) << "an association has no such property";
-    EXPECT_TRUE(namespace_.instances().empty()) << "nothing is committed by asking";
-}
-
 TEST_F(Plugin, NamesDeviceTypesByTheWholeByte) {
     EXPECT_EQ(plugin_->getDeviceTypeString(15), "Optical Card Reader Device");
     EXPECT_EQ(plugin_->getDeviceTypeString(17), "Optical Based Storage Device");

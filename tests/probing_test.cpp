@@ -6,9 +6,11 @@
 
 TEST_F(Plugin, ProbesADiskWithThePrescribedCalls) {
     simulator::node& disk = sgNode("/dev/sg0", inquiry(0, "ACME", "ROADRUNNER"));
-    disk.address = simulator::addressAnswer{2, 1, 3, 0x10100, 0, 0};
+    disk.address = simulator::addressAnswer{0x10200, 0x10300, 0x10400, 0x10100, 0, 0};
     disk.serialPage = serialPage("SN-0001");
-    EXPECT_EQ(each(query({"KORVA_SCSIDevice"}), "Lun"), strings{"256"}) << "16 bits are kept";
+    EXPECT_THAT(each(query({"KORVA_SCSIDevice"}), "OtherIdentifyingInfo"),
+                testing::ElementsAre(testing::HasSubstr("Port:512|Target:1024|Bus:768|Lun:256")))
+        << "16 bits are kept";
     EXPECT_EQ(strings(calls().begin(), calls().begin() + 9),
               (strings{"system modprobe sg >/dev/null 2>&1", "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM",
                        "ioctl /dev/sg0 SG_IO 12 00 00 00 24 00 length 36", "ioctl /dev/sg0 SG_GET_SCSI_ID",

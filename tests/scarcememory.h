@@ -1,38 +1,37 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
-#include <vector>
+#include <utility>
 
 /// While it lives, an allocation of this process fails: the one behind `number` others, or that and all later ones.
 class scarceMemory {
 public:
-    enum class kind { oneFails, allFail };
-
-    scarceMemory(std::size_t number, kind failing);
-    ~scarceMemory();
+    scarceMemory(std::size_t number, bool alone);
+    ~scarceMemory() { active_ = false; }
     scarceMemory(const scarceMemory&) = delete;
     scarceMemory& operator=(const scarceMemory&) = delete;
+
+    /// Did one fail while the latest of these lived?
+    static bool ranOut();
 
     /// How many allocations are alive now.
     static std::size_t living();
 
-    /// Which allocations of `call` to fail where each would take too long: of each place in the code, callers
-    /// included, the first and the last.
-    static std::vector<std::size_t> allocationsWorthFailing(const std::function<void()>& call);
-
-    /// Did one fail?
-    bool ranOut() const;
-
     /// While it lives, none fails nor counts.
     class pause {
     public:
-        pause();
-        ~pause();
+        pause() : before_(std::exchange(active_, false)) {}
+        ~pause() { active_ = before_; }
         pause(const pause&) = delete;
         pause& operator=(const pause&) = delete;
 
     private:
         bool before_;
     };
+
+    /// Does the allocation that is made now fail?
+    static bool fails();
+
+private:
+    static inline bool active_ = false;
 };

@@ -58,6 +58,8 @@ machineInUse::machineInUse(std::unique_ptr<simulator::kernel> kernel)
         const scarceMemory::pause memory;
         log_.push_back(std::to_string(level) + ' ' + text);
     });
+    for (const int kind : {0, 1})
+        minihost::setVirtualDevices(kind, machine().virtualDevices[kind]);
     minihost::setRemarkSink([](const std::string& text) { ADD_FAILURE() << "the host remarks: " << text; });
 }
 
@@ -92,14 +94,20 @@ TScsidevPluginCallbacks::classList pluginInUse::classes(const strings& names) {
     return list;
 }
 
-boost::shared_ptr<NHALDEN20::ICIMNamespace> pluginInUse::ns() { return namespace_.handle(); }
+void pluginInUse::ask(const strings& classNames) {
+    auto requested = classes(classNames);
+    plugin_->GetData(ns(), requested);
+}
 
 std::vector<properties> pluginInUse::query(const strings& classNames) {
-    auto requested = classes(classNames);
-    const std::size_t before = namespace_.instances().size();
-    plugin_->GetData(ns(), requested);
+    const std::size_t before = committed();
+    ask(classNames);
+    return committedAfter(before);
+}
+
+std::vector<properties> pluginInUse::committedAfter(std::size_t first) const {
     std::vector<properties> result;
-    for (std::size_t i = before; i < namespace_.instances().size(); ++i) {
+    for (std::size_t i = first; i < committed(); ++i) {
         const auto& instance = *namespace_.instances()[i];
         properties texts{{"class", std::string(instance.declaration().name)}};
         for (const auto& [name, value] : instance.properties())
@@ -114,6 +122,10 @@ strings pluginInUse::each(const std::vector<properties>& instances, const std::s
     for (const auto& instance : instances)
         values.push_back(instance.count(name) != 0 ? instance.at(name) : "(unset)");
     return values;
+}
+
+NHALDEN20::TCIMValue listOf(std::initializer_list<NHALDEN20::TCIMValue> elements) {
+    return {NHALDEN20::kCIMStringArray, 0, std::vector<NHALDEN20::TCIMValue>(elements)};
 }
 
 simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product) {

@@ -26,7 +26,7 @@ public:
     machineInUse& operator=(const machineInUse&) = delete;
 
     simulator::kernel& kernel() { return *kernel_; }
-    simulator::machine& machine() { return kernel_->simulated(); }
+    simulator::machine& machine() { return kernel_->model(); }
     simulator::node& at(const std::string& path) { return machine().nodes[path]; }
     /// A node of the sg driver, version 3.5, not emulated, that answers INQUIRY with `inquiry`.
     simulator::node& sgNode(const std::string& path, const simulator::scsiAnswer& inquiry);
@@ -54,14 +54,17 @@ class pluginInUse : public machineInUse {
 public:
     using machineInUse::machineInUse;
 
-    /// Runs one query and returns the instances committed during it.
+    /// Runs one query.
+    void ask(const strings& classNames);
+    /// The same, and returns the instances committed during it.
     std::vector<properties> query(const strings& classNames);
+    std::size_t committed() const { return namespace_.instances().size(); }
+    std::vector<properties> committedAfter(std::size_t first) const;
     /// The value of one property of each instance.
     static strings each(const std::vector<properties>& instances, const std::string& name);
 
-protected:
     TScsidevPluginCallbacks::classList classes(const strings& names);
-    boost::shared_ptr<NHALDEN20::ICIMNamespace> ns();
+    boost::shared_ptr<NHALDEN20::ICIMNamespace> ns() { return namespace_.handle(); }
 
     minihost::memoryNamespace namespace_;
     std::unique_ptr<TScsidevPluginCallbacks> plugin_ = std::make_unique<TScsidevPluginCallbacks>();
@@ -69,6 +72,8 @@ protected:
 
 class SimulatedMachine : public ::testing::Test, protected machineInUse {};
 class Plugin : public ::testing::Test, protected pluginInUse {};
+
+NHALDEN20::TCIMValue listOf(std::initializer_list<NHALDEN20::TCIMValue> elements);
 
 // Answers of devices. Texts are padded with blanks to their field.
 

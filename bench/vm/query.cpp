@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     if (argc != 2)
         return 2;
     const long long before = processNanoseconds();
-    minihost::pluginLibrary plugin(argv[1]);
+    minihost::pluginLibrary plugin(argv[1], argv[1]);
     std::cout << processNanoseconds() - before << '\n';
     const bool firstFoundAll = query(plugin);
     const bool secondFoundAll = query(plugin);

@@ -1,6 +1,8 @@
-#include "inventory/escape.h"
+#include "text/escape.h"
 
-namespace inventory {
+#include <algorithm>
+
+namespace text {
 
 namespace {
 
@@ -16,6 +18,9 @@ std::string hex(char c) {
 } // namespace
 
 std::string escaped(const std::string& text) {
+    // Nearly every text is printable as it is.
+    if (std::all_of(text.begin(), text.end(), [](char c) { return isPrintable(c) && c != '\\'; }))
+        return text;
     std::string result;
     result.reserve(text.size());
     for (const char c : text) {
@@ -46,4 +51,4 @@ std::string mofQuoted(const std::string& text) {
     return result + '"';
 }
 
-} // namespace inventory
+} // namespace text

@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace inventory {
+namespace text {
 
 /// `text` in printable ASCII on one line, so that device text cannot drive a terminal: backslash as \\,
 /// newline as \n, tab as \t, any other byte outside 0x20..0x7E as \x and two lower-case hex digits.
@@ -12,4 +12,4 @@ std::string escaped(const std::string& text);
 /// 0x20..0x7E as \x and four lower-case hex digits.
 std::string mofQuoted(const std::string& text);
 
-} // namespace inventory
+} // namespace text

@@ -1,4 +1,4 @@
-#include "inventory/nearest.h"
+#include "inventory/usage.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -25,17 +25,30 @@ std::size_t distance(const std::string& a, const std::string& b) {
 
 } // namespace
 
-std::string nearestWord(const std::string& word, const std::vector<std::string>& known) {
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const auto& word : words)
+        text += (text.empty() ? "" : ", ") + word;
+    return text;
+}
+
+std::string inLowerCase(std::string text) {
+    for (char& c : text)
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return text;
+}
+
+std::string didYouMean(const std::string& word, const std::vector<std::string>& known) {
     std::string nearest;
     std::size_t least = word.size() / 3 + 1;
     for (const auto& candidate : known) {
-        const std::size_t changes = distance(word, candidate);
+        const std::size_t changes = distance(inLowerCase(word), inLowerCase(candidate));
         if (changes < least) {
             least = changes;
             nearest = candidate;
         }
     }
-    return nearest;
+    return nearest.empty() ? "" : " (did you mean " + nearest + "?)";
 }
 
 } // namespace inventory

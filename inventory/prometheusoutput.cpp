@@ -1,0 +1,85 @@
+#include "inventory/prometheusoutput.h"
+
+#include "inventory/instancetext.h"
+#include "text/codepoints.h"
+#include "text/escape.h"
+
+#include <set>
+#include <string>
+#include <utility>
+
+namespace inventory {
+
+using minihost::memoryInstance;
+
+namespace {
+
+bool isDevice(const memoryInstance& instance) {
+    return isKindOf(instance.declaration(), "KORVA_SysBusDevice") || instance.declaration().name == "KORVA_CDVDDevice";
+}
+
+/// NAME="VALUE", with the three characters escaped that the format escapes.
+std::string label(const std::string& name, const std::string& value, bool forTerminal) {
+    std::string result = name + "=\"";
+    for (const char c : forTerminal ? text::escaped(value) : text::bytesAsCodePoints(value)) {
+        if (c == '"' || c == '\\')
+            result += {'\\', c};
+        else if (c == '\n')
+            result += "\\n";
+        else
+            result += c;
+    }
+    return result + '"';
+}
+
+std::string labelsOf(const memoryInstance& device, const kernelNameMap& kernelNames, bool forTerminal) {
+    const std::pair<const char*, std::string> values[] = {
+        {"class", std::string(device.declaration().name)}, {"device", propertyOf(device, "DeviceID")},
+        {"kernel", kernelNameText(kernelNames, device)},   {"vendor", propertyOf(device, "VendorID")},
+        {"product", propertyOf(device, "ProductID")},      {"revision", propertyOf(device, "Revision")},
+        {"serial", propertyOf(device, "serialNum")},       {"address", addressOf(device)},
+    };
+    std::string labels;
+    for (const auto& [name, value] : values)
+        labels += (labels.empty() ? "" : ",") + label(name, value, forTerminal);
+    return labels;
+}
+
+void writeHead(const std::string& name, const char* help, std::ostream& output) {
+    output << "# HELP " << name << ' ' << help << "\n# TYPE " << name << " gauge\n";
+}
+
+/// A device that several queries showed alike has one series.
+void writeDevices(const runResult& result, bool forTerminal, std::ostream& output) {
+    const std::string name = "scsidev_device_info";
+    writeHead(name, "A device, named by its labels; always 1.", output);
+    std::set<std::string> written;
+    for (const auto& query : result.queries) {
+        for (const auto& instance : query.instances) {
+            if (!isDevice(*instance))
+                continue;
+            const std::string labels = labelsOf(*instance, result.kernelNames, forTerminal);
+            if (written.insert(labels).second)
+                output << name << '{' << labels << "} 1\n";
+        }
+    }
+}
+
+} // namespace
+
+void writePrometheus(const runResult& result, bool forTerminal, std::ostream& output) {
+    writeDevices(result, forTerminal, output);
+    const auto write = [&output](const std::string& name, const char* help, auto number) {
+        writeHead(name, help, output);
+        output << name << ' ' << std::to_string(number) << '\n'; // digits only, whatever the locale
+    };
+    write("scsidev_collection_complete", "Whether the inventory is complete: 1, or 0 where something stayed unseen.",
+          result.isComplete() ? 1 : 0);
+    write("scsidev_nodes_present", "Device nodes that opened or refused to.", result.seen.nodesPresent);
+    write("scsidev_nodes_refused", "Device nodes that did not open.", result.seen.refused.size());
+    write("scsidev_nodes_silent", "Device nodes that opened and did not identify themselves.",
+          result.seen.silent.size());
+    write("scsidev_collection_timestamp_seconds", "When the collection ended, in seconds since 1970.", result.endedAt);
+}
+
+} // namespace inventory

@@ -1,0 +1,24 @@
+#include "inventory/result.h"
+
+#include <algorithm>
+
+namespace inventory {
+
+std::size_t runResult::instanceCount() const {
+    std::size_t count = 0;
+    for (const auto& query : queries)
+        count += query.instances.size();
+    return count;
+}
+
+bool runResult::isComplete() const {
+    constexpr int failure = 0; // the log's level of a step that failed
+    const auto& all = messages.all();
+    const bool stepFailed = std::any_of(all.begin(), all.end(), [](const message& each) {
+        return each.from == message::plugin && each.level == failure;
+    });
+    return !error && !stepFailed && seen.driverStatus == 0 && seen.refused.empty() && seen.silent.empty() &&
+           seen.beyond.empty() && seen.unread.empty();
+}
+
+} // namespace inventory
