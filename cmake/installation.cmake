@@ -9,7 +9,7 @@ install(DIRECTORY plugin/host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scsidev/pl
 
 install(DIRECTORY machines DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY} FILES_MATCHING PATTERN *.json)
 install(DIRECTORY schema DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY} OPTIONAL
-  FILES_MATCHING PATTERN *.mof)
+  FILES_MATCHING PATTERN *.mof PATTERN *.json)
 
 foreach(document changelog scsidev-inventory.1)
   add_custom_command(
@@ -23,5 +23,10 @@ install(FILES ${PROJECT_BINARY_DIR}/scsidev-inventory.1.gz DESTINATION ${CMAKE_I
 install(FILES ${PROJECT_BINARY_DIR}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${SCSIDEV_DIRECTORY})
 install(FILES completion/scsidev-inventory DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 
-install(FILES docs/host-contract.md docs/example-host.cpp docs/machine-files.md
+# Where systemd looks under every prefix; nothing is enabled.
+install(FILES fleet/scsidev-inventory.service fleet/scsidev-inventory.timer DESTINATION lib/systemd/system)
+install(PROGRAMS fleet/scsidev.fact DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY}/fleet)
+install(FILES fleet/scsidev-alerts.yml DESTINATION ${CMAKE_INSTALL_DATADIR}/${SCSIDEV_DIRECTORY}/fleet)
+
+install(FILES docs/fleet.md docs/host-contract.md docs/example-host.cpp docs/json.md docs/machine-files.md
   DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${SCSIDEV_DIRECTORY})
