@@ -1,5 +1,6 @@
 # What independent tools said of a test machine's devices, read from the files that the guest sent back.
 
+import json
 import re
 from types import SimpleNamespace
 
@@ -13,6 +14,12 @@ def linesOf(path):
     return path.read_text("ascii", "backslashreplace").splitlines()
 
 
+# The machine and its instances in a document of the program, as lines: what the run was like is left out.
+def inventoryLines(path):
+    document = json.loads(path.read_text("ascii"))
+    return json.dumps({member: document[member] for member in ("machine", "queries")}, indent=2).splitlines()
+
+
 # Text of a device, which a zero byte may end before its field ends.
 def text(data, first, size):
     return data[first:first + size].split(b"\0")[0].decode("latin-1")
@@ -23,8 +30,9 @@ def text(data, first, size):
 #   inquiry           the 36 bytes of its standard INQUIRY answer; `kind` is the first of them
 #   serial            what its unit serial number page says, None when the request failed
 #   serialHostStatus  the host adapter status with which that request ended
+#   kernel            what lsscsi calls the device: the names of its nodes, and its wwid, read from page 0x83
 #   plan              how the INQUIRY commands sent to it are made to end, by turns; then they succeed
-def readNode(tools, listed, scanned, plans):
+def readNode(tools, listed, scanned, plans, kernelNames):
     node = SimpleNamespace(**{name: value.strip() for name, value in listed.groupdict().items()})
     node.index = int(node.index)
     node.emulated = scanned.endswith(" [em]")
@@ -39,8 +47,31 @@ def readNode(tools, listed, scanned, plans):
     node.serial = text(serialPage, 4, serialPage[3]) if serialPage else None
     hostStatus = re.search(r"Host_status=0x([0-9a-f]+)", (tools / f"sg{node.index}.serial.err").read_text())
     node.serialHostStatus = int(hostStatus[1], 16) if hostStatus else 0
+    names, wwid = kernelNames["{port}:{bus}:{target}:{lun}".format(**vars(node))]
+    node.kernel = {"names": names} | ({"wwid": wwid} if wwid else {})
     node.plan = plans.get(f"sg{node.index}", [])
     return node
+
+
+# What lsblk says of block devices, by address: name and WWN, such as "0x3000000000000000".
+def readBlocks(tools):
+    lines = [re.fullmatch(r'NAME="(.*)" HCTL="(.*)" WWN="(.*)"', line).groups() for line in linesOf(tools / "lsblk")]
+    return {address: (name, wwn) for name, address, wwn in lines if address}
+
+
+# By address, the names of a device's nodes and its wwid, "" where it has none. Of block devices lsblk has to agree.
+def readKernelNames(tools):
+    blocks = readBlocks(tools)
+    names = {}
+    for line in linesOf(tools / "lsscsi-wwid"):
+        address, wwid, path = re.fullmatch(r"\[(\S+)\] +\S+ +(\S.*?) +(\S+) *", line).groups()
+        name = path.removeprefix("/dev/")
+        block, wwn = blocks.get(address, (name, ""))
+        if block != name or (address in blocks) != name.startswith(("sd", "sr")) or (
+                wwn and wwid != "naa." + wwn.removeprefix("0x")):
+            raise ValueError(f"lsscsi says {line}, lsblk {blocks.get(address)}")
+        names[address] = [] if name == "-" else [name], "" if wwid == "none" else wwid
+    return names
 
 
 # hdparm prints the data as words, whose hexadecimal digits stand in the order in which texts are read.
@@ -66,10 +97,11 @@ def readAnswers(results):
     pairs = zip(listed, linesOf(tools / "sg_scan"), strict=True)
     usb = [line for line in linesOf(tools / "hwinfo-usb") if "Device: usb" in line and "0x4012" in line]
     identify = dict(map(readIdentify, sorted(tools.glob("*.identify"))))
+    kernelNames = readKernelNames(tools)
     drives = readDrives(tools / "cdrom-info")
     return SimpleNamespace(
         machine=(results / "name").read_text().strip(),
-        nodes=[readNode(tools, match, scanned, plans) for match, scanned in pairs],
+        nodes=[readNode(tools, match, scanned, plans, kernelNames) for match, scanned in pairs],
         identify=identify,
         drives=drives,
         ideDisks=[path for path in identify if path.startswith("/dev/hd")],

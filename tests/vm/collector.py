@@ -63,7 +63,8 @@ class Collector:
         record = SimpleNamespace(
             path=node.path, bus="SCSI", kind=node.kind, inquiryText=text(node.inquiry, 8, 28), address=node.address,
             identity="Port:{}|Target:{}|Bus:{}|Lun:{}".format(*node.address),
-            vendor=node.vendor, product=node.product, revision=text(node.inquiry, 32, 4), model="", serial=serial)
+            vendor=node.vendor, product=node.product, revision=text(node.inquiry, 32, 4), model="", serial=serial,
+            kernel=node.kernel)
         self.ask(node.path, "close")
         excluded = self.isExcluded(node)
         # An ATA disk is stored for its IDENTIFY data even when a list excluded it before.
@@ -121,7 +122,8 @@ class Collector:
         self.ask(path, "open", "SG_GET_VERSION_NUM", "close", "open", "SG_GET_VERSION_NUM", "CDROM_GET_CAPABILITY",
                  "HDIO_DRIVE_CMD", "close")
         self.log += ["Device does not support SGIO, try again!", "Device does not support SGIO"]
-        record = SimpleNamespace(path=path, bus="ATA", kind=None, address=(0, 0, 0, 0), identity=path, product="")
+        record = SimpleNamespace(path=path, bus="ATA", kind=None, address=(0, 0, 0, 0), identity=path, product="",
+                                 kernel={})
         fillIn(record, self.answers.identify[path])
         return record
 

@@ -16,7 +16,8 @@ from pathlib import Path
 
 import expected
 import replay
-from answers import linesOf, readAnswers
+from answers import inventoryLines, linesOf, readAnswers
+from collector import nodesLookedAt
 from syscalls import seenCalls
 
 
@@ -29,14 +30,15 @@ def tellingLines(log):
 
 
 # This and the following functions yield comparisons: of what, the lines wanted, the lines found.
-def compareRun(program, name, document, log):
-    yield f"{name}: exit status", ["0"], linesOf(program / f"{name}.status")
+def compareRun(program, name, document, log, silent=(), beyond=()):
+    yield f"{name}: exit status", ["3" if silent or beyond else "0"], linesOf(program / f"{name}.status")
     yield f"{name}: what the log tells", log, tellingLines(program / f"{name}.log")
-    yield f"{name}: document", json.dumps(document, indent=2).splitlines(), linesOf(program / f"{name}.json")
+    yield f"{name}: silent nodes", list(silent), json.loads((program / f"{name}.json").read_text())["nodes"]["silent"]
+    yield f"{name}: document", json.dumps(document, indent=2).splitlines(), inventoryLines(program / f"{name}.json")
 
 
-def compareTraced(program, document, log, calls):
-    yield from compareRun(program, "traced", document, log)
+def compareTraced(program, document, log, calls, silent=(), beyond=()):
+    yield from compareRun(program, "traced", document, log, silent, beyond)
     yield "system calls on device nodes", calls, seenCalls(program / "trace")
 
 
@@ -47,11 +49,12 @@ def virtualEntries(results, kind):
 def compareInventory(results, answers, programs):
     program = results / "program"
     document, log, calls = expected.run(answers, expected.defaultQueries)
-    yield from compareRun(program, "inventory", document, log)
-    yield from compareTraced(program, document, log, calls)
+    beyond = answers.nodes[nodesLookedAt:]
+    yield from compareRun(program, "inventory", document, log, beyond=beyond)
+    yield from compareTraced(program, document, log, calls, beyond=beyond)
     document, log, _ = expected.run(answers, ("KORVA_SCSIDevice", "KORVA_ATADevice", "KORVA_CDVDDevice"),
                                     virtualEntries(results, 0), virtualEntries(results, 1))
-    yield from compareRun(program, "virtual", document, log)
+    yield from compareRun(program, "virtual", document, log, beyond=beyond)
     yield from replay.compareRecording(program)
     yield from replay.compareReplay(programs, program, "inventory")
     yield from replay.compareTools(programs, results, answers)
@@ -60,7 +63,8 @@ def compareInventory(results, answers, programs):
 def compareFaults(results, answers, programs):
     program = results / "program"
     document, log, calls = expected.run(answers, ("KORVA_SCSIDevice",))
-    yield from compareTraced(program, document, log, calls)
+    shown = [instance["properties"]["DeviceID"] for instance in document["queries"][0]["instances"]]
+    yield from compareTraced(program, document, log, calls, [n.path for n in answers.nodes if n.path not in shown])
     slept = 5 * calls.count("sleep 5 s")
     yield f"at least {slept} s of sleep", [True], [int((program / "traced.seconds").read_text()) >= slept]
     yield from replay.compareReplay(programs, program, "traced", "KORVA_SCSIDevice")

@@ -17,7 +17,8 @@ elementKeys = ("Name", "SoftwareElementId", "SoftwareElementState", "TargetOpera
 def deviceInstance(className, machine, record):
     port, target, bus, lun = record.address
     name = f"{record.vendor} {record.product}"
-    return {"class": className, "properties": {
+    kernel = {"kernel": record.kernel} if any(record.kernel.values()) else {}
+    return {"class": className} | kernel | {"properties": {
         "CreationClassName": className, "SystemCreationClassName": systemClass, "SystemName": machine,
         "Caption": record.inquiryText if className == "KORVA_SCSITapeDrive" else name,
         "Name": record.path, "DeviceID": record.path, "ElementName": name,

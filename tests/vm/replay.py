@@ -5,7 +5,7 @@ import os
 import re
 import subprocess
 
-from answers import linesOf
+from answers import inventoryLines, linesOf
 from collector import diskAskedFor, nodesLookedAt
 
 
@@ -30,8 +30,9 @@ def compareRecording(runs):
 def compareReplay(programs, runs, name, *queries):
     replayed = outputOf([programs / "scsidev-inventory", "--machine", runs / "machine.json", "--format", "json",
                          "--log-level", "3", *queries])
-    yield "replayed: exit status", ["0"], [str(replayed.returncode)]
-    yield "replayed: document", linesOf(runs / f"{name}.json"), replayed.stdout.splitlines()
+    (runs / "replayed.json").write_text(replayed.stdout)
+    yield "replayed: exit status", linesOf(runs / f"{name}.status"), [str(replayed.returncode)]
+    yield "replayed: document", inventoryLines(runs / f"{name}.json"), inventoryLines(runs / "replayed.json")
     yield "replayed: log", logLines(linesOf(runs / f"{name}.log")), logLines(replayed.stderr.splitlines())
 
 
