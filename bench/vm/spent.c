@@ -1,5 +1,6 @@
-// Runs a command a number of times and prints for each run how much processor time it took, in nanoseconds: the process
-// itself, from its fork to its end, and the same together with the children that it waited for.
+// spent RUNS STATUS COMMAND: runs a command, which has to end with that exit status, and prints for each run how much
+// processor time it took, in nanoseconds: the process itself, from its fork to its end, and the same together with the
+// children that it waited for.
 
 #include <fcntl.h>
 #include <stdio.h>
@@ -39,18 +40,19 @@ static long long ownNanoseconds(pid_t pid) {
 static long long nanoseconds(struct timeval time) { return time.tv_sec * 1000000000LL + time.tv_usec * 1000LL; }
 
 int main(int argc, char** argv) {
-    if (argc < 3)
+    if (argc < 4)
         return 2;
+    const int wanted = atoi(argv[2]);
     const int silence = open("/dev/null", O_WRONLY | O_CLOEXEC);
     for (int run = atoi(argv[1]); run > 0; --run) {
-        const pid_t pid = start(argv + 2, silence);
+        const pid_t pid = start(argv + 3, silence);
         const long long own = ownNanoseconds(pid);
         int status;
         struct rusage family;
         if (wait4(pid, &status, 0, &family) != pid)
             die("wait4");
-        if (status != 0) {
-            fprintf(stderr, "%s ended with wait status %#x\n", argv[2], status);
+        if (!WIFEXITED(status) || WEXITSTATUS(status) != wanted) {
+            fprintf(stderr, "%s ended with wait status %#x\n", argv[3], status);
             return 1;
         }
         printf("%lld %lld\n", own, nanoseconds(family.ru_utime) + nanoseconds(family.ru_stime));
