@@ -46,6 +46,7 @@ suiteApt() { # PROGRAM ARGUMENT...
 unpackPackage() { # PACKAGE DIRECTORY
     (cd "$aptFiles" && suiteApt apt-get download -q "$1") >"$work/apt.log" 2>&1 ||
         die 2 "apt-get could not download $1 (see $work/apt.log)"
+    mkdir -p "$2" # dpkg makes the last directory of a path only
     dpkg -x "$aptFiles/$1"_*.deb "$2"
     rm -rf "$aptFiles"
 }
