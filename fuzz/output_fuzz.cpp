@@ -81,7 +81,7 @@ void checkMof(const std::string& asMof, const minihost::memoryNamespace& ns, con
         json declared{{"class", instance.declaration().name}, {"properties", json::object()}};
         bool isWhole = instance.declaration().kind != minihost::classKind::abstract;
         for (const auto* property : propertiesOf(instance.declaration())) {
-            if (instance.findSuitable(property->name) != nullptr)
+            if (instance.findSuitable(*property) != nullptr)
                 declared["properties"][property->name] = all[i]["properties"][property->name];
             else
                 isWhole = isWhole && !property->isKey;

@@ -112,7 +112,7 @@ std::string refusal(const memoryInstance& instance) {
     if (instance.declaration().kind == classKind::abstract)
         return "the class is abstract";
     for (const propertyDeclaration* property : propertiesOf(instance.declaration())) {
-        if (property->isKey && instance.findSuitable(property->name) == nullptr)
+        if (property->isKey && instance.findSuitable(*property) == nullptr)
             return "it lacks the key " + std::string(property->name);
     }
     return "";

@@ -71,7 +71,7 @@ memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& decl
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     TContext keys;
     for (const propertyDeclaration* property : propertiesOf(declaration_)) {
-        const TCIMValue* value = property->isKey ? findSuitable(property->name) : nullptr;
+        const TCIMValue* value = property->isKey ? findSuitable(*property) : nullptr;
         if (value != nullptr)
             keys.emplace(property->name, *value);
     }
@@ -109,10 +109,10 @@ const TCIMValue* memoryInstance::find(std::string_view name) const {
     return nullptr;
 }
 
-const TCIMValue* memoryInstance::findSuitable(std::string_view name) const {
-    const TCIMValue* value = find(name);
+const TCIMValue* memoryInstance::findSuitable(const propertyDeclaration& property) const {
+    const TCIMValue* value = find(property.name);
     const bool isEmpty = value == nullptr || value->Content().isEmpty();
-    return isEmpty || !mismatch(declaration_, name, *value).empty() ? nullptr : value;
+    return isEmpty || !suits(*value, property) ? nullptr : value;
 }
 
 void memoryInstance::CommitToClass(const TContext& /*context*/) { namespace_.commit(shared_from_this()); }

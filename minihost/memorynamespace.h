@@ -38,8 +38,8 @@ public:
     const propertyList& properties() const { return properties_; }
     /// The value of a property, or null when it was never set.
     const NHALDEN20::TCIMValue* find(std::string_view name) const;
-    /// The same, but null also when the value is empty or not of the type that the class declares.
-    const NHALDEN20::TCIMValue* findSuitable(std::string_view name) const;
+    /// The value of a property that the class declares, or null when it was never set, is empty or has another type.
+    const NHALDEN20::TCIMValue* findSuitable(const propertyDeclaration& property) const;
 
 private:
     void CommitToClass(const NHALDEN20::TContext& context) override;

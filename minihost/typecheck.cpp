@@ -57,6 +57,8 @@ std::string typeText(std::string_view type, std::string_view referenced) {
     return std::string(type) + (type == "reference" ? " to " : "") + std::string(referenced);
 }
 
+} // namespace
+
 bool suits(const TCIMValue& value, const propertyDeclaration& property) {
     if (value.Content().isEmpty())
         return true;
@@ -65,8 +67,6 @@ bool suits(const TCIMValue& value, const propertyDeclaration& property) {
     const classDeclaration* target = findClass(referencedClass(value));
     return target != nullptr && isKindOf(*target, property.referenced);
 }
-
-} // namespace
 
 std::string mismatch(const classDeclaration& declaration, std::string_view name, const TCIMValue& value) {
     const propertyDeclaration* property = findProperty(declaration, name);

@@ -8,8 +8,11 @@
 
 namespace minihost {
 
+/// Is `value` of the type that the property is declared with? The empty value suits every type.
+bool suits(const NHALDEN20::TCIMValue& value, const propertyDeclaration& property);
+
 /// What is wrong with `value` as the property `name` of a class: the class declares no such property, or one
-/// of another type. "" when nothing is; the empty value suits every type.
+/// of another type. "" when nothing is.
 std::string mismatch(const classDeclaration& declaration, std::string_view name, const NHALDEN20::TCIMValue& value);
 
 } // namespace minihost

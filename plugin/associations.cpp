@@ -21,7 +21,7 @@ bool deviceMatches(ICIMInstance& device, const std::string& key) {
     if (!property)
         return false;
     TCIMValue value = property->GetValue();
-    const std::vector<TCIMValue> identities = static_cast<std::vector<TCIMValue>&>(value);
+    const std::vector<TCIMValue>& identities = value;
     return !identities.empty() && matches(identities.front(), key);
 }
 
