@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <set>
 #include <string_view>
 
 namespace {
@@ -127,11 +128,10 @@ askedMachine::~askedMachine() {
 void askedMachine::beginQuery() {
     if (options_.askAgain)
         recorder_.beginWalk();
-    if (options_.askAgain || !recorder_.sawDevices())
+    if (options_.askAgain || (!again_ && !recorder_.sawDevices()))
         return;
     if (!again_) {
         using simulator::kernel;
-        recorder_.endWalk();
         again_.emplace(recorder_.walkedAgain(kernel_ ? kernel_->model() : simulator::machine()),
                        kernel::calls::forgotten, kernel_ ? kernel::scope::machine : kernel::scope::devices);
         again_->giveNumbers();
@@ -193,22 +193,28 @@ void askedMachine::report(runResult& result) const {
     // The query ends with grep, which ends with 1 where nothing is found.
     if (const int usb = recorder_.usbStatus().value_or(0); !WIFEXITED(usb) || WEXITSTATUS(usb) > 1)
         seen.unread.emplace_back("the USB listing could not be read: virtual USB media cannot be told apart");
+    std::set<std::string> paths;
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
-            const std::string node = nodeOf(*instance);
-            if (auto known = kernelNames(node, options_.format != outputFormat::table); !known.empty())
-                result.kernelNames[node] = {known.names, known.wwid};
+            if (std::string path = nodeOf(*instance); simulator::isSgNodePath(path))
+                paths.insert(std::move(path));
         }
     }
+    for (const auto& [path, known] : kernelNames(paths, options_.format != outputFormat::table))
+        result.kernelNames[path] = {known.names, known.wwid};
     result.secondsSkipped = kernel_ ? kernel_->secondsSkipped() : 0;
 }
 
-simulator::kernelNames askedMachine::kernelNames(const std::string& node, bool wantsWwid) const {
+std::map<std::string, simulator::kernelNames> askedMachine::kernelNames(const std::set<std::string>& paths,
+                                                                        bool wantsWwid) const {
     if (!kernel_)
-        return readKernelNames(node, wantsWwid);
-    const auto& nodes = kernel_->model().nodes;
-    const auto found = nodes.find(node);
-    return found == nodes.end() ? simulator::kernelNames() : found->second.knownAs;
+        return readKernelNames(paths, wantsWwid);
+    std::map<std::string, simulator::kernelNames> known;
+    for (const auto& [path, node] : kernel_->model().nodes) {
+        if (!node.knownAs.empty() && paths.count(path) > 0)
+            known[path] = node.knownAs;
+    }
+    return known;
 }
 
 std::string askedMachine::writeRecording() {
@@ -216,8 +222,11 @@ std::string askedMachine::writeRecording() {
         return "";
     simulator::machine machine = recorder_.recorded();
     machine.name = NHALDEN20::TOSSpecific::GetMachineName();
-    for (auto& [path, node] : machine.nodes)
-        node.knownAs = kernelNames(path, true);
+    std::set<std::string> paths;
+    for (const auto& [path, node] : machine.nodes)
+        paths.insert(path);
+    for (auto& [path, known] : kernelNames(paths, true))
+        machine.nodes[path].knownAs = known;
     for (const auto& path : sgNodesBeyond())
         machine.nodes[path]; // without answers, since nobody asked: a replay too says that they are not shown
     for (const int kind : {0, 1})

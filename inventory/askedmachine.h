@@ -7,7 +7,9 @@
 #include "simulator/recorder.h"
 
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -60,7 +62,7 @@ private:
     };
 
     std::vector<std::string> sgNodesBeyond() const;
-    simulator::kernelNames kernelNames(const std::string& node, bool wantsWwid) const;
+    std::map<std::string, simulator::kernelNames> kernelNames(const std::set<std::string>& paths, bool wantsWwid) const;
 
     const runOptions& options_;
     std::optional<simulator::kernel> kernel_; ///< none: this machine's own

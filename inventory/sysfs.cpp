@@ -5,8 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iterator>
+#include <climits>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace inventory {
@@ -15,29 +16,55 @@ namespace {
 
 using simulator::kernelNames;
 
-constexpr std::size_t mostEntries = 64; // of a directory; the largest, scsi_tape, has eight
+using directoryHandle = std::unique_ptr<DIR, int (*)(DIR*)>;
 
-/// The names of the entries in a subdirectory, but for those that begin with a dot; none where it cannot be read.
-std::vector<std::string> entriesOf(int directory, const char* name) {
-    const int fd = ::openat(directory, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0)
-        return {};
-    const std::unique_ptr<DIR, int (*)(DIR*)> listing(::fdopendir(fd), ::closedir);
-    if (!listing) {
+/// Takes over the descriptor of a directory; null where it is none.
+directoryHandle listingOf(int fd) {
+    DIR* const listing = fd < 0 ? nullptr : ::fdopendir(fd);
+    if (listing == nullptr && fd >= 0)
         ::close(fd);
-        return {};
-    }
-    std::vector<std::string> names;
-    while (const dirent* const entry = names.size() < mostEntries ? ::readdir(listing.get()) : nullptr) {
-        if (entry->d_name[0] != '.')
-            names.emplace_back(entry->d_name);
-    }
-    return names;
+    return {listing, ::closedir};
 }
 
-/// The start of a file, as much as a sysfs file can have; empty where it cannot be read.
-std::string startOf(int directory, const char* name) {
-    const int fd = ::openat(directory, name, O_RDONLY | O_CLOEXEC);
+/// The device to which an entry of a class belongs, known by its path in sysfs: the entry is a link to
+/// DEVICE/CLASS/ENTRY. Empty for any other, such as the link of a partition, and for what is no link.
+std::string deviceOf(int directory, const std::string& kind, const std::string& entry) {
+    char target[PATH_MAX];
+    const ssize_t size = ::readlinkat(directory, entry.c_str(), target, sizeof target);
+    const std::string_view path(target, size < 0 ? 0 : static_cast<std::size_t>(size));
+    const std::string end = '/' + kind + '/' + entry;
+    if (path.size() < end.size() || path.substr(path.size() - end.size()) != end)
+        return "";
+    return std::string(path.substr(0, path.size() - end.size()));
+}
+
+/// Is this the plain name of a tape drive, "st0"? The names beside it, "nst0" or "st0a", are the same drive in modes
+/// that do not rewind or have another density.
+bool isPlainTapeName(std::string_view name) {
+    return name.size() > 2 && name.substr(0, 2) == "st" &&
+           name.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
+using namesOfDevices = std::map<std::string, std::vector<std::string>>; // by the path of the device
+
+/// Adds the names of the devices of a class; none where its directory cannot be read.
+void addNames(int sgClass, const std::string& kind, namesOfDevices& found) {
+    const directoryHandle listing =
+        listingOf(::openat(sgClass, ("../" + kind).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr) {
+        const std::string name = entry->d_name;
+        if (kind != "scsi_tape" || isPlainTapeName(name)) {
+            const std::string device = deviceOf(::dirfd(listing.get()), kind, name);
+            if (!device.empty())
+                found[device].push_back(name);
+        }
+    }
+}
+
+/// The start of a file, as much as a sysfs file can have, without the line end and the blanks that end it; empty where
+/// it cannot be read.
+std::string startOf(int directory, const std::string& name) {
+    const int fd = ::openat(directory, name.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0)
         return "";
     std::string content(kernelNames::longestWwid, '\0');
@@ -46,37 +73,35 @@ std::string startOf(int directory, const char* name) {
     while (size < content.size() && (got = ::read(fd, content.data() + size, content.size() - size)) > 0)
         size += static_cast<std::size_t>(got);
     ::close(fd);
-    return content.substr(0, size);
-}
-
-/// Is this the plain name of a tape drive, "st0"? The names beside it, "nst0" or "st0a", are the same drive in modes
-/// that do not rewind or have another density.
-bool isPlainTapeName(const std::string& name) {
-    return name.size() > 2 && name.compare(0, 2, "st") == 0 &&
-           name.find_first_not_of("0123456789", 2) == std::string::npos;
+    content.resize(size);
+    content.erase(content.find_last_not_of(" \n") + 1);
+    return content;
 }
 
 } // namespace
 
-kernelNames readKernelNames(const std::string& node, bool wantsWwid, const std::string& directory) {
-    if (!simulator::isSgNodePath(node))
+std::map<std::string, kernelNames> readKernelNames(const std::set<std::string>& nodes, bool wantsWwid,
+                                                   const std::string& directory) {
+    const directoryHandle listing = listingOf(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!listing)
         return {};
-    const std::string path = directory + node.substr(node.rfind('/') + 1) + "/device";
-    const int device = ::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    if (device < 0)
-        return {};
-    kernelNames known;
-    for (const char* kind : {"block", "scsi_changer"}) { // block: optical drives as well
-        const auto names = entriesOf(device, kind);
-        known.names.insert(known.names.end(), names.begin(), names.end());
+    const int sgClass = ::dirfd(listing.get());
+    namesOfDevices names;
+    for (const char* kind : {"block", "scsi_changer", "scsi_tape"}) // block: optical drives as well
+        addNames(sgClass, kind, names);
+    std::map<std::string, kernelNames> known;
+    for (const auto& node : nodes) {
+        if (!simulator::isSgNodePath(node))
+            continue;
+        const std::string entry = node.substr(node.rfind('/') + 1);
+        kernelNames ofNode;
+        ofNode.names = names[deviceOf(sgClass, "scsi_generic", entry)];
+        std::sort(ofNode.names.begin(), ofNode.names.end());
+        if (wantsWwid)
+            ofNode.wwid = startOf(sgClass, entry + "/device/wwid");
+        if (!ofNode.empty())
+            known[node] = ofNode;
     }
-    const auto tapes = entriesOf(device, "scsi_tape");
-    std::copy_if(tapes.begin(), tapes.end(), std::back_inserter(known.names), isPlainTapeName);
-    std::sort(known.names.begin(), known.names.end());
-    if (wantsWwid)
-        known.wwid = startOf(device, "wwid");
-    known.wwid.erase(known.wwid.find_last_not_of(" \n") + 1);
-    ::close(device);
     return known;
 }
 

@@ -16,6 +16,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
+#include <sys/single_threaded.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -57,7 +58,9 @@ callResult askKernel(Call call) {
     kernel* const active = activeKernel();
     if (active == nullptr)
         return std::nullopt;
-    const std::lock_guard<std::recursive_mutex> alone(kernelInUse);
+    std::unique_lock<std::recursive_mutex> alone(kernelInUse, std::defer_lock);
+    if (__libc_single_threaded == 0) // most programs have one thread, and a lock costs as much as a short request
+        alone.lock();
     return call(*active);
 }
 

@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <fstream>
 #include <iterator>
+#include <utility>
 
 namespace simulator {
 
@@ -68,9 +69,11 @@ void recorder::sawClose(int fd) {
     open_.erase(fd);
 }
 
-machine recorder::walkedAgain(machine rest) const {
+machine recorder::walkedAgain(machine rest) {
+    walkEnded_ = true;
+    open_.clear();
     rest.modprobe = machine_.modprobe;
-    rest.nodes = machine_.nodes;
+    rest.nodes = keepsTexts_ ? machine_.nodes : std::exchange(machine_.nodes, {}); // nobody asks for them later
     for (auto& [path, node] : rest.nodes) {
         node.inquiry.keepLast();
         node.serialPage.keepLast();

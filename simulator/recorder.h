@@ -58,15 +58,12 @@ public:
     /// Has anything been recorded of device nodes or their driver?
     bool sawDevices() const { return !machine_.nodes.empty() || !machine_.modprobe.empty(); }
 
-    /// The machine `rest` with device nodes and a driver that answer as those recorded did: of a command that was
-    /// retried, only the last answer.
-    machine walkedAgain(machine rest) const;
+    /// Ends the walk: looks at device nodes and their driver no more. Returns the machine `rest` with nodes and a
+    /// driver that answer as those recorded did: of a command that was retried, only the last answer.
+    machine walkedAgain(machine rest);
 
     /// The device nodes will be walked from the start again.
     void beginWalk() { nodes_.beginWalk(); }
-
-    /// Looks at device nodes and their driver no more: from now on they give the same answers again.
-    void endWalk() { walkEnded_ = true; }
 
 private:
     bool keepsAnswers_;

@@ -15,11 +15,16 @@ TEST(Sysfs, TellsWhatTheKernelCallsADevice) {
     const struct {
         const char* why;
         std::string node;
-        texts directories; ///< of sg7
+        texts entries; ///< of classes, as links to where they are below the device of sg7
         std::string wwid, wwidTold;
         texts namesTold;
     } cases[] = {
-        {"a disk", "/dev/sg7", {"block/sda"}, "naa.5000c500\n", "naa.5000c500", {"sda"}},
+        {"a disk with a partition",
+         "/dev/sg7",
+         {"block/sda", "block/sda/sda1"},
+         "naa.5000c500\n",
+         "naa.5000c500",
+         {"sda"}},
         {"a tape drive in all its modes",
          "/dev/sg7",
          {"scsi_tape/nst10", "scsi_tape/st10", "scsi_tape/st10a", "scsi_tape/st"},
@@ -39,16 +44,27 @@ TEST(Sysfs, TellsWhatTheKernelCallsADevice) {
         {"a node that the kernel does not know", "/dev/sg70", {"block/sda"}, "naa.1\n", "", {}},
     };
     const fs::path root = testing::TempDir() + "scsidev-sysfs";
+    const auto tell = [&root](const std::string& node) {
+        return inventory::readKernelNames({node}, true, (root / "scsi_generic/").string())[node];
+    };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         fs::remove_all(root);
-        for (const auto& directory : c.directories)
-            fs::create_directories(root / "sg7/device" / directory);
-        std::ofstream(root / "sg7/device/wwid") << c.wwid;
-        const auto known = inventory::readKernelNames(c.node, true, root.string() + '/');
+        const auto addEntry = [&root](const fs::path& entry, const char* device) {
+            const fs::path link = root / *entry.begin() / entry.filename();
+            fs::create_directories(link.parent_path());
+            fs::create_symlink("../devices" / (device / entry), link);
+        };
+        addEntry("scsi_generic/sg7", "host7/7:0:0:0");
+        addEntry("block/sdz", "host7/7:0:0:1"); // another device's
+        for (const auto& entry : c.entries)
+            addEntry(entry, "host7/7:0:0:0");
+        fs::create_directories(root / "devices/host7/7:0:0:0/scsi_generic/sg7/device");
+        std::ofstream(root / "scsi_generic/sg7/device/wwid") << c.wwid;
+        const auto known = tell(c.node);
         EXPECT_EQ(known.names, c.namesTold);
         EXPECT_EQ(known.wwid, c.wwidTold);
     }
     fs::remove_all(root);
-    EXPECT_TRUE(inventory::readKernelNames("/dev/sg7", true, root.string() + '/').empty());
+    EXPECT_TRUE(tell("/dev/sg7").empty());
 }
