@@ -6,9 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <map>
-#include <set>
 #include <string_view>
-#include <utility>
 
 namespace inventory {
 
@@ -24,18 +22,25 @@ bool isDeviceClass(const std::string& name) {
 
 /// What the instances of a run say of devices and firmware. Both are known by an identity, such as an address.
 struct knownInstances {
-    std::map<std::string, std::string> devices;               ///< identities by DeviceID
-    std::set<std::string> firmware;                           ///< identities
-    std::set<std::pair<std::string, std::string>> associated; ///< DeviceID and the firmware's identity
+    struct knownDevice {
+        std::string identity;
+        bool isAssociated = false; ///< with the firmware of the same identity
+    };
+
+    std::map<std::string, knownDevice> devices; ///< by DeviceID
+    std::vector<std::string> firmware;     ///< identities
 
     void add(const minihost::memoryInstance& instance) {
         if (isKindOf(instance.declaration(), "KORVA_SysBusDevice"))
-            devices[propertyOf(instance, "DeviceID")] = propertyOf(instance, "OtherIdentifyingInfo");
+            devices[propertyOf(instance, "DeviceID")].identity = propertyOf(instance, "OtherIdentifyingInfo");
         else if (instance.declaration().name == elementClass)
-            firmware.insert(propertyOf(instance, "SoftwareElementId"));
-        else if (instance.declaration().name == associationClass)
-            associated.emplace(keyAt(instance, "Dependent", "DeviceID"),
-                               keyAt(instance, "Antecedent", "SoftwareElementId"));
+            firmware.push_back(propertyOf(instance, "SoftwareElementId"));
+    }
+
+    void associate(const minihost::memoryInstance& association) {
+        const auto found = devices.find(keyAt(association, "Dependent", "DeviceID"));
+        if (found != devices.end() && found->second.identity == keyAt(association, "Antecedent", "SoftwareElementId"))
+            found->second.isAssociated = true;
     }
 
     /// Is another identity a part of this one? The collector takes the first device and the first firmware element
@@ -45,7 +50,8 @@ struct knownInstances {
             return known != identity && identity.find(known) != std::string::npos;
         };
         return std::any_of(firmware.begin(), firmware.end(), isOther) ||
-               std::any_of(devices.begin(), devices.end(), [&](const auto& device) { return isOther(device.second); });
+               std::any_of(devices.begin(), devices.end(),
+                           [&](const auto& device) { return isOther(device.second.identity); });
     }
 };
 
@@ -59,6 +65,7 @@ std::string countOf(std::size_t part, const knownInstances& known) {
 std::vector<std::string> firmwareRemarks(const runResult& result) {
     std::vector<std::string> remarks;
     knownInstances known;
+    std::vector<const minihost::memoryInstance*> associations;
     bool askedDevices = false, askedFirmware = false, asked = false, askedTooEarly = false;
     for (const auto& query : result.queries) {
         for (const auto& name : query.classes) {
@@ -69,8 +76,11 @@ std::vector<std::string> firmwareRemarks(const runResult& result) {
             asked = true;
             askedTooEarly = askedTooEarly || (query.instances.empty() && !(askedDevices && askedFirmware));
         }
-        for (const auto& instance : query.instances)
+        for (const auto& instance : query.instances) {
             known.add(*instance);
+            if (instance->declaration().name == associationClass)
+                associations.push_back(instance.get());
+        }
     }
     if (askedTooEarly)
         remarks.push_back(std::string(associationClass) +
@@ -78,10 +88,12 @@ std::vector<std::string> firmwareRemarks(const runResult& result) {
                           std::string(elementClass) + " before it");
     if (!asked || askedTooEarly)
         return remarks;
+    for (const auto* association : associations)
+        known.associate(*association);
     std::size_t mistaken = 0, missing = 0;
-    for (const auto& [device, identity] : known.devices) {
-        if (known.associated.count({device, identity}) == 0)
-            ++(known.isMistakable(identity) ? mistaken : missing);
+    for (const auto& [id, device] : known.devices) {
+        if (!device.isAssociated)
+            ++(known.isMistakable(device.identity) ? mistaken : missing);
     }
     if (mistaken > 0)
         remarks.push_back(countOf(mistaken, known) + "the first identity contained in theirs is another's)");

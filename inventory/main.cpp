@@ -100,12 +100,14 @@ void writeDocument(const inventory::runResult& result, const inventory::runOptio
 }
 
 int show(const inventory::runOptions& options, std::ostream& output) {
-    minihost::memoryNamespace ns;
+    // The namespace stays to the end of the process, which follows: to free its instances one by one would be for
+    // nothing.
+    static auto& ns = *new minihost::memoryNamespace;
     inventory::runResult result;
     result.simulated = !options.machineFile.empty();
     const std::string recorded = runToTheEnd(options, ns, result);
     result.endedAt = std::time(nullptr);
-    const std::vector<std::string> remarks = inventory::remarksOn(result, inventory::exampleMachineFile());
+    const std::vector<std::string> remarks = inventory::remarksOn(result, inventory::exampleMachineFile);
     for (const auto& remark : remarks)
         result.messages.add(inventory::message::program, 0, remark);
     writeDocument(result, options, output);

@@ -164,8 +164,6 @@ void check(const CLI::App& app, const rawOptions& raw, runOptions& options) {
     options.logLevel = parseLogLevel(raw.logLevel);
     for (const auto& query : raw.queries)
         options.queries.push_back(parseQuery(query));
-    if (raw.queries.empty())
-        options.queries = defaultQueries();
     for (const auto& device : raw.virtualDevices)
         addVirtualDevice(device, options);
     options.machineFile = fileOf(app, "--machine");
@@ -175,26 +173,12 @@ void check(const CLI::App& app, const rawOptions& raw, runOptions& options) {
     if (options.force && options.recordFile.empty())
         throw usageError("--force goes with --record only");
     options.plugin = fileOf(app, "--plugin");
-    if (options.plugin.empty())
-        options.plugin = installedFile("libscsidev.pi.so");
-    options.pluginPath = std::filesystem::absolute(options.plugin).string();
     options.outputFile = fileOf(app, "--output");
     if (!options.outputFile.empty() && options.outputFile == options.recordFile)
         throw usageError("--output: names the file of --record");
 }
 
-} // namespace
-
-std::string exampleMachineFile() {
-    namespace fs = std::filesystem;
-    const std::string name = "machines/rack-server.json";
-    std::error_code ignored;
-    const fs::path program = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-    const fs::path installed = (program / SCSIDEV_DATA_DIRECTORY / name).lexically_normal();
-    return fs::exists(installed, ignored) ? installed.string() : name;
-}
-
-commandLine readCommandLine(int argc, const char* const* argv) {
+commandLine parse(int argc, const char* const* argv) {
     commandLine result;
     rawOptions raw;
     CLI::App app("Shows the SCSI, ATA and optical devices of a machine and their firmware as CIM instances.",
@@ -218,12 +202,36 @@ commandLine readCommandLine(int argc, const char* const* argv) {
         const std::string text = wrong.what(); // "--option: ...", of which only the name is kept
         result.what = commandLine::outcome::wrong;
         result.text = text.substr(0, text.find(':')) + ": a value is missing";
-    } catch (const std::system_error&) {
-        throw; // no fault of the command line
     } catch (const std::runtime_error& wrong) {
         result.what = commandLine::outcome::wrong;
         result.text = wrong.what();
     }
+    return result;
+}
+
+} // namespace
+
+std::string exampleMachineFile() {
+    namespace fs = std::filesystem;
+    const std::string name = "machines/rack-server.json";
+    std::error_code ignored;
+    const fs::path program = fs::read_symlink("/proc/self/exe", ignored).parent_path();
+    const fs::path installed = (program / SCSIDEV_DATA_DIRECTORY / name).lexically_normal();
+    return fs::exists(installed, ignored) ? installed.string() : name;
+}
+
+commandLine readCommandLine(int argc, const char* const* argv) {
+    commandLine result;
+    if (argc > 1) // to describe the options to CLI11 takes longer than to repeat a query
+        result = parse(argc, argv);
+    if (result.what != commandLine::outcome::run)
+        return result;
+    runOptions& options = result.options;
+    if (options.queries.empty())
+        options.queries = defaultQueries();
+    if (options.plugin.empty())
+        options.plugin = installedFile("libscsidev.pi.so");
+    options.pluginPath = std::filesystem::absolute(options.plugin).string();
     return result;
 }
 

@@ -106,7 +106,7 @@ bool hasNoDevices(const runResult& result) {
 
 } // namespace
 
-texts remarksOn(const runResult& result, const std::string& exampleMachine) {
+texts remarksOn(const runResult& result, std::string (*exampleMachine)()) {
     texts remarks;
     remarkOnRefusals(result.seen, remarks);
     remarkOnDriver(result, remarks);
@@ -117,7 +117,7 @@ texts remarksOn(const runResult& result, const std::string& exampleMachine) {
     if (hasNoDevices(result))
         remarks.push_back(result.simulated ? "no devices found on the simulated machine"
                                            : "no devices found on this machine; to see a simulated one: --machine " +
-                                                 exampleMachine);
+                                                 exampleMachine());
     for (const auto& remark : firmwareRemarks(result))
         remarks.push_back(remark);
     if (result.secondsSkipped > 0)
