@@ -1,6 +1,10 @@
-// Whole runs, for any classes in any order, on a machine whose every answer comes from the input, and on a recording of
-// that machine.
+// Whole runs, for any classes in any order, on a machine whose every answer comes from the input: they are recorded,
+// replayed, repeated and interrupted.
 
+#include "device/atainterface_linux.h"
+#include "device/deviceanswers.h"
+#include "device/scsidevice_linux.h"
+#include "device/scsipassthrough_linux.h"
 #include "fuzz/machineinput.h"
 #include "inventory/jsonoutput.h"
 #include "minihost/memorynamespace.h"
@@ -13,66 +17,128 @@
 #include "simulator/recorder.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 #include <random>
 #include <sstream>
+#include <stdexcept>
+#include <utility>
 
 using NHALDEN20::TOSSpecific;
 
 namespace {
 
-/// The queries of a run, each a list of positions in the class table.
-using queryList = std::vector<std::vector<std::uint8_t>>;
+/// The queries of a run, each a list of classes.
+using queryList = std::vector<std::vector<std::string>>;
 
 // For each thread its own: libFuzzer has a thread that watches the memory, whose sleeps must be real.
 thread_local simulator::kernel* installed = nullptr;
 
 thread_local simulator::recorder* watching = nullptr;
 
-/// A plug-in object on a machine, and a namespace for what it commits.
+/// What of the host fails, and when. A query asks it for log lines, classes and services.
+struct hostFault {
+    std::uint16_t call = 0; ///< the number of the call that throws, from 1; 0: none
+    std::uint8_t thrown = 0;
+
+    void count() {
+        if (call == 0 || --call != 0)
+            return;
+        if (thrown % 3 == 0)
+            throw std::runtime_error("of the host");
+        if (thrown % 3 == 1)
+            throw scsiException("as of a device");
+        throw thrown;
+    }
+};
+
+hostFault fault;
+
+class faultyNamespace : public minihost::memoryNamespace {
+public:
+    boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(std::string name, NHALDEN20::TContext context) override {
+        fault.count();
+        return memoryNamespace::GetClass(std::move(name), std::move(context));
+    }
+};
+
+/// A plug-in object on a machine, and the host that it sees.
 class pluginRun {
 public:
-    explicit pluginRun(const simulator::machine& machine) : kernel_(machine) {
-        installed = &kernel_;
+    explicit pluginRun(const simulator::machine& machine) {
         auto& registered = minihost::registeredPlugins();
         for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
         plugin_ = new TScsidevPluginCallbacks; // which registers itself
         registered.clear();
+        continueOn(machine);
         plugin_->Init();
     }
     ~pluginRun() {
         plugin_->PrepareForUnload();
+        minihost::setLogSink(nullptr);
         installed = nullptr;
     }
     pluginRun(const pluginRun&) = delete;
     pluginRun& operator=(const pluginRun&) = delete;
 
-    simulator::kernel& kernel() { return kernel_; }
+    simulator::kernel& kernel() { return *kernel_; }
+    TScsidevPluginCallbacks& plugin() { return *plugin_; }
     const std::vector<boost::shared_ptr<minihost::memoryInstance>>& instances() const { return ns_.instances(); }
+
+    /// The plug-in is on this machine from now on.
+    void continueOn(const simulator::machine& machine) {
+        kernel_.emplace(machine);
+        becomeCurrent();
+    }
 
     /// Runs one query and returns how many instances were committed.
     std::size_t query(const std::vector<std::string>& classNames) {
         const std::size_t before = instances().size();
         TScsidevPluginCallbacks::classList requested;
         for (const auto& name : classNames)
-            requested.push_back(ns_.GetClass(name, {}));
+            requested.push_back(ns_.memoryNamespace::GetClass(name, {}));
+        becomeCurrent();
         plugin_->GetData(ns_.handle(), requested);
+        fuzz::require(kernel_->openDescriptors() == 0, "every node is closed again");
         return instances().size() - before;
     }
 
     void queryAll(const queryList& queries) {
-        constexpr std::size_t mostQueries = 8, mostClasses = 8; // more cost time and reach nothing new
-        for (std::size_t i = 0; i < std::min(queries.size(), mostQueries); ++i) {
-            std::vector<std::string> names;
-            for (std::size_t j = 0; j < std::min(queries[i].size(), mostClasses); ++j)
-                names.emplace_back(minihost::classTable()[queries[i][j] % minihost::classTable().size()].name);
+        for (const auto& names : queries)
             query(names);
-        }
+    }
+
+    /// The log, and the instances behind the `first` ones.
+    std::string seen(std::ptrdiff_t first = 0) const {
+        inventory::runResult result;
+        result.queries = {{{}, {instances().begin() + first, instances().end()}, std::nullopt}};
+        std::ostringstream document;
+        inventory::writeJson(result, document);
+        return log_.str() + document.str();
+    }
+
+    void forgetLog() { log_.str(""); }
+
+    std::vector<std::string_view> classes() const {
+        std::vector<std::string_view> names;
+        for (const auto& instance : instances())
+            names.push_back(instance->declaration().name);
+        return names;
     }
 
 private:
-    simulator::kernel kernel_;
-    minihost::memoryNamespace ns_;
+    void becomeCurrent() {
+        installed = &*kernel_;
+        minihost::setLogSink([this](int level, const std::string& text) {
+            fault.count();
+            log_ << level << ' ' << text << '\n';
+        });
+    }
+
+    std::optional<simulator::kernel> kernel_;
+    faultyNamespace ns_;
+    std::ostringstream log_;
     TScsidevPluginCallbacks* plugin_;
 };
 
@@ -88,47 +154,13 @@ void checkDrives(pluginRun& run) {
     }
 }
 
-/// What a host sees of the queries on a machine: the log, then the instances.
-std::string seenByHost(const simulator::machine& machine, const queryList& queries) {
-    std::ostringstream seen;
-    minihost::setLogSink([&seen](int level, const std::string& text) { seen << level << ' ' << text << '\n'; });
-    pluginRun run(machine);
-    run.queryAll(queries);
-    minihost::setLogSink(nullptr);
-    inventory::runResult result;
-    result.queries = {{{}, run.instances(), std::nullopt}};
-    inventory::writeJson(result, seen);
-    return seen.str();
-}
-
-/// The classes of the instances that the queries commit.
-std::vector<std::string> classesSeen(const simulator::machine& machine, const queryList& queries) {
-    pluginRun run(machine);
-    run.queryAll(queries);
-    std::vector<std::string> names;
-    for (const auto& instance : run.instances())
-        names.push_back(instance->GetInstanceClass({})->GetClassName({}));
-    return names;
-}
-
-/// Runs the plug-in on a machine: the queries, then some of its own, and requires what holds on any machine.
-void checkPluginRun(const simulator::machine& machine, const queryList& queries) {
-    pluginRun run(machine);
-    run.queryAll(queries);
-    checkDrives(run);
-    fuzz::require(run.kernel().openDescriptors() == 0, "every node is closed again");
-    run.kernel().model().nodes.clear();
-    const std::vector<std::string> elementsOnly{"KORVA_SysBusDeviceFirmwareElement"};
-    run.query(elementsOnly);
-    fuzz::require(run.query(elementsOnly) == 0, "a query consumes the records of those before it");
-}
-
-/// Records the queries on a machine, writes the recording, reads it and runs them on that, and requires that a host
-/// sees the same.
-void checkReplay(const simulator::machine& machine, const queryList& queries) {
+/// Runs the queries, then some more, and requires what holds on any machine. A recording of them that was written and
+/// read shows a host the same, an anonymous one the same devices.
+void checkRun(const simulator::machine& machine, const queryList& queries) {
     simulator::recorder recorder;
     watching = &recorder;
-    const std::string seen = seenByHost(machine, queries);
+    pluginRun run(machine);
+    run.queryAll(queries);
     watching = nullptr;
     simulator::machine recorded = recorder.recorded();
     // These three reach the plug-in through the host's services, which the recorder does not see.
@@ -137,12 +169,115 @@ void checkReplay(const simulator::machine& machine, const queryList& queries) {
     for (const int kind : {0, 1})
         recorded.virtualDevices[kind] = machine.virtualDevices[kind];
 
-    const std::string written = simulator::machineFileText(recorded);
-    fuzz::require(seenByHost(simulator::parseMachine(written, "recording"), queries) == seen,
-                  "a replay shows the same");
+    pluginRun replay(simulator::parseMachine(simulator::machineFileText(recorded), "recording"));
+    replay.queryAll(queries);
+    fuzz::require(replay.seen() == run.seen(), "a replay shows the same");
     std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): what an input finds, it finds again
-    fuzz::require(classesSeen(simulator::anonymize(recorded, random).result, queries) == classesSeen(recorded, queries),
-                  "an anonymous machine has the same devices");
+    pluginRun anonymous(simulator::anonymize(recorded, random).result);
+    anonymous.queryAll(queries);
+    fuzz::require(anonymous.classes() == run.classes(), "an anonymous machine has the same devices");
+
+    checkDrives(run);
+    run.kernel().model().nodes.clear();
+    const std::vector<std::string> elementsOnly{"KORVA_SysBusDeviceFirmwareElement"};
+    run.query(elementsOnly);
+    fuzz::require(run.query(elementsOnly) == 0, "a query consumes the records of those before it");
+}
+
+/// Requires that it makes no difference whether every query asks a steady machine, or the first alone.
+void checkOneWalk(const simulator::machine& steady, const queryList& queries) {
+    pluginRun askingAgain(steady);
+    askingAgain.queryAll(queries);
+    simulator::recorder recorder(simulator::recorder::keeps::answers);
+    watching = &recorder;
+    pluginRun walkingOnce(steady);
+    for (const auto& names : queries) {
+        if (watching != nullptr && recorder.sawDevices()) {
+            watching = nullptr;
+            walkingOnce.continueOn(recorder.walkedAgain(steady));
+        }
+        walkingOnce.query(names);
+    }
+    watching = nullptr;
+    fuzz::require(walkingOnce.seen() == askingAgain.seen(), "one walk shows the same as several");
+}
+
+/// Requires of a steady machine that a query after one that failed in the host shows what it shows after a whole one.
+/// Associations are left out: they tell of the instances that earlier queries left behind.
+void checkNextQuery(const simulator::machine& steady, const std::vector<std::string>& names, hostFault ofHost) {
+    if (std::count(names.begin(), names.end(), "KORVA_SysBusDeviceFirmware") != 0)
+        return;
+    std::string seen[2];
+    for (const bool fails : {false, true}) {
+        pluginRun run(steady);
+        fault = fails ? ofHost : hostFault();
+        try {
+            run.query(names);
+        } catch (...) { // the host's own
+        }
+        fault = {};
+        run.forgetLog();
+        const std::size_t before = run.instances().size();
+        run.query(names);
+        seen[fails ? 1 : 0] = run.seen(static_cast<std::ptrdiff_t>(before));
+    }
+    fuzz::require(seen[0] == seen[1], "the next query is right");
+}
+
+/// Does the device behind an open node answer the ATA command?
+bool answers(int fd, unsigned char (&command)[7], int size,
+             int (ataInterface::*send)(int, unsigned char*, unsigned char*, int)) {
+    unsigned char answer[identifyDeviceCommand::answerSize];
+    try {
+        (ataInterface().*send)(fd, command, answer, size);
+        return true;
+    } catch (const scsiException&) {
+        return false;
+    }
+}
+
+/// Requires that the ways to ask a node of a steady machine what it is agree, and sends the commands that the collector
+/// does not send.
+void checkIdentification(const simulator::machine& steady) {
+    pluginRun run(steady);
+    for (const char* family : {"/dev/sg", "/dev/hd", "/dev/sd"}) {
+        for (const int index : {0, 1, 2, 3, 4, 25, 26}) {
+            scsiDevice device;
+            const int result = device.initialize(family, index);
+            fuzz::require(result >= -1 && result <= 1, "a device is identified, unusable, or the last");
+            const bool isAta = run.plugin().getBusType(&device) == BusTypeAta;
+            fuzz::require(isAta == (device.getBusType() == 3), "the bus types agree");
+            identifyDeviceCommand identify;
+            const bool identifies = answers(device.fd, identify.registers, identifyDeviceCommand::answerSize,
+                                            &ataInterface::executePassThroughCmd);
+            fuzz::require(identifies || !isAta, "a device that is ATA answers IDENTIFY DEVICE");
+            unsigned char smartReturnStatus[] = {0xDA, 0, 0, 0x4F, 0xC2, 0, 0xB0}; // ACS-3, SMART feature set
+            answers(device.fd, smartReturnStatus, sizeof smartReturnStatus, &ataInterface::executeCommand);
+            unsigned char serialInquiry[commandStorage];
+            std::copy(std::begin(serialinquiry_cmd), std::end(serialinquiry_cmd), serialInquiry);
+            scsiPassThrough().execSCSICommand(&device, serialInquiry, inquiryCommandLength);
+        }
+    }
+    fuzz::require(run.kernel().openDescriptors() == 0, "a device closes its node");
+}
+
+/// The machine with the first answer of each kind alone.
+simulator::machine steadyMachine(simulator::machine machine) {
+    machine.modprobe.keepLast();
+    for (auto& [path, node] : machine.nodes)
+        eachAnswer(node, [](const char* /*name*/, auto& answers) { answers.keepLast(); });
+    return machine;
+}
+
+/// The class names of the queries, of which the first tell what there is to tell.
+queryList namedQueries(const std::vector<std::vector<std::uint8_t>>& positions) {
+    constexpr std::size_t mostQueries = 8, mostClasses = 8;
+    queryList queries(std::min(positions.size(), mostQueries));
+    for (std::size_t i = 0; i < queries.size(); ++i) {
+        for (std::size_t j = 0; j < std::min(positions[i].size(), mostClasses); ++j)
+            queries[i].emplace_back(minihost::classTable()[positions[i][j] % minihost::classTable().size()].name);
+    }
+    return queries;
 }
 
 } // namespace
@@ -156,10 +291,14 @@ std::string TOSSpecific::CaptureFile(std::string /*path*/) { return installed->m
 
 std::string TOSSpecific::SpawnProcess(std::string /*command*/, std::vector<std::string> /*arguments*/,
                                       int /*timeout*/) {
+    fault.count();
     return *installed->model().opticalTable;
 }
 
-std::string TOSSpecific::GetMachineName() { return installed->model().name; }
+std::string TOSSpecific::GetMachineName() {
+    fault.count();
+    return installed->model().name;
+}
 
 bool TOSSpecific::getOrvexVirtualDevices(int kind, std::vector<std::string>& list, bool /*flag*/) {
     list = installed->model().virtualDevices[kind];
@@ -168,10 +307,18 @@ bool TOSSpecific::getOrvexVirtualDevices(int kind, std::vector<std::string>& lis
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     fuzz::archive input(bytes, size);
-    queryList queries;
+    hostFault ofHost;
+    std::vector<std::vector<std::uint8_t>> positions;
     simulator::machine machine;
-    fuzz::transfer(input, queries, machine);
-    checkPluginRun(machine, queries);
-    checkReplay(machine, queries);
+    input.numbers(ofHost.call, ofHost.thrown);
+    ofHost.call %= 512; // a query makes that many calls at most, or not many more
+    fuzz::transfer(input, positions, machine);
+    const queryList queries = namedQueries(positions);
+    checkRun(machine, queries);
+    const simulator::machine steady = steadyMachine(std::move(machine));
+    checkOneWalk(steady, queries);
+    if (!queries.empty())
+        checkNextQuery(steady, queries.front(), ofHost);
+    checkIdentification(steady);
     return 0;
 }
