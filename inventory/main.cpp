@@ -14,6 +14,7 @@
 #include "minihost/pluginlibrary.h"
 #include "text/escape.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -150,8 +151,18 @@ auto printed(void (*write)(std::ostream&)) {
     std::_Exit(inventory::failedRun);
 }
 
-/// Makes signals and PATH what the run and its shell commands rely on, whatever the process inherited.
+/// Gives each standard descriptor that is closed something that can be neither read nor written. Or else the next file
+/// that is opened would have its number: what goes to standard error would get into a document.
+void holdStandardDescriptors() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(fd, F_GETFD) == -1)
+            ::open("/", O_PATH);
+    }
+}
+
+/// Makes descriptors, signals and PATH what the run and its shell commands rely on, whatever the process inherited.
 void prepareProcess() {
+    holdStandardDescriptors();
     std::signal(SIGCHLD, SIG_DFL); // if ignored, the exit statuses of children are lost
     inventory::handleSignals();
     std::set_terminate(endByException);

@@ -594,6 +594,10 @@ TEST_F(Program, WritesAFileWholeOrNotAtAll) {
     EXPECT_EQ(output, "640 ../results/new.json\n");
     run("chmod 604 ../results/new.json; " + json + "; stat -c %a ../results/new.json; cat ../results/new.json");
     EXPECT_EQ(output, "604\n" + contentOf(expected + "rack-server.json")) << "the mode stays, the content is replaced";
+    for (const char* closed : {"<&- 2>&-", ">&- 2>&-"}) {
+        run(json + "--log-level 3 " + closed + "; cat ../results/new.json");
+        EXPECT_EQ(output, contentOf(expected + "rack-server.json")) << "no log in it: " << closed;
+    }
     // Whatever ends the run, the file is as it was, and nothing else is there.
     for (const char* end :
          {"ODD_PLUGIN=terminate % --output ../results/new.json", "ODD_PLUGIN=terminate % --record ../results/x"})
