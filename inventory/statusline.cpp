@@ -11,6 +11,7 @@
 #include <csignal>
 #include <cstddef>
 #include <iostream>
+#include <system_error>
 
 namespace inventory {
 
@@ -33,10 +34,14 @@ std::size_t terminalWidth(int fd) {
 statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {
     if (!enabled_)
         return;
-    onTerminal = 1;
     // The new thread inherits this mask: signal handlers then run on the main thread only.
     const minihost::heldSignals held;
-    ticker_ = std::thread([this] { tick(); });
+    try {
+        ticker_ = std::thread([this] { tick(); });
+        onTerminal = 1;
+    } catch (const std::system_error&) {
+        enabled_ = false; // a limit leaves no room for a thread; nothing else needs one
+    }
 }
 
 statusLine::~statusLine() {

@@ -15,8 +15,8 @@ std::size_t terminalWidth(int fd);
 
 /// One line at the bottom of the terminal that shows the newest step and the seconds spent, while it lives.
 ///
-/// Without a terminal on standard error it shows nothing. As long as it lives, everything for standard error goes
-/// through write().
+/// Without a terminal on standard error, or room for its thread, it shows nothing. As long as it lives, everything for
+/// standard error goes through write().
 class statusLine {
 public:
     statusLine();

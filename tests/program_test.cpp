@@ -33,6 +33,7 @@ using testing::Ge;
 using testing::HasSubstr;
 using testing::Le;
 using testing::Not;
+using testing::StartsWith;
 
 namespace {
 
@@ -458,6 +459,9 @@ TEST_F(Program, ShowsOnATerminalWhatItDoes) {
     runOnTerminal(command, "", 0);
     EXPECT_THAT(output, HasSubstr("\r\x1b[K0 s  SCSI Inquiry returned good..."));
     EXPECT_THAT(output, HasSubstr("\r\x1b[KSCSI tape drives (KORVA_SCSITapeDrive): 2\r\n")) << "gone before the result";
+
+    runOnTerminal("ulimit -s 200000000000; " + command, "", 0);
+    EXPECT_THAT(output, StartsWith("SCSI tape drives")) << "no room for the thread that draws the line";
 
     runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...", SIGINT);
     EXPECT_THAT(output, EndsWith("\r\x1b[K"));
