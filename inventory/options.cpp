@@ -138,6 +138,16 @@ void checkCounts(const CLI::App& app) {
     }
 }
 
+/// Would both be the same file? Each can be called by several names.
+bool isSameFile(const std::string& one, const std::string& other) {
+    namespace fs = std::filesystem;
+    const auto placeOf = [](const fs::path& file) {
+        std::error_code ignored;
+        return fs::weakly_canonical(file.has_parent_path() ? file.parent_path() : ".", ignored) / file.filename();
+    };
+    return placeOf(one) == placeOf(other);
+}
+
 commandLine::outcome parseSchema(const CLI::App& app, const rawOptions& raw) {
     if (app.count("--schema") == 0)
         return commandLine::outcome::run;
@@ -174,7 +184,8 @@ void check(const CLI::App& app, const rawOptions& raw, runOptions& options) {
         throw usageError("--force goes with --record only");
     options.plugin = fileOf(app, "--plugin");
     options.outputFile = fileOf(app, "--output");
-    if (!options.outputFile.empty() && options.outputFile == options.recordFile)
+    if (!options.outputFile.empty() && !options.recordFile.empty() &&
+        isSameFile(options.outputFile, options.recordFile))
         throw usageError("--output: names the file of --record");
 }
 
