@@ -14,7 +14,9 @@ namespace inventory {
 
 namespace {
 
-constexpr int endingSignals[] = {SIGHUP, SIGINT, SIGQUIT, SIGALRM, SIGTERM, SIGUSR1, SIGUSR2, SIGXCPU};
+// All that end a process which knows nothing of them, but for those that its own faults cause.
+constexpr int endingSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGALRM,   SIGTERM, SIGUSR1,
+                                 SIGUSR2, SIGXCPU, SIGPOLL, SIGVTALRM, SIGPROF, SIGPWR};
 constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
 
 /// Calls only what is safe in a signal handler.

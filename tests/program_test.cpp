@@ -425,6 +425,7 @@ TEST_F(Program, ASignalEndsWithTheRunWhatItHasStarted) {
         {"modprobe", "INT", 128 + SIGINT, ""},
         {"modprobe", "XCPU", 1, "scsidev-inventory: the CPU time that a limit gives it is used up\n"},
         {"cat", "HUP", 128 + SIGHUP, ""},
+        {"cat", "VTALRM", 128 + SIGVTALRM, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.tool + std::string(" ") + c.signal);
