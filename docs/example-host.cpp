@@ -89,6 +89,18 @@ std::ostream& operator<<(std::ostream& output, const TCIMValue& value) {
     return output << content.text << (content.elements.empty() ? "" : "]");
 }
 
+/// Bytes of a device could drive the terminal: those that are not printable become \u00XX, as in JSON.
+std::string printable(const std::string& text) {
+    std::ostringstream result;
+    for (const unsigned char c : text) {
+        if (c >= ' ' && c <= '~')
+            result << c;
+        else
+            result << "\\u" << std::hex << std::setw(4) << std::setfill('0') << unsigned{c};
+    }
+    return result.str();
+}
+
 // The namespace: classes with their keys, and the instances committed so far.
 struct declaration {
     std::string name, base;
@@ -184,7 +196,7 @@ boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() { return boost:
 struct logger : ILogger {
     void Log(int level, const std::string& text) override {
         if (level <= 1)
-            std::cerr << text << '\n';
+            std::cerr << printable(text) << '\n';
     }
 };
 ILogger* TRootObject::GetCoreLogger() {
@@ -225,12 +237,12 @@ int main(int argc, char** argv) {
         for (int i = 2; i < argc; ++i)
             classes.push_back(ns->GetClass(argv[i], {}));
     } catch (const std::invalid_argument& unknown) {
-        std::cerr << unknown.what() << '\n';
+        std::cerr << printable(unknown.what()) << '\n';
         return 2;
     }
     void* const library = ::dlopen(argv[1], RTLD_NOW | RTLD_LOCAL); // registers the plug-in
     if (library == nullptr) {
-        std::cerr << ::dlerror() << '\n';
+        std::cerr << printable(::dlerror()) << '\n';
         return 1;
     }
     char scratch[] = "/tmp/example-host-XXXXXX"; // Init writes a file into the working directory
@@ -247,8 +259,11 @@ int main(int argc, char** argv) {
     ::dlclose(library);
     for (const auto& each : committed) {
         std::cout << each->declared_.name << '\n';
-        for (const auto& [name, value] : each->values_)
-            std::cout << "  " << name << " = " << value << '\n';
+        for (const auto& [name, value] : each->values_) {
+            std::ostringstream shown;
+            shown << name << " = " << value;
+            std::cout << "  " << printable(shown.str()) << '\n';
+        }
     }
     return ::rmdir(scratch);
 }
