@@ -14,6 +14,7 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
 #include <sys/single_threaded.h>
@@ -26,6 +27,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -49,6 +51,13 @@ using fopenCall = FILE*(const char*, const char*);
 // A program under the preload library can have several threads, and the simulated kernel takes one at a time. It makes
 // system calls itself, which come back here on the same thread.
 std::recursive_mutex kernelInUse;
+
+/// Lets no other thread be at the kernel while one forks. In the child, whose only thread is another one to the mutex,
+/// it begins anew.
+[[gnu::constructor]] void keepKernelUsableInChildren() {
+    ::pthread_atfork([] { kernelInUse.lock(); }, [] { kernelInUse.unlock(); },
+                     [] { new (&kernelInUse) std::recursive_mutex; });
+}
 
 using callResult = std::optional<int>; // none: the call is the C library's
 

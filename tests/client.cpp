@@ -1,10 +1,11 @@
 // A client of the simulated machine, built in each way in which the C library gives the same calls other names.
-// Prints the machine's name, what it comes to when several threads open the node named by its argument and ask it for
-// its version, what opening no path comes to, and a line of the optical table.
+// Prints the machine's name, what it comes to when several threads and children that are forked meanwhile open the node
+// named by its argument and ask it for its version, what opening no path comes to, and a line of the optical table.
 
 #include <fcntl.h>
 #include <scsi/sg.h>
 #include <sys/ioctl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -30,6 +31,25 @@ void openOften(const char* path, int flags) {
     }
 }
 
+/// A child has one thread, and whatever the others were at is never finished there.
+void openInChildren(const char* path, int flags) {
+    constexpr int children = 20;
+    constexpr unsigned longest = 10; // seconds
+    for (int i = 0; i < children; ++i) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(longest);
+            ::close(::open(path, flags));
+            ::_exit(0);
+        }
+        int status = 0;
+        if (::waitpid(child, &status, 0) != child || status != 0) {
+            lastError = ETIMEDOUT;
+            return;
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -41,6 +61,7 @@ int main(int argc, char** argv) {
     std::thread threads[threadCount];
     for (auto& thread : threads)
         thread = std::thread(openOften, argv[1], flags);
+    openInChildren(argv[1], flags);
     for (auto& thread : threads)
         thread.join();
     std::printf("%s: %d opened", name, opened.load());
