@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace simulator {
@@ -83,6 +84,8 @@ requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
         return {0, ENOSYS};
     if (header.cmdp == nullptr || header.cmd_len < 6)
         return {0, EMSGSIZE};
+    if (header.iovec_count != 0)
+        return {0, EINVAL}; // an answer goes into one buffer only
     const unsigned char* const cdb = header.cmdp;
     if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
         return deliver(own->next(), header);
@@ -107,7 +110,7 @@ requestResult writeNumber(answerList<numberAnswer>& replies, int* target) {
     if (replies.empty())
         return {0, ENOTTY};
     const numberAnswer& reply = replies.next();
-    if (reply.error == 0 && target != nullptr)
+    if (reply.error == 0)
         *target = reply.value;
     return {0, reply.error};
 }
@@ -137,6 +140,13 @@ requestResult writeAddress(answerList<addressAnswer>& replies, sg_scsi_id* id) {
     return {};
 }
 
+/// Does the request read or write what its argument points to?
+bool needsAddress(unsigned long request) {
+    constexpr unsigned long requests[] = {SG_GET_VERSION_NUM, SG_EMULATED_HOST, SG_GET_SCSI_ID, SG_IO,
+                                          HDIO_DRIVE_CMD,     HDIO_DRIVE_TASK};
+    return std::find(std::begin(requests), std::end(requests), request) != std::end(requests);
+}
+
 /// The errno of a node for a request that its driver does not know. The sg driver takes no unknown request on a
 /// descriptor that is open for reading only.
 int refusalOf(std::string_view path) { return path.substr(0, 7) == "/dev/sg" ? EPERM : ENOTTY; }
@@ -152,6 +162,8 @@ answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
 }
 
 requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument) {
+    if (argument == nullptr && needsAddress(request))
+        return {0, EFAULT};
     const int refusal = refusalOf(path);
     auto* const registers = static_cast<unsigned char*>(argument);
     switch (request) {

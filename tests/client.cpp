@@ -1,10 +1,13 @@
 // A client of the simulated machine, built in each way in which the C library gives the same calls other names.
 // Prints the machine's name, what it comes to when several threads and children that are forked meanwhile open the node
-// named by its argument and ask it for its version, what opening no path comes to, and a line of the optical table.
+// named by its argument and ask it for its version, what opening no path comes to, what odd requests come to on the
+// node if there is one, and a line of the optical table.
 
 #include <fcntl.h>
+#include <linux/hdreg.h>
 #include <scsi/sg.h>
 #include <sys/ioctl.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -50,6 +53,26 @@ void openInChildren(const char* path, int flags) {
     }
 }
 
+void requestOddly(int fd) {
+    constexpr unsigned long requests[] = {SG_GET_VERSION_NUM, SG_GET_SCSI_ID, SG_IO, HDIO_DRIVE_CMD, HDIO_DRIVE_TASK};
+    int refused = 0;
+    for (const unsigned long request : requests)
+        refused += ::ioctl(fd, request, nullptr) == -1 && errno == EFAULT ? 1 : 0;
+    std::printf("no argument: %s %d times\n", std::strerror(EFAULT), refused);
+
+    unsigned char inquiry[] = {0x12, 0, 0, 0, 36, 0}, data[36];
+    iovec buffers[] = {{data, 8}, {data + 8, 28}};
+    sg_io_hdr header{};
+    header.interface_id = 'S';
+    header.dxfer_direction = SG_DXFER_FROM_DEV;
+    header.cmdp = inquiry;
+    header.cmd_len = sizeof inquiry;
+    header.dxferp = buffers;
+    header.dxfer_len = sizeof data;
+    header.iovec_count = 2;
+    std::printf("two buffers: %s\n", ::ioctl(fd, SG_IO, &header) == 0 ? "filled" : std::strerror(errno));
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -71,6 +94,9 @@ int main(int argc, char** argv) {
     const bool isOpen = ::open(noPath, flags) >= 0;
     std::printf("no path: %s, ", isOpen ? "opened" : std::strerror(errno));
     std::printf("%s\n", std::fopen(noPath, "r") != nullptr ? "opened" : std::strerror(errno));
+
+    if (const int fd = ::open(argv[1], flags); fd >= 0)
+        requestOddly(fd);
 
     char line[256];
     std::FILE* table = std::fopen("/proc/sys/dev/cdrom/info", "r");

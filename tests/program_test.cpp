@@ -784,8 +784,8 @@ TEST_F(Program, ClientsOfEveryBuildSeeTheSimulatedMachine) {
             EXPECT_THAT(output, HasSubstr(call));
 #endif
         run(underRackServer + "for node in sg0 sg11; do $CLIENT /dev/$node; done");
-        EXPECT_EQ(output, "rack-07: 4000 opened\nno path: Bad address, Bad address\n"
-                          "CD-ROM information, Id: cdrom.c 3.20 2003/12/17\n"
+        EXPECT_EQ(output, "rack-07: 4000 opened\nno path: Bad address, Bad address\nno argument: Bad address 5 times\n"
+                          "two buffers: Invalid argument\nCD-ROM information, Id: cdrom.c 3.20 2003/12/17\n"
                           "rack-07: 0 opened, No such file or directory\nno path: Bad address, Bad address\n"
                           "CD-ROM information, Id: cdrom.c 3.20 2003/12/17\n");
     }
