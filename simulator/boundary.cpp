@@ -6,12 +6,15 @@ shellCommand commandOf(const std::string& command) {
     const auto startsWith = [&command](const char* name) {
         return command.rfind(name, 0) == 0;
     };
+    const auto isOneFile = [](const std::string& words) {
+        return words.find_first_of(" \t\n\"'\\$`*?[]{}~;&|<>()#") == std::string::npos;
+    };
     const std::size_t redirection = command.rfind("> ");
     if (startsWith("modprobe "))
         return {shellCommand::modprobe, ""};
     if (startsWith("hwinfo ") && redirection != std::string::npos)
         return {shellCommand::usbQuery, command.substr(redirection + 2)};
-    if (startsWith("rm -f "))
+    if (startsWith("rm -f ") && isOneFile(command.substr(6)))
         return {shellCommand::removal, command.substr(6)};
     return {};
 }

@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <cstddef>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <thread>
 
@@ -97,6 +98,10 @@ int main(int argc, char** argv) {
 
     if (const int fd = ::open(argv[1], flags); fd >= 0)
         requestOddly(fd);
+
+    const int made = std::system("touch one two"), removed = std::system("rm -f one two");
+    if (made != 0 || removed != 0)
+        return 1;
 
     char line[256];
     std::FILE* table = std::fopen("/proc/sys/dev/cdrom/info", "r");
