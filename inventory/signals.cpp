@@ -30,7 +30,9 @@ extern "C" void endTidily(int signal) {
         [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message, sizeof message - 1);
         ::_exit(EXIT_FAILURE);
     }
-    ::raise(signal); // as if there were no handler, so that the parent sees what ended the program
+    // As if there were no handler, so that the parent sees what ended the program.
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
 }
 
 } // namespace
@@ -38,7 +40,7 @@ extern "C" void endTidily(int signal) {
 void handleSignals() {
     struct sigaction ending {};
     ending.sa_handler = endTidily;
-    ending.sa_flags = static_cast<int>(SA_RESETHAND);
+    // Without SA_RESETHAND, under which the same signal, sent once more, ends the process before the handler has begun.
     sigfillset(&ending.sa_mask);
     for (const int signal : endingSignals) {
         struct sigaction before {};
