@@ -28,7 +28,7 @@ struct knownInstances {
     };
 
     std::map<std::string, knownDevice> devices; ///< by DeviceID
-    std::vector<std::string> firmware;     ///< identities
+    std::vector<std::string> firmware;          ///< identities
 
     void add(const minihost::memoryInstance& instance) {
         if (isKindOf(instance.declaration(), "KORVA_SysBusDevice"))

@@ -112,6 +112,7 @@ std::vector<std::string> driveNamesOf(const machine& original) {
 /// Keeps the products of devices in the USB listing: by them the plug-in knows virtual media.
 answerLayout layoutOfUsbListing(const machine& original) {
     answerLayout layout;
+    layout.isText = true;
     const std::string& listing = original.usbListing;
     for (const auto& [path, node] : original.nodes) {
         for (const auto& answer : node.inquiry.all()) {
@@ -126,6 +127,7 @@ answerLayout layoutOfUsbListing(const machine& original) {
 /// Keeps the lines that have a key: the kernel has written them, and the plug-in reads them.
 answerLayout layoutOfOpticalTable(const std::string& table) {
     answerLayout layout;
+    layout.isText = true;
     for (std::size_t begin = 0; begin < table.size();) {
         const std::size_t end = std::min(table.find('\n', begin), table.size());
         if (table.find(':', begin) < end)
@@ -155,6 +157,7 @@ answerLayout layoutOfVirtualDevice(const std::string& text, const std::vector<st
         }
     }
     answerLayout layout;
+    layout.isText = true;
     for (std::size_t begin = 0; begin < text.size();) {
         const bool kept = isKept[begin];
         std::size_t end = begin;
@@ -273,7 +276,7 @@ private:
                 changed.overwrite(positions, replacements_.of(textAt(text, found)));
             }
         }
-        replacements_.applyTo(changed);
+        replacements_.applyTo(changed, layout.isText);
         if (changed.wasRefused())
             made_.keptAt.insert(place);
         std::string result = changed.result();

@@ -20,6 +20,7 @@ struct answerLayout {
     std::vector<range> cleared;     ///< nobody needs them, and nobody knows what they hold
     std::string worldWideName;      ///< which the answer holds: its bytes, first ones first; empty: none
     std::size_t keptDigits = 0;     ///< of that name in hexadecimal: its format and its maker
+    bool isText = false;            ///< as bytes, no number stands in it
     bool isSwapped = false;         ///< the identifying texts are like that too
     bool mayHaveChecksum = false;   ///< in the last byte, of an ATA sector
 };

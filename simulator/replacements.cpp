@@ -150,7 +150,7 @@ bool replacements::add(const std::string& text) {
     if (texts_.count(original) != 0 || std::none_of(text.begin(), text.end(), isReplaceable))
         return false;
     passage known(original);
-    applyTo(known);
+    applyTo(known, false);
     const std::string chosen = choose(original, [&] {
         std::string candidate = known.result();
         for (std::size_t i = 0; i < candidate.size(); ++i)
@@ -190,7 +190,7 @@ std::string replacements::of(const std::string& text) const {
     return found == texts_.end() ? text : found->second;
 }
 
-void replacements::applyTo(passage& where) const {
+void replacements::applyTo(passage& where, bool isText) const {
     const std::vector<view> views = viewsOf(where.original());
     const auto replaceAll = [&](const table& sought, std::string view::*bytes) {
         for (const auto& [original, replacement] : sought) {
@@ -205,7 +205,8 @@ void replacements::applyTo(passage& where) const {
             }
         }
     };
-    replaceAll(numbers_, &view::bytes);
+    if (!isText)
+        replaceAll(numbers_, &view::bytes);
     replaceAll(texts_, &view::upperCase);
 }
 

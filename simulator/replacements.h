@@ -65,8 +65,8 @@ public:
     std::string of(const std::string& text) const;
 
     /// Replaces in `where` all that was added: as text, in hexadecimal digits, and both with the two bytes of each word
-    /// exchanged. Longer texts come first.
-    void applyTo(passage& where) const;
+    /// exchanged; in other than text, the bytes of numbers too. Longer texts come first.
+    void applyTo(passage& where, bool isText) const;
 
 private:
     struct longerFirst {

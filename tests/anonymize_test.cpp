@@ -128,6 +128,14 @@ TEST(Anonymize, LeavesTheSameVirtualDevicesOut) {
     }
 }
 
+TEST(Anonymize, TakesNoTextForANumber) {
+    auto made = anonymous(R"({"usb": ["P", "QRSTUV"], "opticalTable": ["P", "QRSTUV"],
+        "nodes": {"/dev/sda": {"identify": {"data": [{"zeros": 216}, {"swapped": "P\nQRSTUV", "size": 8}]}}}})");
+    EXPECT_EQ(made.worldWideNames, 1U);
+    EXPECT_EQ(made.result.usbListing, "P\nQRSTUV\n") << "as long as the name of a disk, and the same bytes";
+    EXPECT_EQ(*made.result.opticalTable, "P\nQRSTUV\n");
+}
+
 TEST(Anonymize, KeepsDifferentTextsDifferent) {
     std::string nodes;
     for (char digit = '0'; digit < '9'; ++digit)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -464,8 +465,11 @@ TEST_F(Program, ShowsOnATerminalWhatItDoes) {
     EXPECT_THAT(output, HasSubstr("\r\x1b[K0 s  SCSI Inquiry returned good..."));
     EXPECT_THAT(output, HasSubstr("\r\x1b[KSCSI tape drives (KORVA_SCSITapeDrive): 2\r\n")) << "gone before the result";
 
-    runOnTerminal("ulimit -s 200000000000; " + command, "", 0);
-    EXPECT_THAT(output, StartsWith("SCSI tape drives")) << "no room for the thread that draws the line";
+    rlimit stack{};
+    if (::getrlimit(RLIMIT_STACK, &stack) == 0 && stack.rlim_max == RLIM_INFINITY) {
+        runOnTerminal("ulimit -s 200000000000; " + command, "", 0);
+        EXPECT_THAT(output, StartsWith("SCSI tape drives")) << "no room for the thread that draws the line";
+    }
 
     runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...", SIGINT);
     EXPECT_THAT(output, EndsWith("\r\x1b[K"));
