@@ -96,7 +96,8 @@ int main(int argc, char** argv) {
     std::printf("no path: %s, ", isOpen ? "opened" : std::strerror(errno));
     std::printf("%s\n", std::fopen(noPath, "r") != nullptr ? "opened" : std::strerror(errno));
 
-    if (const int fd = ::open(argv[1], flags); fd >= 0)
+    const int fd = ::open(argv[1], flags);
+    if (fd >= 0)
         requestOddly(fd);
 
     const int made = std::system("touch one two"), removed = std::system("rm -f one two");
