@@ -51,9 +51,8 @@ template <typename Spawn>
 pid_t startGroup(Spawn spawn) {
     const heldSignals held;
     sigset_t mask = held.before();
-    // The group is in the background of a terminal, where writing can stop a process, and reading does.
+    // The group is in the background of a terminal, where writing can stop a process.
     sigaddset(&mask, SIGTTOU);
-    sigaddset(&mask, SIGTTIN);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK);
@@ -198,9 +197,11 @@ childOutput outputOf(const std::string& command, const std::vector<std::string>&
 
 int shellStatus(const char* command) {
     const char* const arguments[] = {"sh", "-c", command, nullptr};
-    // What a tool says of devices could drive a terminal; the exit status says whether it worked.
+    // What a tool says of devices could drive a terminal; the exit status says whether it worked. Reading from a
+    // terminal would stop it, in the background: some shells, dash for one, clear the signal mask that they inherit.
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     const pid_t child = startGroup([&](pid_t* pid, const posix_spawnattr_t* attributes) {
         return ::posix_spawn(pid, "/bin/sh", &actions, attributes, const_cast<char* const*>(arguments), environ);

@@ -18,7 +18,7 @@ childOutput outputOf(const std::string& command, const std::vector<std::string>&
                      std::chrono::milliseconds limit);
 
 /// What std::system does, but interrupts stay with this process, which can end the command by endChildAtOnce(), and
-/// the command's standard error is /dev/null.
+/// the command's standard input and error are /dev/null.
 int shellStatus(const char* command);
 
 /// Ends the child that one of these runs right now, if there is one, and all that it has started. Safe in a signal

@@ -48,6 +48,8 @@ const std::string onEmptyMachine = " --machine " + machines + "empty.json ";
 const std::string oddPlugin = " --plugin " TEST_DIRECTORY "/libodd-plugin.so " + onEmptyMachine;
 const std::string preloaded = "LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
 const std::string underRackServer = "export SCSIDEV_MACHINE=" + machines + "rack-server.json " + preloaded + "; ";
+// They want to be loaded before that library and are told to do without.
+const std::string underSanitizers = "export ASAN_OPTIONS=verify_asan_link_order=0; ";
 
 std::string contentOf(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -482,6 +484,10 @@ TEST_F(Program, ShowsOnATerminalWhatItDoes) {
         EXPECT_THAT(output, Not(HasSubstr("30 s  ")));
         run("rm ../bin/*");
     }
+    runOnTerminal(withTool("modprobe", "timeout 5 sh -c 'read line'; test $? != 124") + underSanitizers +
+                      underRackServer + "% KORVA_SCSITapeDrive",
+                  "", 0);
+    EXPECT_THAT(output, Not(HasSubstr("the sg driver could not be loaded"))) << "a tool that reads is not stopped";
 }
 
 TEST_F(Program, DoesNotDependOnWhatItInherits) {
@@ -543,14 +549,14 @@ TEST_F(Program, ChangingDevicesAreAskedOnce) {
     nodes["/dev/sg1"]["inquiry"] = {nodes["/dev/sg1"]["inquiry"], nodes["/dev/sg2"]["inquiry"]};
     const std::string file = fileWith(changing.dump()), recording = fileWith("", "recording.json");
     // To the program, a machine that the preload library simulates is this machine, whose shell commands it runs
-    // itself. The sanitizers want to be loaded before that library and are told to do without.
+    // itself.
     std::string usbListing;
     for (const std::string line : changing["usb"])
         usbListing += line + '\n';
-    const std::string thisMachine =
-        withTool("modprobe", "mkdir ../../asked") + withTool("hwinfo", "cat " + fileWith(usbListing, "usb")) +
-        "rm -rf ../asked; export ASAN_OPTIONS=verify_asan_link_order=0; SCSIDEV_MACHINE=" + file + ' ' + preloaded +
-        "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
+    const std::string thisMachine = withTool("modprobe", "mkdir ../../asked") +
+                                    withTool("hwinfo", "cat " + fileWith(usbListing, "usb")) + "rm -rf ../asked; " +
+                                    underSanitizers + "SCSIDEV_MACHINE=" + file + ' ' + preloaded +
+                                    "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
     const std::string whileRecording = " --force --record " + recording;
     for (const std::string& command : {"% --machine " + file, thisMachine}) {
         run(command + " --format json --log-level 1");
