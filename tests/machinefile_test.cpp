@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <limits>
 #include <string>
 
@@ -154,7 +155,7 @@ TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
     EXPECT_EQ(read.name, machine.name);
 }
 
-TEST(Recorder, WritesDownWhatThePluginDoesNotAsk) {
+TEST(Recorder, WritesDownWhatARunSeldomMeets) {
     simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/hdc": {
         "identify": {"data": "00"}, "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": -1}}})",
                                                      ""));
@@ -169,8 +170,11 @@ TEST(Recorder, WritesDownWhatThePluginDoesNotAsk) {
         recorder.sawRequest(fd, request, registers, result, errno);
     }
     kernel.close(fd);
+    recorder.sawOpen("/dev/hdc", -1, ENOENT); // pulled out meanwhile
+    recorder.sawCommand("modprobe sg", SIGKILL);
     EXPECT_EQ(simulator::machineFileText(recorder.recorded()),
-              simulator::machineFileText(simulator::parseMachine(R"({"nodes": {"/dev/hdc": {"open": true,
+              simulator::machineFileText(
+                  simulator::parseMachine(R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": [true, "ENOENT"],
         "identify": "EIO", "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": "EPERM"}}})",
-                                                                 "")));
+                                          "")));
 }

@@ -40,6 +40,9 @@ TEST(ChildProcess, ReturnsWhatTheCommandPrints) {
         EXPECT_TRUE(child.failure == c.failure || (!c.failure.empty() && child.failure == "exit status 127"))
             << c.why << ": " << child.failure;
     }
+    EXPECT_EQ(minihost::shellStatus("exit 3"), 3 << 8);
+    const std::string tooLong(4 << 20, ' '); // for an argument of any process
+    EXPECT_EQ(minihost::shellStatus(tooLong.c_str()), 127 << 8) << "as if there were no shell";
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left";
 }
 

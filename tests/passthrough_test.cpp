@@ -2,6 +2,9 @@
 #include "device/scsipassthrough_linux.h"
 #include "tests/simulatedmachine.h"
 
+#include <scsi/sg.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -70,12 +73,18 @@ TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
     }
 }
 
-TEST_F(PassThrough, LogsASingleByteOfSense) {
+TEST_F(PassThrough, LogsTheSenseThatItHasRoomFor) {
     simulator::scsiAnswer answer = check(5, 0, 0);
-    answer.sense.resize(1);
-    open(answer);
-    EXPECT_EQ(send(inquiry_cmd, 6), -1);
-    EXPECT_EQ(takeLog(), (strings{"3 SCSI sense data: 70", "3 SG SCSI status=\x02", "3 SG Driver status=8"}));
+    answer.info |= SG_INFO_DIRECT_IO;
+    for (const std::size_t size : {1, 33}) {
+        answer.sense = simulator::bytes(size, 0x70);
+        open(answer);
+        EXPECT_EQ(send(inquiry_cmd, 6), -1);
+        std::string sense;
+        for (std::size_t i = 0; i < std::min<std::size_t>(size, 32); ++i)
+            sense += "70";
+        EXPECT_EQ(takeLog(), (strings{"3 SCSI sense data: " + sense, "3 SG SCSI status=\x02", "3 SG Driver status=8"}));
+    }
 }
 
 TEST_F(PassThrough, GivesUpAfterFiveAttempts) {

@@ -429,6 +429,9 @@ TEST_F(Program, ASignalEndsWithTheRunWhatItHasStarted) {
         {"modprobe", "XCPU", 1, "scsidev-inventory: the CPU time that a limit gives it is used up\n"},
         {"cat", "HUP", 128 + SIGHUP, ""},
         {"cat", "VTALRM", 128 + SIGVTALRM, ""},
+        {"cat", "ALRM", 128 + SIGALRM, ""},
+        {"cat", "USR1", 128 + SIGUSR1, ""},
+        {"cat", "USR2", 128 + SIGUSR2, ""},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.tool + std::string(" ") + c.signal);
@@ -741,7 +744,7 @@ TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
         const char* command;
         std::vector<const char*> texts;
     } cases[] = {
-        {"sg_inq /dev/sg0",
+        {"sg_inq --len=256 /dev/sg0", // whose low byte is 0
          {"Vendor identification: NORDHAV", "Product identification: MERIDIAN 600-10K", "Product revision level: NH04",
           "PDT=0", "version=0x06"}},
         {"sg_inq --page=sn /dev/sg0", {"Unit serial number: NM6A0017F3C2"}},
