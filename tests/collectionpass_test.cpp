@@ -1,10 +1,28 @@
 #include "tests/simulatedmachine.h"
 
+#include <boost/make_shared.hpp>
+
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
 namespace {
+
+/// A class of the host's that notes with what flag its instances are listed.
+struct notingClass : NHALDEN20::ICIMClass {
+    notingClass(boost::shared_ptr<NHALDEN20::ICIMClass> hosts, strings& toNotes) : real(hosts), notes(toNotes) {}
+    const std::string& GetClassName(const NHALDEN20::TContext& context) override { return real->GetClassName(context); }
+    boost::shared_ptr<NHALDEN20::ICIMInstance> CreateInstance(const NHALDEN20::TContext& context) override {
+        return real->CreateInstance(context);
+    }
+    void EnumerateInstances(boost::function<bool(boost::shared_ptr<NHALDEN20::ICIMInstance>)> callback, bool flag,
+                            const NHALDEN20::TContext& context) override {
+        notes.push_back(flag ? "true" : "false");
+        real->EnumerateInstances(callback, flag, context);
+    }
+    boost::shared_ptr<NHALDEN20::ICIMClass> real;
+    strings& notes;
+};
 
 /// Notes which classes are looked up, and with what contexts.
 class notingNamespace : public minihost::memoryNamespace {
@@ -15,7 +33,7 @@ public:
             lookUps.push_back(key);
             lookUps.push_back(value);
         }
-        return memoryNamespace::GetClass(name, context);
+        return boost::make_shared<notingClass>(memoryNamespace::GetClass(name, context), lookUps);
     }
 
     strings lookUps;
@@ -66,7 +84,8 @@ TEST_F(Plugin, LooksClassesUpInThePluginsContext) {
         auto requested = classes({name});
         plugin_->GetData(noting.handle(), requested);
     }
-    EXPECT_EQ(noting.lookUps, (strings{"KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin", "KORVA_SysBusDevice",
-                                       "nspID", "plugin", "KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin"}));
+    EXPECT_EQ(noting.lookUps,
+              (strings{"KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin", "KORVA_SysBusDevice", "nspID", "plugin",
+                       "true", "KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin", "true"}));
     plugin_.reset(); // which has instances of that namespace
 }
