@@ -54,7 +54,7 @@ void recorder::sawOpen(std::string_view path, int fd, int error) {
     nodes_.opened(path, fd, error);
     if (!keepsAnswers_)
         return;
-    if (fd < 0 && error == ENOENT && !keepsTexts_)
+    if (fd < 0 && error == ENOENT && !keepsTexts_ && machine_.nodes.count(std::string(path)) == 0)
         return; // a simulated machine has no other nodes than those recorded
     node& asked = machine_.nodes[std::string(path)];
     asked.open.add({fd >= 0 ? 0 : error});
