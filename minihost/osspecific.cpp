@@ -62,7 +62,7 @@ std::string TOSSpecific::SpawnProcess(std::string command, std::vector<std::stri
 
 std::string TOSSpecific::GetMachineName() {
     char name[HOST_NAME_MAX + 1] = {};
-    return ::gethostname(name, sizeof name - 1) == 0 ? name : "";
+    return ::gethostname(name, sizeof name) == 0 ? name : "";
 }
 
 bool TOSSpecific::getOrvexVirtualDevices(int kind, std::vector<std::string>& list, bool /*flag*/) {

@@ -10,6 +10,7 @@
 #include <sys/wait.h>
 
 #include <chrono>
+#include <climits>
 
 using minihost::outputOf;
 using NHALDEN20::TCIMValue;
@@ -68,6 +69,11 @@ TEST(OsServices, SayWhatTheyCouldNotDo) {
     minihost::setFailureSink(nullptr);
     EXPECT_EQ(failures,
               (strings{"0 /etc/passwd/file: Not a directory", "0 /: Is a directory", "1 sh -c exit 2: exit status 2"}));
+}
+
+TEST_F(SimulatedMachine, HasAsLongANameAsLinuxAllows) {
+    machine().name = std::string(HOST_NAME_MAX, 'n');
+    EXPECT_EQ(NHALDEN20::TOSSpecific::GetMachineName(), machine().name);
 }
 
 TEST(Values, AreIndependentCopies) {
