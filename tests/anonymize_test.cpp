@@ -65,7 +65,8 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
             {"swapped": "FW AB-1", "size": 8}, {"swapped": "MODEL", "size": 40}, {"zeros": 122}, "0050 00c5 b2a1 d4c3",
             {"zeros": 34}, {"text": "unknown", "size": 62}, {"zeros": 100}, {"text": "xAB-12345Z", "size": 11},
             {"swapped": "AB-12345Z", "size": 24}, {"text": " ", "size": 1},
-            {"swapped": "xAB-12345Z", "size": 54}, "a5c9"]}}}})");
+            {"swapped": "xAB-12345Z", "size": 54}, "a5c9"]}},
+        "/dev/sdb": {"identify": {"data": [{"zeros": 510}, "a501"]}}}})");
     simulator::machine& machine = made.result;
     const std::string inquiry = asText(machine.nodes["/dev/sg0"].inquiry.next().data);
     const std::string page = asText(machine.nodes["/dev/sg0"].serialPage.next().data);
@@ -84,6 +85,7 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
     EXPECT_EQ(swappedPairs(identify.substr(431)).substr(0, 10), serial + " ");
     EXPECT_EQ(swappedPairs(identify.substr(456)).substr(0, 11), "x" + serial + " ");
     EXPECT_EQ(static_cast<char>(std::accumulate(identify.begin(), identify.end(), 0)), 0) << "the checksum";
+    EXPECT_EQ(machine.nodes["/dev/sdb"].identify.next().data.back(), 1) << "one that was wrong stays so";
     const std::string name = inLowerCase(upperHexOf(swappedPairs(identify.substr(216, 8))));
     EXPECT_THAT(name, AllOf(MatchesRegex("5000c50[0-9a-f]{9}"), Ne("5000c500a1b2c3d4")));
 

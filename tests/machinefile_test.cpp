@@ -155,6 +155,12 @@ TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
     EXPECT_EQ(read.name, machine.name);
 }
 
+TEST(Kernel, GivesEachOpenNodeANumberOfItsOwn) {
+    simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/sg0": {}}})", ""));
+    kernel.giveNumbers();
+    EXPECT_NE(kernel.open("/dev/sg0"), kernel.open("/dev/sg0"));
+}
+
 TEST(Recorder, WritesDownWhatARunSeldomMeets) {
     simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/hdc": {
         "identify": {"data": "00"}, "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": -1}}})",

@@ -1,6 +1,6 @@
 // A plug-in that does what ODD_PLUGIN says: "load", "init" and "query" throw at that step ("query" after the first
 // instance), "number" throws a number in Init, "terminate" sends SIGTERM to the process in a query, "drift" sets
-// properties that the class does not declare, and "nothing" registers no plug-in.
+// properties that the class does not declare, and "nothing" registers no plug-in, "twice" two.
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
@@ -69,7 +69,7 @@ public:
 
 [[gnu::constructor]] void registerPlugin() {
     failAt("load");
-    if (oddity() != "nothing")
+    for (int count = oddity() == "nothing" ? 0 : oddity() == "twice" ? 2 : 1; count > 0; --count)
         boost::dynamic_pointer_cast<TPluginManagerNamespace>(TRootObject::GetPluginManager())
             ->RegisterPlugin(new oddPlugin);
 }

@@ -101,4 +101,6 @@ TEST_F(PassThrough, TellsARequestThatFailsFromADeviceThatRefuses) {
     open(failing);
     EXPECT_EQ(send(inquiry_cmd, 6), 1);
     EXPECT_EQ(secondsSlept(), 0U);
+    EXPECT_EQ(send(inquiry_cmd, 5), 1) << "no command is so short";
+    EXPECT_EQ(errno, EMSGSIZE);
 }

@@ -320,6 +320,7 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"% --plugin missing.so", "loaded: missing.so: cannot open shared object file"},
         {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
         {"ODD_PLUGIN=nothing %" + oddPlugin, "to register one plug-in that collects data, it registered 0"},
+        {"ODD_PLUGIN=twice %" + oddPlugin, "to register one plug-in that collects data, it registered 2\n"},
         {"ODD_PLUGIN=load %" + oddPlugin, "scsidev-inventory: odd \\x1b[2J load\n"},
         {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \\x1b[2J init"},
         {"ODD_PLUGIN=number %" + oddPlugin, "Init failed: an exception of an unknown type"},
@@ -758,6 +759,7 @@ TEST_F(Program, IndependentClientsSeeTheSimulatedMachine) {
           "Firmware Revision:  SWFW2.17", "Likely used: 9"}},
         {"cd " SOURCE_DIRECTORY "/machines; SCSIDEV_MACHINE=rack-server.json sh -c 'cd /; sg_inq /dev/sg0'",
          {"Vendor identification: NORDHAV"}},
+        {"cat /sys/class/scsi_generic/sg0; true", {"No such file or directory"}},
         {"cat /proc/sys/dev/cdrom/info", {"drive name:\t\tsr1\tsr0\n", "Can write DVD-RAM:\t0\t1\n"}},
     };
     if (std::system("command -v sg_inq >/dev/null && command -v hdparm >/dev/null") != 0)
