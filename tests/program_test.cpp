@@ -715,15 +715,15 @@ TEST_F(Program, SaysWhatItCouldNotSee) {
          "/dev/sg54\n"},
         {"", R"({"nodes": {
             "/dev/sg0": {"sgVersion": 30536, "inquiry": "EIO"},
-            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": "", "sense": "72 05 24 01", "info": 1}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": "", "sense": "73 05 24 01", "info": 1}},
             "/dev/sg2": {"sgVersion": 30536, "inquiry": {"data": "", "hostStatus": 3}},
-            "/dev/sg3": {"sgVersion": 30536, "inquiry": {"data": "", "status": 8}},
+            "/dev/sg3": {"sgVersion": 30536, "inquiry": {"data": "", "status": 32}},
             "/dev/sg4": {"sgVersion": 30536, "inquiry": {"data": "", "driverStatus": 6}},
             "/dev/sg5": {"sgVersion": 2, "open": [true, "ENOENT", true]},
             "/dev/hda": {"opticalCapability": 0}, "/dev/hdb": {"identify": {"data": "00"}}}})",
          3,
          "6 of 8 nodes opened but did not identify themselves: /dev/sg0 (INQUIRY: EIO), /dev/sg1 (INQUIRY: sense "
-         "5/24/01), /dev/sg2 (INQUIRY: host status 0x03), /dev/sg3 (INQUIRY: status 0x08), /dev/sg4 (INQUIRY: driver "
+         "5/24/01), /dev/sg2 (INQUIRY: host status 0x03), /dev/sg3 (INQUIRY: status 0x20), /dev/sg4 (INQUIRY: driver "
          "status 0x06) and 1 more\n"},
         {"KORVA_SCSIDevice",
          R"({"nodes": {
@@ -731,8 +731,8 @@ TEST_F(Program, SaysWhatItCouldNotSee) {
                           {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}, "kernel": {"names": ["sdb"]}},
             "/dev/sda": {"identify": {"data": [{"text": "BYTES", "size": 512}]}}}})",
          0, "the words of ATA disks come from other disks: /dev/sg0 is sdb, but was asked at /dev/sda\n"},
-        {"KORVA_SysBusDeviceFirmware", "{}", 0,
-         "KORVA_SysBusDeviceFirmware ties together what earlier queries of "
+        {"KORVA_SCSIDevice KORVA_SysBusDeviceFirmware", "{}", 0,
+         "no devices found on the simulated machine\nKORVA_SysBusDeviceFirmware ties together what earlier queries of "
          "the run have collected: ask for devices and KORVA_SysBusDeviceFirmwareElement before it\n"},
     };
     for (const auto& c : cases) {
