@@ -5,6 +5,7 @@
 #include "minihost/minihost.h"
 #include "plugin/host/addtovectorcallback.h"
 #include "plugin/host/osspecific.h"
+#include "plugin/host/rootobject.h"
 #include "tests/simulatedmachine.h"
 
 #include <sys/wait.h>
@@ -67,6 +68,8 @@ TEST(OsServices, SayWhatTheyCouldNotDo) {
         EXPECT_EQ(NHALDEN20::TOSSpecific::CaptureFile(path), "");
     NHALDEN20::TOSSpecific::SpawnProcess("sh", {"-c", "exit 2"}, 10);
     minihost::setFailureSink(nullptr);
+    NHALDEN20::TOSSpecific::SpawnProcess("false", {}, 10);
+    NHALDEN20::TRootObject::GetCoreLogger()->Log(0, "without a sink nobody hears of either");
     EXPECT_EQ(failures,
               (strings{"0 /etc/passwd/file: Not a directory", "0 /: Is a directory", "1 sh -c exit 2: exit status 2"}));
 }
