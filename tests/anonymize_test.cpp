@@ -50,7 +50,7 @@ std::string inLowerCase(std::string text) {
 TEST(Anonymize, FindsATextHoweverItIsWritten) {
     auto made = anonymous(R"({"name": "host7.example.net", "usb": [
         "sn AB-12345Z, ab-12345z, 41422D31323334355A, 41422d31323334355a, naa.5000c500a1b2c3d4, on HOST7, example.net",
-        "\"Disk AB-12345Z\" \"Other AB-12345Z\""],
+        "\"Disk AB-12345Z\" \"Other AB-12345Z\""], "opticalTable": ["drive name:\tsr0", "host7 reads DVD:\t1"],
       "nodes": {
         "/dev/sg0": {
           "kernel": {"names": ["sda"], "wwid": "t10.ATA     Model of forty characters: 4567890123456AB-12345Z"},
@@ -60,6 +60,10 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
         "/dev/sg1": {"kernel": {"wwid": "naa.5000C500A1B2C3D4"}},
         "/dev/sg2": {"kernel": {"wwid": "iqn.2026-11.host7 tape AB-12345Z"}},
         "/dev/sg3": {"kernel": {"wwid": "t10.ACME    Disk AB-12345Z"}},
+        "/dev/sg4": {
+          "inquiry": {"data": ["000005021f000000", {"text": "ACME", "size": 8}, {"text": "Other Disk", "size": 16}]},
+          "serialPage": {"residual": 32, "data": ["00800020 1f000000", {"text": "ACME", "size": 8},
+                                                  {"text": "Other Disk", "size": 16}]}},
         "/dev/sda": {
           "identify": {"data": [{"zeros": 20}, {"swapped": "AB-12345Z", "size": 20}, {"zeros": 6},
             {"swapped": "FW AB-1", "size": 8}, {"swapped": "MODEL", "size": 40}, {"zeros": 122}, "0050 00c5 b2a1 d4c3",
@@ -78,6 +82,9 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
     EXPECT_THAT(inquiry.substr(45), AllOf(MatchesRegex(" [0-9][a-z] {12}"), Ne(" 7q            ")));
     EXPECT_EQ(page.substr(4, 13), "  " + serial + "  ");
     EXPECT_EQ(page.substr(21), std::string(15, '\0')) << "left from another answer";
+    const std::string unsent = asText(machine.nodes["/dev/sg4"].serialPage.next().data);
+    EXPECT_EQ(unsent.substr(8), "ACME    Other Disk      ") << "of which nothing came";
+    EXPECT_EQ(machine.opticalTable, "drive name:\tsr0\nhost7 reads DVD:\t1\n") << "whose keys the plug-in reads";
 
     EXPECT_EQ(swappedPairs(identify.substr(46, 48)), "FW AB-1 MODEL" + std::string(35, ' '));
     EXPECT_EQ(identify.substr(258, 62), std::string(62, '\0')) << "vendor specific words";
@@ -87,7 +94,7 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
     EXPECT_EQ(static_cast<char>(std::accumulate(identify.begin(), identify.end(), 0)), 0) << "the checksum";
     EXPECT_EQ(machine.nodes["/dev/sdb"].identify.next().data.back(), 1) << "one that was wrong stays so";
     const std::string name = inLowerCase(upperHexOf(swappedPairs(identify.substr(216, 8))));
-    EXPECT_THAT(name, AllOf(MatchesRegex("5000c50[0-9a-f]{9}"), Ne("5000c500a1b2c3d4")));
+    EXPECT_THAT(name, AllOf(MatchesRegex("5000c50[1-9a-f][0-9a-f]{8}"), Ne("5000c500a1b2c3d4")));
 
     const std::string host = machine.name;
     EXPECT_THAT(host, AllOf(MatchesRegex("[a-z]{4}[0-9]\\.[a-z]{7}\\.[a-z]{3}"), Ne("host7.example.net")));
@@ -102,7 +109,7 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
                 AllOf(MatchesRegex("[a-z]{3}\\.[0-9]{4}-[0-9]{2}\\." + host.substr(0, 5) + " [a-z]{4} " + serial),
                       Ne("iqn.2026-11.host7 tape AB-12345Z")));
     EXPECT_THAT(machine.nodes["/dev/sg3"].knownAs.wwid, MatchesRegex("t10.ACME    [A-Z][a-z]{3} " + serial));
-    EXPECT_THAT(made.keptAt, ElementsAre("/dev/sg0", "the USB listing"));
+    EXPECT_THAT(made.keptAt, ElementsAre("/dev/sg0", "the USB listing", "the optical-drive table"));
     EXPECT_EQ(made.serialNumbers, 5U) << "of which four have something around them";
     EXPECT_EQ(made.worldWideNames, 1U);
 }

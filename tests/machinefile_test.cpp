@@ -161,6 +161,13 @@ TEST(Kernel, GivesEachOpenNodeANumberOfItsOwn) {
     EXPECT_NE(kernel.open("/dev/sg0"), kernel.open("/dev/sg0"));
 }
 
+TEST(Kernel, LeavesOtherCommandsToTheShell) {
+    simulator::kernel kernel({});
+    int status = 0;
+    for (const char* command : {"echo > file", "hwinfo --usb", "modprobes", "rm file"})
+        EXPECT_FALSE(kernel.system(command, status)) << command;
+}
+
 TEST(Recorder, WritesDownWhatARunSeldomMeets) {
     simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/hdc": {
         "identify": {"data": "00"}, "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": -1}}})",
