@@ -173,6 +173,7 @@ TEST(Recorder, WritesDownWhatARunSeldomMeets) {
         "identify": {"data": "00"}, "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": -1}}})",
                                                      ""));
     simulator::recorder recorder(simulator::recorder::keeps::everything);
+    recorder.sawOpen("/dev/hdc", -1, ENOENT); // plugged in later
     const int fd = kernel.open("/dev/hdc");
     recorder.sawOpen("/dev/hdc", fd, 0);
     for (const int number : {HDIO_DRIVE_CMD, HDIO_DRIVE_TASK, HDIO_DRIVE_TASK, CDROM_GET_CAPABILITY}) {
@@ -183,11 +184,10 @@ TEST(Recorder, WritesDownWhatARunSeldomMeets) {
         recorder.sawRequest(fd, request, registers, result, errno);
     }
     kernel.close(fd);
-    recorder.sawOpen("/dev/hdc", -1, ENOENT); // pulled out meanwhile
     recorder.sawCommand("modprobe sg", SIGKILL);
     EXPECT_EQ(simulator::machineFileText(recorder.recorded()),
               simulator::machineFileText(
-                  simulator::parseMachine(R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": [true, "ENOENT"],
+                  simulator::parseMachine(R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": ["ENOENT", true],
         "identify": "EIO", "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": "EPERM"}}})",
                                           "")));
 }
