@@ -330,6 +330,9 @@ TEST_F(Program, SaysInOneLineWhyARunFailed) {
         {"mkdir ../open && chmod 777 ../open && TMPDIR=../open % ",
          "open can be written by other users and is not sticky; TMPDIR names another place\n"},
         {"mkdir ../open/own && TMPDIR=../open/own %", "/open can be written by other users and"},
+        {"d=$(cd ..; pwd -P); while [ ${#d} -lt 3820 ]; do d=$d/" + std::string(200, 'd') + "; done; d=$(echo $d/" +
+             std::string(255, 'd') + " | cut -c 1-4071); mkdir -p $d; TMPDIR=$d %",
+         "-XXXXXX: cannot make a temporary directory: the name is too long"}, // by its last byte
         {"env - SCSIDEV_MACHINE=other.json PATH=/usr/bin % --machine missing.json", "missing.json: cannot be read"},
         {::geteuid() == 0 ? "chmod 770 ../open; TMPDIR=../open %" : "TMPDIR=/nonexistent %",
          ::geteuid() == 0 ? "/open can be written by other users and" : "No such file"}, // root has no group of its own
@@ -621,8 +624,8 @@ TEST_F(Program, WritesAFileWholeOrNotAtAll) {
     run("mkdir ../results; umask 027; " + json +
         "--record ../results/a; stat -c '%a %n' ../results/*; rm ../results/a");
     EXPECT_EQ(output, "640 ../results/a\n640 ../results/new.json\n");
-    run("chmod 604 ../results/new.json; " + json + "; stat -c %a ../results/new.json; cat ../results/new.json");
-    EXPECT_EQ(output, "604\n" + contentOf(expected + "rack-server.json")) << "the mode stays, the content is replaced";
+    run("chmod 704 ../results/new.json; " + json + "; stat -c %a ../results/new.json; cat ../results/new.json");
+    EXPECT_EQ(output, "704\n" + contentOf(expected + "rack-server.json")) << "the mode stays, the content is replaced";
     for (const char* closed : {"<&- 2>&-", ">&- 2>&-"}) {
         run(json + "--log-level 3 " + closed + "; cat ../results/new.json");
         EXPECT_EQ(output, contentOf(expected + "rack-server.json")) << "no log in it: " << closed;
@@ -637,10 +640,11 @@ TEST_F(Program, WritesAFileWholeOrNotAtAll) {
     EXPECT_EQ(output, "new.json\n" + contentOf(expected + "rack-server.json"));
     run("TMPDIR=/nonexistent % --output ../results/new.json", 1);
     run("cmp ../results/new.json " + expected + "rack-server.json");
-    run("% --schema --output ../results/new.json; cmp ../results/new.json " SOURCE_DIRECTORY "/schema/korva.mof");
+    run("chmod 1777 ../results; % --schema --output ../results/new.json; cmp ../results/new.json " SOURCE_DIRECTORY
+        "/schema/korva.mof");
     EXPECT_EQ(output, "");
     if (::geteuid() == 0)
-        run("chmod 1777 ../results; chown 1 ../results/new.json; % --output ../results/new.json" + onEmptyMachine, 1);
+        run("chown 1 ../results/new.json; % --output ../results/new.json" + onEmptyMachine, 1);
     run("% --record $(printf '../results/\\033.json')" + onEmptyMachine);
     EXPECT_THAT(errors, HasSubstr("recorded in ../results/\\x1b.json: "));
 }
@@ -709,10 +713,11 @@ TEST_F(Program, SaysWhatItCouldNotSee) {
          "[0] sg module is not loaded correctly\n" + unprivileged +
              "the sg driver could not be loaded, SCSI devices are not shown" + advice},
         {"", R"({"nodes": {"/dev/sg0": {"open": "EACCES"}, "/dev/sg1": {}, "/dev/sg2": {"open": "ENXIO"},
-                           "/dev/hda": {"open": "EPERM"}, "/dev/sr0": {"open": "EACCES"}}})",
+                           "/dev/sg3": {"open": "EMFILE"}, "/dev/hda": {"open": "EPERM"}, "/dev/sr0": {"open": "EACCES"}}})",
          3,
-         unprivileged + "2 of 3 device nodes could not be opened: /dev/sg0 (EACCES), /dev/hda (EPERM)" + advice +
-             "1 of 3 nodes opened but did not identify itself: /dev/sg1 (SG_GET_VERSION_NUM: ENOTTY)\n"},
+         unprivileged + "2 of 4 device nodes could not be opened: /dev/sg0 (EACCES), /dev/hda (EPERM)" + advice +
+             "1 of 4 device nodes could not be opened: /dev/sg3 (EMFILE)\n1 of 4 nodes opened but did not identify "
+             "itself: /dev/sg1 (SG_GET_VERSION_NUM: ENOTTY)\n"},
         {"", "{\"nodes\": {" + manyNodes + "}}", 3,
          "4 of 4 device nodes could not be opened: /dev/sg0 (EMFILE), /dev/sg9 (EMFILE), /dev/sg18 (EMFILE), /dev/sg27 "
          "(EMFILE)\nsg nodes beyond /dev/sg31, the last that is looked at, are not shown: /dev/sg36, /dev/sg45, "
@@ -735,6 +740,13 @@ TEST_F(Program, SaysWhatItCouldNotSee) {
                           {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}, "kernel": {"names": ["sdb"]}},
             "/dev/sda": {"identify": {"data": [{"text": "BYTES", "size": 512}]}}}})",
          0, "the words of ATA disks come from other disks: /dev/sg0 is sdb, but was asked at /dev/sda\n"},
+        {"--ask-again scsi firmware associations", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0d00050200000000", {"text": "BOX", "size": 28}]}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": [{"data": ["0d00050200000000", {"text": "BOX", "size": 28}]},
+                                                         "EIO"]}}})",
+         3,
+         "1 of 2 nodes opened but did not identify itself: /dev/sg1 (INQUIRY: EIO)\n"
+         "no firmware association of their own: 1 of 2 devices (no firmware element has their identity)\n"},
         {"KORVA_SCSIDevice KORVA_SysBusDeviceFirmware", "{}", 0,
          "no devices found on the simulated machine\nKORVA_SysBusDeviceFirmware ties together what earlier queries of "
          "the run have collected: ask for devices and KORVA_SysBusDeviceFirmwareElement before it\n"},
