@@ -518,7 +518,7 @@ TEST_F(Program, DoesNotDependOnWhatItInherits) {
 }
 
 TEST_F(Program, RunsQueriesInTurnOnOneNamespace) {
-    const auto document = jsonOf("% --log-level 0 --virtual-device 0=/dev/sg0 Tape,korva_ATAdevice "
+    const auto document = jsonOf("% --log-level 0 --virtual-device 0=/dev/sg0 --virtual-device 1= Tape,korva_ATAdevice "
                                  "firmware KORVA_SysBusDeviceFirmware" +
                                  onRackServer);
     EXPECT_EQ(errors, "simulated machine: 10 s of sleeping skipped\n") << "the device is ready from then on";
