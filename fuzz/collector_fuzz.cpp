@@ -75,6 +75,8 @@ public:
         plugin_->Init();
     }
     ~pluginRun() {
+        TScsidevPluginCallbacks::classList none;
+        plugin_->GetBusDevice(none, ns_.handle()); // frees the records of a pass that ended early; unloading does not
         plugin_->PrepareForUnload();
         minihost::setLogSink(nullptr);
         installed = nullptr;
