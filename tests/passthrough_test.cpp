@@ -76,7 +76,7 @@ TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
 TEST_F(PassThrough, LogsTheSenseThatItHasRoomFor) {
     simulator::scsiAnswer answer = check(5, 0, 0);
     answer.info |= SG_INFO_DIRECT_IO;
-    for (const std::size_t size : {1, 33}) {
+    for (const std::size_t size : {1U, 33U}) {
         answer.sense = simulator::bytes(size, 0x70);
         open(answer);
         EXPECT_EQ(send(inquiry_cmd, 6), -1);
