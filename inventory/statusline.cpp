@@ -3,6 +3,7 @@
 #include "minihost/heldsignals.h"
 #include "text/escape.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -90,7 +91,11 @@ void statusLine::draw() {
 void statusLine::erase() { std::cerr << eraseLine << std::flush; }
 
 void statusLine::eraseAtOnce() {
-    if (onTerminal != 0) [[maybe_unused]]
+    // A terminal that is stopped by Ctrl-S, or whose connection hangs, takes nothing and would hold the handler up. One
+    // that the other thread is just writing to is waited for.
+    constexpr int patience = 100; // milliseconds
+    pollfd terminal{STDERR_FILENO, POLLOUT, 0};
+    if (onTerminal != 0 && ::poll(&terminal, 1, patience) == 1) [[maybe_unused]]
         const ssize_t written = ::write(STDERR_FILENO, eraseLine, sizeof eraseLine - 1);
 }
 

@@ -128,7 +128,7 @@ protected:
     }
 
     /// The same on a terminal, with Ctrl-C typed once `interruptAt`, if there is any, has been shown. `wantedResult` is
-    /// 0 or the signal that ends the program.
+    /// 0 or the signal that ends the program. SIGTERM is sent instead, after Ctrl-S, which stops the terminal.
     void runOnTerminal(const std::string& command, const std::string& interruptAt, int wantedResult) {
         int terminal = -1;
         const pid_t child = ::forkpty(&terminal, nullptr, nullptr, nullptr);
@@ -144,7 +144,10 @@ protected:
             output.append(block, static_cast<std::size_t>(got));
             if (!interrupted && output.find(interruptAt) != std::string::npos) {
                 EXPECT_EQ(threadsThatTakeSignals(child), 1) << "no handler runs beside the main thread";
-                interrupted = ::write(terminal, "\x03", 1) == 1;
+                const bool isTerm = wantedResult == SIGTERM;
+                interrupted = ::write(terminal, isTerm ? "\x13" : "\x03", 1) == 1;
+                if (isTerm && ::usleep(100000) == 0) // the kernel takes what is typed a little later
+                    ::kill(child, SIGTERM);
             }
         }
         ::close(terminal);
@@ -485,6 +488,7 @@ TEST_F(Program, ShowsOnATerminalWhatItDoes) {
 
     runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...", SIGINT);
     EXPECT_THAT(output, EndsWith("\r\x1b[K"));
+    runOnTerminal("SCSIDEV_SLEEP=1 " + command, "1 s  Retry condition...", SIGTERM);
     EXPECT_THAT(output, Not(HasSubstr("5 s  "))) << "the sleep is cut short";
 
     // A shell command that the run waits for is not all that an interrupt ends.
