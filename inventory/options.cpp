@@ -138,14 +138,14 @@ void checkCounts(const CLI::App& app) {
     }
 }
 
-/// Would both be the same file? Each can be called by several names.
-bool isSameFile(const std::string& one, const std::string& other) {
+/// Would both be the same file? Their directory can have several names, by links and by mounts.
+bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& other) {
     namespace fs = std::filesystem;
-    const auto placeOf = [](const fs::path& file) {
-        std::error_code ignored;
-        return fs::weakly_canonical(file.has_parent_path() ? file.parent_path() : ".", ignored) / file.filename();
+    const auto directoryOf = [](const fs::path& file) {
+        return file.has_parent_path() ? file.parent_path() : fs::path(".");
     };
-    return placeOf(one) == placeOf(other);
+    std::error_code ignored;
+    return one.filename() == other.filename() && fs::equivalent(directoryOf(one), directoryOf(other), ignored);
 }
 
 commandLine::outcome parseSchema(const CLI::App& app, const rawOptions& raw) {
