@@ -9,10 +9,10 @@ shellCommand commandOf(const std::string& command) {
     const auto isOneFile = [](const std::string& words) {
         return words.find_first_of(" \t\n\"'\\$`*?[]{}~;&|<>()#") == std::string::npos;
     };
-    const std::size_t redirection = command.rfind("> ");
+    const std::size_t redirection = command.find("> ");
     if (startsWith("modprobe "))
         return {shellCommand::modprobe, ""};
-    if (startsWith("hwinfo ") && redirection != std::string::npos)
+    if (startsWith("hwinfo ") && redirection != std::string::npos && isOneFile(command.substr(redirection + 2)))
         return {shellCommand::usbQuery, command.substr(redirection + 2)};
     if (startsWith("rm -f ") && isOneFile(command.substr(6)))
         return {shellCommand::removal, command.substr(6)};
