@@ -160,12 +160,14 @@ void holdStandardDescriptors() {
     }
 }
 
-/// Makes descriptors, signals and PATH what the run and its shell commands rely on, whatever the process inherited.
+/// Makes descriptors, signals, locale and PATH what the run and its shell commands rely on, whatever the process
+/// inherited.
 void prepareProcess() {
     holdStandardDescriptors();
     std::signal(SIGCHLD, SIG_DFL); // if ignored, the exit statuses of children are lost
     inventory::handleSignals();
     std::set_terminate(endByException);
+    ::setenv("LC_ALL", "C", 1); // in others grep leaves out lines with bytes that are no characters there
     const char* path = std::getenv("PATH");
     // modprobe and hwinfo are in directories that an ordinary user's PATH does not have.
     ::setenv("PATH", (std::string(path == nullptr ? "/usr/bin:/bin" : path) + ":/usr/sbin:/sbin").c_str(), 1);

@@ -569,10 +569,10 @@ TEST_F(Program, ChangingDevicesAreAskedOnce) {
     // itself.
     std::string usbListing;
     for (const std::string line : changing["usb"])
-        usbListing += line + '\n';
+        usbListing += line + "\xff\n"; // which is no UTF-8
     const std::string thisMachine = withTool("modprobe", "mkdir ../../asked") +
                                     withTool("hwinfo", "cat " + fileWith(usbListing, "usb")) + "rm -rf ../asked; " +
-                                    underSanitizers + "SCSIDEV_MACHINE=" + file + ' ' + preloaded +
+                                    underSanitizers + "LC_ALL=C.UTF-8 SCSIDEV_MACHINE=" + file + ' ' + preloaded +
                                     "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
     const std::string whileRecording = " --force --record " + recording;
     for (const std::string& command : {"% --machine " + file, thisMachine}) {
