@@ -14,7 +14,7 @@ namespace inventory {
 
 namespace {
 
-// All that end a process which knows nothing of them, but for those that its own faults cause.
+// What users, timers and the system send to end a process, but for what its own faults cause.
 constexpr int endingSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGALRM,   SIGTERM, SIGUSR1,
                                  SIGUSR2, SIGXCPU, SIGPOLL, SIGVTALRM, SIGPROF, SIGPWR};
 constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
