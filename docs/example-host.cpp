@@ -92,11 +92,11 @@ std::ostream& operator<<(std::ostream& output, const TCIMValue& value) {
 /// Bytes of a device could drive the terminal: those that are not printable become \u00XX, as in JSON.
 std::string printable(const std::string& text) {
     std::ostringstream result;
-    for (const unsigned char c : text) {
+    for (const char c : text) {
         if (c >= ' ' && c <= '~')
             result << c;
         else
-            result << "\\u" << std::hex << std::setw(4) << std::setfill('0') << unsigned{c};
+            result << "\\u" << std::hex << std::setw(4) << std::setfill('0') << int{static_cast<unsigned char>(c)};
     }
     return result.str();
 }
