@@ -1,15 +1,15 @@
 #include "bench/installedkernel.h"
 
-#include "simulator/recorder.h"
+#include "system/recorder.h"
 
 namespace {
 
-simulator::kernel* installed = nullptr;
+sys::kernel* installed = nullptr;
 
 } // namespace
 
-installedKernel::installedKernel(const simulator::machine& machine) : kernel(machine) { installed = this; }
+installedKernel::installedKernel(const sys::machineAnswers& machine) : kernel(machine) { installed = this; }
 installedKernel::~installedKernel() { installed = nullptr; }
 
-simulator::kernel* simulator::activeKernel() { return installed; }
-simulator::recorder* simulator::activeRecorder() { return nullptr; }
+sys::kernel* sys::activeKernel() { return installed; }
+sys::recorder* sys::activeRecorder() { return nullptr; }

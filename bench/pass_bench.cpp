@@ -25,17 +25,17 @@ using seconds = std::chrono::duration<double>;
 
 constexpr int indexes = 32; // of each of the two node families
 
-simulator::machine machineWith(int disks) {
-    simulator::machine machine;
+sys::machineAnswers machineWith(int disks) {
+    sys::machineAnswers machine;
     for (int index = 0; index < disks; ++index) {
-        simulator::node& disk = machine.nodes["/dev/sg" + std::to_string(index)];
-        disk.sgVersion = simulator::numberAnswer{30536, 0};
-        disk.emulated = simulator::numberAnswer{0, 0};
-        disk.address = simulator::addressAnswer{0, 0, index, 0, 0, 0};
+        sys::node& disk = machine.nodes["/dev/sg" + std::to_string(index)];
+        disk.sgVersion = sys::numberAnswer{30536, 0};
+        disk.emulated = sys::numberAnswer{0, 0};
+        disk.address = sys::addressAnswer{0, 0, index, 0, 0, 0};
         const std::string inquiry = std::string("\0\0\5\2\37\0\0\0", 8) + "ACME    ROADRUNNER 4000 1.02";
         const std::string serial = std::string("\0\x80\0\x8", 4) + "SN000001";
-        disk.inquiry = simulator::scsiAnswer{0, {inquiry.begin(), inquiry.end()}, {}, 0, 0, 0, 0, 0, {}};
-        disk.serialPage = simulator::scsiAnswer{0, {serial.begin(), serial.end()}, {}, 0, 0, 0, 0, 0, {}};
+        disk.inquiry = sys::scsiAnswer{0, {inquiry.begin(), inquiry.end()}, {}, 0, 0, 0, 0, 0, {}};
+        disk.serialPage = sys::scsiAnswer{0, {serial.begin(), serial.end()}, {}, 0, 0, 0, 0, 0, {}};
     }
     return machine;
 }

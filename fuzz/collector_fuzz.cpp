@@ -11,10 +11,10 @@
 #include "minihost/minihost.h"
 #include "plugin/host/osspecific.h"
 #include "plugin/scsidev_linux.h"
-#include "simulator/anonymize.h"
-#include "simulator/kernel.h"
-#include "simulator/machinefile.h"
-#include "simulator/recorder.h"
+#include "system/anonymize.h"
+#include "system/kernel.h"
+#include "system/machinefile.h"
+#include "system/recorder.h"
 
 #include <algorithm>
 #include <iterator>
@@ -32,9 +32,9 @@ namespace {
 using queryList = std::vector<std::vector<std::string>>;
 
 // For each thread its own: libFuzzer has a thread that watches the memory, whose sleeps must be real.
-thread_local simulator::kernel* installed = nullptr;
+thread_local sys::kernel* installed = nullptr;
 
-thread_local simulator::recorder* watching = nullptr;
+thread_local sys::recorder* watching = nullptr;
 
 /// What of the host fails, and when. A query asks it for log lines, classes and services.
 struct hostFault {
@@ -65,7 +65,7 @@ public:
 /// A plug-in object on a machine, and the host that it sees.
 class pluginRun {
 public:
-    explicit pluginRun(const simulator::machine& machine) {
+    explicit pluginRun(const sys::machineAnswers& machine) {
         auto& registered = minihost::registeredPlugins();
         for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
@@ -84,12 +84,12 @@ public:
     pluginRun(const pluginRun&) = delete;
     pluginRun& operator=(const pluginRun&) = delete;
 
-    simulator::kernel& kernel() { return *kernel_; }
+    sys::kernel& kernel() { return *kernel_; }
     TScsidevPluginCallbacks& plugin() { return *plugin_; }
     const std::vector<boost::shared_ptr<minihost::memoryInstance>>& instances() const { return ns_.instances(); }
 
     /// The plug-in is on this machine from now on.
-    void continueOn(const simulator::machine& machine) {
+    void continueOn(const sys::machineAnswers& machine) {
         kernel_.emplace(machine);
         becomeCurrent();
     }
@@ -138,7 +138,7 @@ private:
         });
     }
 
-    std::optional<simulator::kernel> kernel_;
+    std::optional<sys::kernel> kernel_;
     faultyNamespace ns_;
     std::ostringstream log_;
     TScsidevPluginCallbacks* plugin_;
@@ -158,24 +158,24 @@ void checkDrives(pluginRun& run) {
 
 /// Runs the queries, then some more, and requires what holds on any machine. A recording of them that was written and
 /// read shows a host the same, an anonymous one the same devices.
-void checkRun(const simulator::machine& machine, const queryList& queries) {
-    simulator::recorder recorder;
+void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
+    sys::recorder recorder;
     watching = &recorder;
     pluginRun run(machine);
     run.queryAll(queries);
     watching = nullptr;
-    simulator::machine recorded = recorder.recorded();
+    sys::machineAnswers recorded = recorder.recorded();
     // These three reach the plug-in through the host's services, which the recorder does not see.
     recorded.name = machine.name;
     recorded.opticalTable = machine.opticalTable;
     for (const int kind : {0, 1})
         recorded.virtualDevices[kind] = machine.virtualDevices[kind];
 
-    pluginRun replay(simulator::parseMachine(simulator::machineFileText(recorded), "recording"));
+    pluginRun replay(sys::parseMachine(sys::machineFileText(recorded), "recording"));
     replay.queryAll(queries);
     fuzz::require(replay.seen() == run.seen(), "a replay shows the same");
     std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): what an input finds, it finds again
-    pluginRun anonymous(simulator::anonymize(recorded, random).result);
+    pluginRun anonymous(sys::anonymize(recorded, random).result);
     anonymous.queryAll(queries);
     fuzz::require(anonymous.classes() == run.classes(), "an anonymous machine has the same devices");
 
@@ -187,10 +187,10 @@ void checkRun(const simulator::machine& machine, const queryList& queries) {
 }
 
 /// Requires that it makes no difference whether every query asks a steady machine, or the first alone.
-void checkOneWalk(const simulator::machine& steady, const queryList& queries) {
+void checkOneWalk(const sys::machineAnswers& steady, const queryList& queries) {
     pluginRun askingAgain(steady);
     askingAgain.queryAll(queries);
-    simulator::recorder recorder(simulator::recorder::keeps::answers);
+    sys::recorder recorder(sys::recorder::keeps::answers);
     watching = &recorder;
     pluginRun walkingOnce(steady);
     for (const auto& names : queries) {
@@ -206,7 +206,7 @@ void checkOneWalk(const simulator::machine& steady, const queryList& queries) {
 
 /// Requires of a steady machine that a query after one that failed in the host shows what it shows after a whole one.
 /// Associations are left out: they tell of the instances that earlier queries left behind.
-void checkNextQuery(const simulator::machine& steady, const std::vector<std::string>& names, hostFault ofHost) {
+void checkNextQuery(const sys::machineAnswers& steady, const std::vector<std::string>& names, hostFault ofHost) {
     if (std::count(names.begin(), names.end(), "KORVA_SysBusDeviceFirmware") != 0)
         return;
     std::string seen[2];
@@ -240,7 +240,7 @@ bool answers(int fd, unsigned char (&command)[7], int size,
 
 /// Requires that the ways to ask a node of a steady machine what it is agree, and sends the commands that the collector
 /// does not send.
-void checkIdentification(const simulator::machine& steady) {
+void checkIdentification(const sys::machineAnswers& steady) {
     pluginRun run(steady);
     for (const char* family : {"/dev/sg", "/dev/hd", "/dev/sd"}) {
         for (const int index : {0, 1, 2, 3, 4, 25, 26}) {
@@ -264,7 +264,7 @@ void checkIdentification(const simulator::machine& steady) {
 }
 
 /// The machine with the first answer of each kind alone.
-simulator::machine steadyMachine(simulator::machine machine) {
+sys::machineAnswers steadyMachine(sys::machineAnswers machine) {
     machine.modprobe.keepLast();
     for (auto& [path, node] : machine.nodes)
         eachAnswer(node, [](const char* /*name*/, auto& answers) { answers.keepLast(); });
@@ -284,8 +284,8 @@ queryList namedQueries(const std::vector<std::vector<std::uint8_t>>& positions) 
 
 } // namespace
 
-simulator::kernel* simulator::activeKernel() { return installed; }
-simulator::recorder* simulator::activeRecorder() { return watching; }
+sys::kernel* sys::activeKernel() { return installed; }
+sys::recorder* sys::activeRecorder() { return watching; }
 
 // The host's services. The machine answers them: no process is started and no file is read.
 
@@ -311,13 +311,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     fuzz::archive input(bytes, size);
     hostFault ofHost;
     std::vector<std::vector<std::uint8_t>> positions;
-    simulator::machine machine;
+    sys::machineAnswers machine;
     input.numbers(ofHost.call, ofHost.thrown);
     ofHost.call %= 512; // a query makes that many calls at most, or not many more
     fuzz::transfer(input, positions, machine);
     const queryList queries = namedQueries(positions);
     checkRun(machine, queries);
-    const simulator::machine steady = steadyMachine(std::move(machine));
+    const sys::machineAnswers steady = steadyMachine(std::move(machine));
     checkOneWalk(steady, queries);
     if (!queries.empty())
         checkNextQuery(steady, queries.front(), ofHost);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "fuzz/input.h"
-#include "simulator/machine.h"
+#include "system/machineanswers.h"
 
 namespace fuzz {
 
@@ -12,43 +12,43 @@ inline void transfer(archive& stream, int& number) {
     number = byte;
 }
 
-inline void transfer(archive& stream, simulator::openAnswer& answer) { transfer(stream, answer.error); }
+inline void transfer(archive& stream, sys::openAnswer& answer) { transfer(stream, answer.error); }
 
-inline void transfer(archive& stream, simulator::numberAnswer& answer) {
+inline void transfer(archive& stream, sys::numberAnswer& answer) {
     transfer(stream, answer.error);
     stream.numbers(answer.value);
 }
 
-inline void transfer(archive& stream, simulator::addressAnswer& answer) {
+inline void transfer(archive& stream, sys::addressAnswer& answer) {
     transfer(stream, answer.error);
     stream.numbers(answer.host, answer.channel, answer.target, answer.lun, answer.type);
 }
 
-inline void transfer(archive& stream, simulator::scsiAnswer& answer) {
+inline void transfer(archive& stream, sys::scsiAnswer& answer) {
     transfer(stream, answer.error);
     stream.text(answer.data);
     stream.text(answer.sense);
     stream.numbers(answer.status, answer.maskedStatus, answer.hostStatus, answer.driverStatus, answer.info);
 }
 
-inline void transfer(archive& stream, simulator::driveAnswer& answer) {
+inline void transfer(archive& stream, sys::driveAnswer& answer) {
     transfer(stream, answer.error);
     stream.text(answer.data);
 }
 
 template <typename Answer>
-void transfer(archive& stream, simulator::answerList<Answer>& answers) {
+void transfer(archive& stream, sys::answerList<Answer>& answers) {
     std::vector<Answer> list = answers.all();
     stream.list(list, [&](Answer& answer) { transfer(stream, answer); });
     answers = list;
 }
 
-inline void transfer(archive& stream, simulator::node& node) {
+inline void transfer(archive& stream, sys::node& node) {
     eachAnswer(node, [&stream](const char* /*name*/, auto& answers) { transfer(stream, answers); });
 }
 
 /// A run: the queries, each a list of positions in the class table, and the machine.
-inline void transfer(archive& stream, std::vector<std::vector<std::uint8_t>>& queries, simulator::machine& machine) {
+inline void transfer(archive& stream, std::vector<std::vector<std::uint8_t>>& queries, sys::machineAnswers& machine) {
     stream.list(queries, [&](auto& query) { stream.text(query); });
     stream.text(machine.name);
     transfer(stream, machine.modprobe);
@@ -57,7 +57,7 @@ inline void transfer(archive& stream, std::vector<std::vector<std::uint8_t>>& qu
     stream.text(*machine.opticalTable);
     for (auto& list : machine.virtualDevices)
         stream.list(list, [&](std::string& name) { stream.text(name); });
-    std::vector<std::pair<std::string, simulator::node>> nodes(machine.nodes.begin(), machine.nodes.end());
+    std::vector<std::pair<std::string, sys::node>> nodes(machine.nodes.begin(), machine.nodes.end());
     stream.list(nodes, [&](auto& pathAndNode) {
         stream.text(pathAndNode.first);
         transfer(stream, pathAndNode.second);

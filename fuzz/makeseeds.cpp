@@ -2,7 +2,7 @@
 // it is, and with every host emulated.
 
 #include "fuzz/machineinput.h"
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 
 #include <filesystem>
 #include <fstream>
@@ -10,7 +10,7 @@
 
 namespace {
 
-void writeSeed(const std::filesystem::path& file, simulator::machine machine) {
+void writeSeed(const std::filesystem::path& file, sys::machineAnswers machine) {
     std::uint16_t failingCall = 20; // of the host, by the first query
     std::uint8_t thrown = 0;
     std::vector<std::vector<std::uint8_t>> queries{{1}, {2, 1, 3}, {3}, {4, 4, 1}, {5}, {6}};
@@ -25,10 +25,10 @@ void writeSeed(const std::filesystem::path& file, simulator::machine machine) {
 int main(int argc, char** argv) {
     for (int i = 2; i < argc; ++i) {
         const std::filesystem::path directory = argv[1], file = argv[i];
-        simulator::machine machine = simulator::readMachineFile(file);
+        sys::machineAnswers machine = sys::readMachineFile(file);
         writeSeed(directory / file.stem(), machine);
         for (auto& [path, node] : machine.nodes)
-            node.emulated = std::vector<simulator::numberAnswer>{{1, 0}};
+            node.emulated = std::vector<sys::numberAnswer>{{1, 0}};
         writeSeed((directory / file.stem()) += "-emulated", machine);
     }
 }

@@ -3,9 +3,9 @@
 #include "inventory/sysfs.h"
 #include "minihost/childprocess.h"
 #include "plugin/host/osspecific.h"
-#include "simulator/anonymize.h"
-#include "simulator/boundary.h"
-#include "simulator/machinefile.h"
+#include "system/anonymize.h"
+#include "system/boundary.h"
+#include "system/machinefile.h"
 #include "text/errorname.h"
 #include "text/escape.h"
 
@@ -24,20 +24,20 @@
 namespace {
 
 // The interposed functions read these. They are null before and after a run, when the process opens other files.
-simulator::kernel* activeKernel = nullptr;
-simulator::recorder* activeRecorder = nullptr;
+sys::kernel* activeKernel = nullptr;
+sys::recorder* activeRecorder = nullptr;
 
 /// The environment variable that, set to anything, makes a simulated machine sleep for real.
 constexpr const char* sleepVariable = "SCSIDEV_SLEEP";
 
 } // namespace
 
-simulator::kernel* simulator::activeKernel() { return ::activeKernel; }
-simulator::recorder* simulator::activeRecorder() { return ::activeRecorder; }
+sys::kernel* sys::activeKernel() { return ::activeKernel; }
+sys::recorder* sys::activeRecorder() { return ::activeRecorder; }
 
 namespace inventory {
 
-using simulator::recorder;
+using sys::recorder;
 
 namespace {
 
@@ -61,7 +61,7 @@ std::string counted(std::size_t count, const std::string& one, const std::string
 }
 
 /// What to say of a recording that may be given away.
-std::string replacedTexts(const simulator::anonymousMachine& made) {
+std::string replacedTexts(const sys::anonymousMachine& made) {
     std::string text = "replaced: " + counted(made.serialNumbers, "serial number", "serial numbers") + ", " +
                        counted(made.worldWideNames, "world wide name", "world wide names") +
                        (made.hostName ? ", the host name, " : ", ") +
@@ -82,8 +82,8 @@ std::string replacedTexts(const simulator::anonymousMachine& made) {
 
 /// What a command that can take long is for; "" of another.
 std::string purposeOf(const char* command) {
-    using simulator::shellCommand;
-    switch (simulator::commandOf(command).kind) {
+    using sys::shellCommand;
+    switch (sys::commandOf(command).kind) {
     case shellCommand::usbQuery:
         return "looking for virtual USB media";
     case shellCommand::modprobe:
@@ -108,7 +108,7 @@ int askedMachine::watcher::run(const char* command, int (* /*realSystem*/)(const
 
 askedMachine::askedMachine(const runOptions& options) : options_(options), recorder_(whatToKeep(options)) {
     if (!options.machineFile.empty()) {
-        kernel_.emplace(simulator::readMachineFile(options.machineFile));
+        kernel_.emplace(sys::readMachineFile(options.machineFile));
         if (std::getenv(sleepVariable) != nullptr)
             kernel_->sleepForReal();
     }
@@ -131,8 +131,8 @@ void askedMachine::beginQuery() {
     if (options_.askAgain || (!again_ && !recorder_.sawDevices()))
         return;
     if (!again_) {
-        using simulator::kernel;
-        again_.emplace(recorder_.walkedAgain(kernel_ ? kernel_->model() : simulator::machine()),
+        using sys::kernel;
+        again_.emplace(recorder_.walkedAgain(kernel_ ? kernel_->model() : sys::machineAnswers()),
                        kernel::calls::forgotten, kernel_ ? kernel::scope::machine : kernel::scope::devices);
         again_->giveNumbers();
         ::activeKernel = &*again_;
@@ -150,7 +150,7 @@ std::vector<std::string> askedMachine::virtualDevices(int kind) const {
 }
 
 bool askedMachine::hasOpticalTable() const {
-    return kernel_ ? kernel_->model().opticalTable.has_value() : ::access(simulator::opticalTablePath, F_OK) == 0;
+    return kernel_ ? kernel_->model().opticalTable.has_value() : ::access(sys::opticalTablePath, F_OK) == 0;
 }
 
 std::vector<std::string> askedMachine::sgNodesBeyond() const {
@@ -176,7 +176,7 @@ std::vector<std::string> askedMachine::sgNodesBeyond() const {
 }
 
 void askedMachine::report(runResult& result) const {
-    const simulator::nodeReport nodes = recorder_.nodes();
+    const sys::nodeReport nodes = recorder_.nodes();
     coverage& seen = result.seen;
     seen.walked = recorder_.driverStatus().has_value();
     seen.nodesPresent = nodes.present;
@@ -196,7 +196,7 @@ void askedMachine::report(runResult& result) const {
     std::set<std::string> paths;
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
-            if (std::string path = nodeOf(*instance); simulator::isSgNodePath(path))
+            if (std::string path = nodeOf(*instance); sys::isSgNodePath(path))
                 paths.insert(std::move(path));
         }
     }
@@ -205,11 +205,11 @@ void askedMachine::report(runResult& result) const {
     result.secondsSkipped = kernel_ ? kernel_->secondsSkipped() : 0;
 }
 
-std::map<std::string, simulator::kernelNames> askedMachine::kernelNames(const std::set<std::string>& paths,
-                                                                        bool wantsWwid) const {
+std::map<std::string, sys::kernelNames> askedMachine::kernelNames(const std::set<std::string>& paths,
+                                                                  bool wantsWwid) const {
     if (!kernel_)
         return readKernelNames(paths, wantsWwid);
-    std::map<std::string, simulator::kernelNames> known;
+    std::map<std::string, sys::kernelNames> known;
     for (const auto& [path, node] : kernel_->model().nodes) {
         if (!node.knownAs.empty() && paths.count(path) > 0)
             known[path] = node.knownAs;
@@ -220,7 +220,7 @@ std::map<std::string, simulator::kernelNames> askedMachine::kernelNames(const st
 std::string askedMachine::writeRecording() {
     if (!recording_)
         return "";
-    simulator::machine machine = recorder_.recorded();
+    sys::machineAnswers machine = recorder_.recorded();
     machine.name = NHALDEN20::TOSSpecific::GetMachineName();
     std::set<std::string> paths;
     for (const auto& [path, node] : machine.nodes)
@@ -234,11 +234,11 @@ std::string askedMachine::writeRecording() {
     std::string told = recordedTexts;
     if (options_.anonymize) {
         std::mt19937 random(std::random_device{}());
-        simulator::anonymousMachine made = simulator::anonymize(machine, random);
+        sys::anonymousMachine made = sys::anonymize(machine, random);
         machine = std::move(made.result);
         told = '\n' + replacedTexts(made);
     }
-    recording_->write(simulator::machineFileText(machine));
+    recording_->write(sys::machineFileText(machine));
     return "recorded in " + text::escaped(recording_->path()) + told;
 }
 

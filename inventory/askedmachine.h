@@ -3,8 +3,8 @@
 #include "inventory/options.h"
 #include "inventory/outputfile.h"
 #include "inventory/result.h"
-#include "simulator/kernel.h"
-#include "simulator/recorder.h"
+#include "system/kernel.h"
+#include "system/recorder.h"
 
 #include <functional>
 #include <map>
@@ -23,7 +23,7 @@ namespace inventory {
 /// later ones get the same answers again. One object at a time.
 class askedMachine {
 public:
-    /// Throws simulator::machineFileError when the machine file cannot be used, and std::runtime_error when the file to
+    /// Throws sys::machineFileError when the machine file cannot be used, and std::runtime_error when the file to
     /// record into cannot be written.
     explicit askedMachine(const runOptions& options);
     ~askedMachine();
@@ -53,7 +53,7 @@ public:
 
 private:
     /// Runs shell commands so that a signal ends them with the run, and says what they are for.
-    class watcher : public simulator::recorder {
+    class watcher : public sys::recorder {
     public:
         using recorder::recorder;
         int run(const char* command, int (*realSystem)(const char*)) override;
@@ -62,11 +62,11 @@ private:
     };
 
     std::vector<std::string> sgNodesBeyond() const;
-    std::map<std::string, simulator::kernelNames> kernelNames(const std::set<std::string>& paths, bool wantsWwid) const;
+    std::map<std::string, sys::kernelNames> kernelNames(const std::set<std::string>& paths, bool wantsWwid) const;
 
     const runOptions& options_;
-    std::optional<simulator::kernel> kernel_; ///< none: this machine's own
-    std::optional<simulator::kernel> again_;  ///< what the devices answered, once that is to be answered again
+    std::optional<sys::kernel> kernel_; ///< none: this machine's own
+    std::optional<sys::kernel> again_;  ///< what the devices answered, once that is to be answered again
     watcher recorder_;
     std::optional<outputFile> recording_;
 };

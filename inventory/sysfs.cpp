@@ -14,7 +14,7 @@ namespace inventory {
 
 namespace {
 
-using simulator::kernelNames;
+using sys::kernelNames;
 
 using directoryHandle = std::unique_ptr<DIR, int (*)(DIR*)>;
 
@@ -91,7 +91,7 @@ std::map<std::string, kernelNames> readKernelNames(const std::set<std::string>& 
         addNames(sgClass, kind, names);
     std::map<std::string, kernelNames> known;
     for (const auto& node : nodes) {
-        if (!simulator::isSgNodePath(node))
+        if (!sys::isSgNodePath(node))
             continue;
         const std::string entry = node.substr(node.rfind('/') + 1);
         kernelNames ofNode;

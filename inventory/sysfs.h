@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simulator/boundary.h"
-#include "simulator/machine.h"
+#include "system/boundary.h"
+#include "system/machineanswers.h"
 
 #include <map>
 #include <set>
@@ -14,7 +14,7 @@ namespace inventory {
 /// rest, is read if it is wanted: the kernel's text without the line end and the blanks that end it. Reads sysfs alone
 /// and opens no node: the kernel answers from what it asked when the device came up. `directory` is that of the class
 /// of sg nodes, as sgClassPath is, with those of other classes beside it.
-std::map<std::string, simulator::kernelNames> readKernelNames(const std::set<std::string>& nodes, bool wantsWwid,
-                                                              const std::string& directory = simulator::sgClassPath);
+std::map<std::string, sys::kernelNames> readKernelNames(const std::set<std::string>& nodes, bool wantsWwid,
+                                                        const std::string& directory = sys::sgClassPath);
 
 } // namespace inventory

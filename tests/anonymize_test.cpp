@@ -1,7 +1,7 @@
-#include "simulator/anonymize.h"
+#include "system/anonymize.h"
 
-#include "simulator/machinefile.h"
-#include "simulator/replacements.h"
+#include "system/machinefile.h"
+#include "system/replacements.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include <set>
 #include <string>
 
-using simulator::swappedPairs;
-using simulator::upperCase;
+using sys::swappedPairs;
+using sys::upperCase;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::MatchesRegex;
@@ -22,12 +22,12 @@ using testing::Ne;
 
 namespace {
 
-simulator::anonymousMachine anonymous(const std::string& file) {
+sys::anonymousMachine anonymous(const std::string& file) {
     std::mt19937 random(7); // NOLINT(cert-msc32-c,cert-msc51-cpp): the same in every run
-    return simulator::anonymize(simulator::parseMachine(file, "file.json"), random);
+    return sys::anonymize(sys::parseMachine(file, "file.json"), random);
 }
 
-std::string asText(const simulator::bytes& data) { return {data.begin(), data.end()}; }
+std::string asText(const sys::bytes& data) { return {data.begin(), data.end()}; }
 
 std::string upperHexOf(const std::string& text) {
     char digits[3];
@@ -71,7 +71,7 @@ TEST(Anonymize, FindsATextHoweverItIsWritten) {
             {"swapped": "AB-12345Z", "size": 24}, {"text": " ", "size": 1},
             {"swapped": "xAB-12345Z", "size": 54}, "a5c9"]}},
         "/dev/sdb": {"identify": {"data": [{"zeros": 510}, "a501"]}}}})");
-    simulator::machine& machine = made.result;
+    sys::machineAnswers& machine = made.result;
     const std::string inquiry = asText(machine.nodes["/dev/sg0"].inquiry.next().data);
     const std::string page = asText(machine.nodes["/dev/sg0"].serialPage.next().data);
     const std::string identify = asText(machine.nodes["/dev/sda"].identify.next().data);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 
-using simulator::driveAnswer;
+using sys::driveAnswer;
 using testing::Contains;
 
 namespace {
@@ -52,7 +52,7 @@ TEST_F(AtaInterface, CopiesTheDataBehindTheRegisters) {
 
 TEST_F(AtaInterface, DoesNotIdentifyAnOpticalDrive) {
     at("/dev/hda").identify = identify("ACME DISK");
-    at("/dev/hda").opticalCapability = simulator::numberAnswer{0x2FFFFF, 0}; // success is any answer but -1
+    at("/dev/hda").opticalCapability = sys::numberAnswer{0x2FFFFF, 0}; // success is any answer but -1
     EXPECT_EQ(send(identifyDevice), "device is a cdrom");
     EXPECT_EQ(out_[0], untouched);
     EXPECT_EQ(send(identifyPacketDevice), "ATA 0command returned fail: ") << "only IDENTIFY DEVICE is guarded";

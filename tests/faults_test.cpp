@@ -1,6 +1,6 @@
 // Every system call and every allocation of a run fails once.
 
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 #include "tests/scarcememory.h"
 #include "tests/simulatedmachine.h"
 
@@ -12,14 +12,14 @@
 namespace {
 
 /// One that has a device of each kind.
-const simulator::machine& fullMachine() {
-    static const auto machine = simulator::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json");
+const sys::machineAnswers& fullMachine() {
+    static const auto machine = sys::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json");
     return machine;
 }
 
 /// That machine's. Of the opens, requests and shell commands that it answers, the call of this number fails, and all
 /// that are for the node, or are the command, that never works.
-class failingKernel : public simulator::kernel {
+class failingKernel : public sys::kernel {
 public:
     failingKernel(std::size_t number, int error, std::string neverWorks)
         : kernel(fullMachine(), calls::kept), number_(number), error_(error), neverWorks_(std::move(neverWorks)) {}

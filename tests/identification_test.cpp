@@ -7,7 +7,7 @@
 #include <fstream>
 #include <limits>
 
-using simulator::addressAnswer;
+using sys::addressAnswer;
 
 class DeviceHandle : public SimulatedMachine {
 protected:
@@ -55,7 +55,7 @@ TEST_F(DeviceHandle, IdentifiesAnAtaDeviceFirst) {
 TEST_F(DeviceHandle, IdentifiesScsiDisksAndTapes) {
     const struct {
         const char* why;
-        simulator::scsiAnswer answer;
+        sys::scsiAnswer answer;
         int result, type;
     } cases[] = {
         {"tape", inquiry(1, "ACME", "COYOTE"), 1, 1},

@@ -1,6 +1,6 @@
 // What a plug-in object that is asked over and over keeps.
 
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 #include "tests/scarcememory.h"
 #include "tests/simulatedmachine.h"
 
@@ -35,8 +35,7 @@ TEST(LongRun, KeepsOfFirmwareQueriesTheInstancesAlone) {
         {{"KORVA_SCSIDevice", "KORVA_SysBusDeviceFirmwareElement", "KORVA_SysBusDeviceFirmware"}, true},
     };
     // A machine that has a device of each kind, with nothing written down of its calls.
-    pluginInUse run(
-        std::make_unique<simulator::kernel>(simulator::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json")));
+    pluginInUse run(std::make_unique<sys::kernel>(sys::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json")));
     for (const auto& [classNames, keepsInstances] : cases) {
         SCOPED_TRACE(classNames.back());
         run.plugin_->Init();

@@ -1,7 +1,7 @@
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 
-#include "simulator/kernel.h"
-#include "simulator/recorder.h"
+#include "system/kernel.h"
+#include "system/recorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,8 +18,8 @@ namespace {
 
 std::string refusal(const std::string& text) {
     try {
-        simulator::parseMachine(text, "file.json");
-    } catch (const simulator::machineFileError& failure) {
+        sys::parseMachine(text, "file.json");
+    } catch (const sys::machineFileError& failure) {
         return failure.what();
     }
     return "accepted";
@@ -136,43 +136,43 @@ TEST(MachineFile, IsReadInATimeThatGrowsWithItsLength) {
 
 TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
     constexpr int least = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
-    simulator::machine machine;
+    sys::machineAnswers machine;
     for (int byte = 0; byte < 256; ++byte)
         machine.name += static_cast<char>(byte);
     machine.usbListing = "no end";
     machine.opticalTable = "two\n\nlines\n";
     auto& node = machine.nodes["/dev/sg\xff"];
-    node.sgVersion = std::vector<simulator::numberAnswer>{{least, 0}, {largest, 0}, {0, EHWPOISON}};
-    node.address = std::vector<simulator::addressAnswer>{{least, least, least, least, least, 0},
-                                                         {largest, largest, largest, largest, largest, 0}};
-    node.inquiry = std::vector<simulator::scsiAnswer>{{0, {}, {1}, 0, 0, 0, 0, 0, {}},
-                                                      {0, {1}, {}, 0xFF, 0xFE, 0xFFFD, 0xFFFC, 0xFFFFFFFB, least},
-                                                      {0, {}, {}, 2, 0, 0, 0, 0, largest}};
+    node.sgVersion = std::vector<sys::numberAnswer>{{least, 0}, {largest, 0}, {0, EHWPOISON}};
+    node.address = std::vector<sys::addressAnswer>{{least, least, least, least, least, 0},
+                                                   {largest, largest, largest, largest, largest, 0}};
+    node.inquiry = std::vector<sys::scsiAnswer>{{0, {}, {1}, 0, 0, 0, 0, 0, {}},
+                                                {0, {1}, {}, 0xFF, 0xFE, 0xFFFD, 0xFFFC, 0xFFFFFFFB, least},
+                                                {0, {}, {}, 2, 0, 0, 0, 0, largest}};
 
-    const std::string written = simulator::machineFileText(machine);
-    const simulator::machine read = simulator::parseMachine(written, "file.json");
-    EXPECT_EQ(simulator::machineFileText(read), written);
+    const std::string written = sys::machineFileText(machine);
+    const sys::machineAnswers read = sys::parseMachine(written, "file.json");
+    EXPECT_EQ(sys::machineFileText(read), written);
     EXPECT_EQ(read.name, machine.name);
 }
 
 TEST(Kernel, GivesEachOpenNodeANumberOfItsOwn) {
-    simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/sg0": {}}})", ""));
+    sys::kernel kernel(sys::parseMachine(R"({"nodes": {"/dev/sg0": {}}})", ""));
     kernel.giveNumbers();
     EXPECT_NE(kernel.open("/dev/sg0"), kernel.open("/dev/sg0"));
 }
 
 TEST(Kernel, LeavesOtherCommandsToTheShell) {
-    simulator::kernel kernel({});
+    sys::kernel kernel({});
     int status = 0;
     for (const char* command : {"echo > file", "hwinfo --usb", "modprobes", "rm file"})
         EXPECT_FALSE(kernel.system(command, status)) << command;
 }
 
 TEST(Recorder, WritesDownWhatARunSeldomMeets) {
-    simulator::kernel kernel(simulator::parseMachine(R"({"nodes": {"/dev/hdc": {
+    sys::kernel kernel(sys::parseMachine(R"({"nodes": {"/dev/hdc": {
         "identify": {"data": "00"}, "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": -1}}})",
-                                                     ""));
-    simulator::recorder recorder(simulator::recorder::keeps::everything);
+                                         ""));
+    sys::recorder recorder(sys::recorder::keeps::everything);
     recorder.sawOpen("/dev/hdc", -1, ENOENT); // plugged in later
     const int fd = kernel.open("/dev/hdc");
     recorder.sawOpen("/dev/hdc", fd, 0);
@@ -185,9 +185,8 @@ TEST(Recorder, WritesDownWhatARunSeldomMeets) {
     }
     kernel.close(fd);
     recorder.sawCommand("modprobe sg", SIGKILL);
-    EXPECT_EQ(simulator::machineFileText(recorder.recorded()),
-              simulator::machineFileText(
-                  simulator::parseMachine(R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": ["ENOENT", true],
+    EXPECT_EQ(sys::machineFileText(recorder.recorded()),
+              sys::machineFileText(sys::parseMachine(R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": ["ENOENT", true],
         "identify": "EIO", "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": "EPERM"}}})",
-                                          "")));
+                                                     "")));
 }

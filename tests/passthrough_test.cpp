@@ -13,9 +13,9 @@ namespace {
 class PassThrough : public SimulatedMachine {
 protected:
     /// Opens /dev/sg0, which answers INQUIRY with `answer`.
-    void open(const simulator::scsiAnswer& answer = inquiry(0, "ACME", "ROADRUNNER")) {
-        simulator::node& node = sgNode("/dev/sg0", answer);
-        node.emulated = simulator::numberAnswer{1, 0};
+    void open(const sys::scsiAnswer& answer = inquiry(0, "ACME", "ROADRUNNER")) {
+        sys::node& node = sgNode("/dev/sg0", answer);
+        node.emulated = sys::numberAnswer{1, 0};
         node.serialPage = serialPage("S1");
         device_.GetDevice("/dev/sg", 0);
     }
@@ -53,7 +53,7 @@ TEST_F(PassThrough, RefusesEmulatedHostsButForTapesAndCartridges) {
 
 TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
     open();
-    at("/dev/sg0").emulated = simulator::numberAnswer{0, 0};
+    at("/dev/sg0").emulated = sys::numberAnswer{0, 0};
     const std::pair<const unsigned char*, std::string> commands[] = {
         {test_unit_ready, "00 00 00 00 00 00"},
         {load_cmd, "1b 00 00 00 01 00"},
@@ -74,10 +74,10 @@ TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
 }
 
 TEST_F(PassThrough, LogsTheSenseThatItHasRoomFor) {
-    simulator::scsiAnswer answer = check(5, 0, 0);
+    sys::scsiAnswer answer = check(5, 0, 0);
     answer.info |= SG_INFO_DIRECT_IO;
     for (const std::size_t size : {1U, 33U}) {
-        answer.sense = simulator::bytes(size, 0x70);
+        answer.sense = sys::bytes(size, 0x70);
         open(answer);
         EXPECT_EQ(send(inquiry_cmd, 6), -1);
         std::string sense;
@@ -96,7 +96,7 @@ TEST_F(PassThrough, GivesUpAfterFiveAttempts) {
 }
 
 TEST_F(PassThrough, TellsARequestThatFailsFromADeviceThatRefuses) {
-    simulator::scsiAnswer failing;
+    sys::scsiAnswer failing;
     failing.error = EIO;
     open(failing);
     EXPECT_EQ(send(inquiry_cmd, 6), 1);

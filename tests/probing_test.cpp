@@ -5,8 +5,8 @@
 #include <algorithm>
 
 TEST_F(Plugin, ProbesADiskWithThePrescribedCalls) {
-    simulator::node& disk = sgNode("/dev/sg0", inquiry(0, "ACME", "ROADRUNNER"));
-    disk.address = simulator::addressAnswer{0x10200, 0x10300, 0x10400, 0x10100, 0, 0};
+    sys::node& disk = sgNode("/dev/sg0", inquiry(0, "ACME", "ROADRUNNER"));
+    disk.address = sys::addressAnswer{0x10200, 0x10300, 0x10400, 0x10100, 0, 0};
     disk.serialPage = serialPage("SN-0001");
     EXPECT_THAT(each(query({"KORVA_SCSIDevice"}), "OtherIdentifyingInfo"),
                 testing::ElementsAre(testing::HasSubstr("Port:512|Target:1024|Bus:768|Lun:256")))
@@ -21,7 +21,7 @@ TEST_F(Plugin, ProbesADiskWithThePrescribedCalls) {
 }
 
 TEST_F(Plugin, AsksTheDiskNodeBehindAnAtaDisk) {
-    sgNode("/dev/sg2", inquiry(0, "ATA", "DISK")).emulated = simulator::numberAnswer{1, 0};
+    sgNode("/dev/sg2", inquiry(0, "ATA", "DISK")).emulated = sys::numberAnswer{1, 0};
     query({"KORVA_SCSIDevice"});
     const auto next = std::find(calls().begin(), calls().end(), "close /dev/sg2");
     ASSERT_GE(calls().end() - next, 5);

@@ -2,7 +2,7 @@
 
 #include "minihost/cimcontent.h"
 #include "minihost/minihost.h"
-#include "simulator/recorder.h"
+#include "system/recorder.h"
 #include "tests/scarcememory.h"
 
 #include <sys/wait.h>
@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-simulator::kernel* installed = nullptr;
+sys::kernel* installed = nullptr;
 
 /// The object that the plug-in created when this program was loaded, as it does for any host.
 struct loadedPlugin {
@@ -35,18 +35,18 @@ std::size_t openDescriptors() {
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
 
-simulator::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+sys::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 } // namespace
 
-simulator::kernel* simulator::activeKernel() { return installed; }
-simulator::recorder* simulator::activeRecorder() { return nullptr; }
+sys::kernel* sys::activeKernel() { return installed; }
+sys::recorder* sys::activeRecorder() { return nullptr; }
 
-std::unique_ptr<simulator::kernel> machineInUse::usualKernel() {
-    return std::make_unique<simulator::kernel>(simulator::machine(), simulator::kernel::calls::kept);
+std::unique_ptr<sys::kernel> machineInUse::usualKernel() {
+    return std::make_unique<sys::kernel>(sys::machineAnswers(), sys::kernel::calls::kept);
 }
 
-machineInUse::machineInUse(std::unique_ptr<simulator::kernel> kernel)
+machineInUse::machineInUse(std::unique_ptr<sys::kernel> kernel)
     : descriptors_(openDescriptors()),
       before_(fs::current_path()),
       directory_(fs::temp_directory_path() / ("scsidev-unit-test-" + std::to_string(::getpid()))),
@@ -77,10 +77,10 @@ machineInUse::~machineInUse() {
     fs::remove_all(directory_);
 }
 
-simulator::node& machineInUse::sgNode(const std::string& path, const simulator::scsiAnswer& inquiry) {
-    simulator::node& node = at(path);
-    node.sgVersion = simulator::numberAnswer{30536, 0};
-    node.emulated = simulator::numberAnswer{0, 0};
+sys::node& machineInUse::sgNode(const std::string& path, const sys::scsiAnswer& inquiry) {
+    sys::node& node = at(path);
+    node.sgVersion = sys::numberAnswer{30536, 0};
+    node.emulated = sys::numberAnswer{0, 0};
     node.inquiry = inquiry;
     return node;
 }
@@ -128,21 +128,21 @@ NHALDEN20::TCIMValue listOf(std::initializer_list<NHALDEN20::TCIMValue> elements
     return {NHALDEN20::kCIMStringArray, 0, std::vector<NHALDEN20::TCIMValue>(elements)};
 }
 
-simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product) {
-    simulator::scsiAnswer answer;
+sys::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product) {
+    sys::scsiAnswer answer;
     answer.data = bytesOf(std::string("\0\0\5\2\37\0\0\0", 8) + padded(vendor, 8) + padded(product, 16) + "0001");
     answer.data[0] = peripheralByte;
     return answer;
 }
 
-simulator::scsiAnswer serialPage(const std::string& serialNumber) {
-    simulator::scsiAnswer answer;
+sys::scsiAnswer serialPage(const std::string& serialNumber) {
+    sys::scsiAnswer answer;
     answer.data = bytesOf(std::string("\0\x80\0", 3) + static_cast<char>(serialNumber.size()) + serialNumber);
     return answer;
 }
 
-simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq) {
-    simulator::scsiAnswer answer;
+sys::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq) {
+    sys::scsiAnswer answer;
     answer.sense = {0x70, 0, key, 0, 0, 0, 0, 10, 0, 0, 0, 0, asc, ascq, 0, 0, 0, 0};
     answer.status = 2;
     answer.maskedStatus = 1;
@@ -151,9 +151,9 @@ simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char 
     return answer;
 }
 
-simulator::driveAnswer identify(const std::string& model) {
+sys::driveAnswer identify(const std::string& model) {
     const std::string text = padded(model, 40);
-    simulator::driveAnswer answer;
+    sys::driveAnswer answer;
     answer.data.assign(512, 0);
     for (std::size_t i = 0; i < text.size(); ++i)
         answer.data[54 + (i ^ 1U)] = static_cast<unsigned char>(text[i]);

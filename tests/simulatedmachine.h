@@ -2,7 +2,7 @@
 
 #include "minihost/memorynamespace.h"
 #include "plugin/scsidev_linux.h"
-#include "simulator/kernel.h"
+#include "system/kernel.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,16 +20,16 @@ using strings = std::vector<std::string>;
 /// nor give the host anything to remark on.
 class machineInUse {
 public:
-    explicit machineInUse(std::unique_ptr<simulator::kernel> kernel = usualKernel());
+    explicit machineInUse(std::unique_ptr<sys::kernel> kernel = usualKernel());
     ~machineInUse();
     machineInUse(const machineInUse&) = delete;
     machineInUse& operator=(const machineInUse&) = delete;
 
-    simulator::kernel& kernel() { return *kernel_; }
-    simulator::machine& machine() { return kernel_->model(); }
-    simulator::node& at(const std::string& path) { return machine().nodes[path]; }
+    sys::kernel& kernel() { return *kernel_; }
+    sys::machineAnswers& machine() { return kernel_->model(); }
+    sys::node& at(const std::string& path) { return machine().nodes[path]; }
     /// A node of the sg driver, version 3.5, not emulated, that answers INQUIRY with `inquiry`.
-    simulator::node& sgNode(const std::string& path, const simulator::scsiAnswer& inquiry);
+    sys::node& sgNode(const std::string& path, const sys::scsiAnswer& inquiry);
 
     const strings& calls() const { return kernel_->recordedCalls(); }
     unsigned secondsSlept() const { return kernel_->secondsSkipped(); }
@@ -37,12 +37,12 @@ public:
     strings takeLog();
 
 private:
-    static std::unique_ptr<simulator::kernel> usualKernel();
+    static std::unique_ptr<sys::kernel> usualKernel();
 
     std::size_t descriptors_;      ///< of this process, at the start
     std::filesystem::path before_; ///< the working directory, which each test has for itself
     std::filesystem::path directory_;
-    std::unique_ptr<simulator::kernel> kernel_;
+    std::unique_ptr<sys::kernel> kernel_;
     strings log_;
 };
 
@@ -77,8 +77,8 @@ NHALDEN20::TCIMValue listOf(std::initializer_list<NHALDEN20::TCIMValue> elements
 
 // Answers of devices. Texts are padded with blanks to their field.
 
-simulator::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product);
-simulator::scsiAnswer serialPage(const std::string& serialNumber);
+sys::scsiAnswer inquiry(unsigned char peripheralByte, const std::string& vendor, const std::string& product);
+sys::scsiAnswer serialPage(const std::string& serialNumber);
 /// A CHECK CONDITION with fixed-format sense.
-simulator::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq);
-simulator::driveAnswer identify(const std::string& model);
+sys::scsiAnswer check(unsigned char key, unsigned char asc, unsigned char ascq);
+sys::driveAnswer identify(const std::string& model);

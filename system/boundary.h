@@ -5,7 +5,7 @@
 
 // What of the system a simulated machine answers for: device nodes, one file and a few shell commands.
 
-namespace simulator {
+namespace sys {
 
 /// Does `path` belong to a family of device nodes that a simulated machine answers for? It answers for the whole
 /// family, also for nodes that it does not have.
@@ -38,4 +38,4 @@ struct shellCommand {
 /// Reads what kind `command` is.
 shellCommand commandOf(const std::string& command);
 
-} // namespace simulator
+} // namespace sys

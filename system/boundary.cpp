@@ -1,6 +1,6 @@
-#include "simulator/boundary.h"
+#include "system/boundary.h"
 
-namespace simulator {
+namespace sys {
 
 shellCommand commandOf(const std::string& command) {
     const auto startsWith = [&command](const char* name) {
@@ -19,4 +19,4 @@ shellCommand commandOf(const std::string& command) {
     return {};
 }
 
-} // namespace simulator
+} // namespace sys

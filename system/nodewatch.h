@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 /// What opening and asking told of the device nodes that were looked at, each list in the order of the walk.
 struct nodeReport {
@@ -73,4 +73,4 @@ private:
     std::map<int, descriptor> open_;
 };
 
-} // namespace simulator
+} // namespace sys

@@ -1,11 +1,11 @@
-#include "simulator/jsonplace.h"
+#include "system/jsonplace.h"
 
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 
 #include <algorithm>
 #include <utility>
 
-namespace simulator {
+namespace sys {
 
 using nlohmann::json;
 
@@ -232,4 +232,4 @@ void jsonPlace::forEachMember(const char* expected, const std::function<void(con
         use(jsonPlace(*this, value, {&name, 0}));
 }
 
-} // namespace simulator
+} // namespace sys

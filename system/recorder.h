@@ -1,14 +1,14 @@
 #pragma once
 
-#include "simulator/machine.h"
-#include "simulator/nodewatch.h"
+#include "system/machineanswers.h"
+#include "system/nodewatch.h"
 
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace simulator {
+namespace sys {
 
 /// Watches the calls of a program and keeps their answers, if wanted, for a simulated machine that answers the same. It
 /// makes no call on a device node itself: that would be one access too many. For one thread.
@@ -53,14 +53,14 @@ public:
     std::optional<int> usbStatus() const { return usbStatus_; }
 
     /// What was recorded so far.
-    const machine& recorded() const { return machine_; }
+    const machineAnswers& recorded() const { return machine_; }
 
     /// Has anything been recorded of device nodes or their driver?
     bool sawDevices() const { return !machine_.nodes.empty() || !machine_.modprobe.empty(); }
 
     /// Ends the walk: looks at device nodes and their driver no more. Returns the machine `rest` with nodes and a
     /// driver that answer as those recorded did: of a command that was retried, only the last answer.
-    machine walkedAgain(machine rest);
+    machineAnswers walkedAgain(machineAnswers rest);
 
     /// The device nodes will be walked from the start again.
     void beginWalk() { nodes_.beginWalk(); }
@@ -71,11 +71,11 @@ private:
     bool walkEnded_ = false;
     nodeWatch nodes_;
     std::optional<int> driverStatus_, usbStatus_;
-    machine machine_;
+    machineAnswers machine_;
     std::map<int, node*> open_; // descriptor to node, which stays in the machine
 };
 
 /// The recorder that watches the interposed calls of this process, or null.
 recorder* activeRecorder();
 
-} // namespace simulator
+} // namespace sys

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 /// A JSON document, and the name of its file for errors.
 struct jsonDocument {
@@ -78,4 +78,4 @@ private:
     jsonStep step_;                     // from the parent
 };
 
-} // namespace simulator
+} // namespace sys

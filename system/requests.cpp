@@ -1,4 +1,4 @@
-#include "simulator/requests.h"
+#include "system/requests.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
@@ -11,7 +11,7 @@
 #include <iterator>
 #include <string_view>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -225,4 +225,4 @@ std::string requestText(unsigned long request, const void* argument) {
     }
 }
 
-} // namespace simulator
+} // namespace sys

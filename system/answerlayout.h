@@ -1,12 +1,12 @@
 #pragma once
 
-#include "simulator/machine.h"
+#include "system/machineanswers.h"
 
 #include <cstddef>
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 /// Bytes of a text or an answer, from `begin` to before `end`; they can lie beyond its end.
 struct range {
@@ -43,4 +43,4 @@ std::string productOf(const bytes& inquiry);
 /// Corrects the checksum of the sector `changed` (ACS-3, 7.12.6.95), if there was a correct one before.
 void correctChecksum(const std::string& before, std::string& changed);
 
-} // namespace simulator
+} // namespace sys

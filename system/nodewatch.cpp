@@ -1,4 +1,4 @@
-#include "simulator/nodewatch.h"
+#include "system/nodewatch.h"
 
 #include "text/errorname.h"
 
@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <set>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -138,4 +138,4 @@ nodeReport nodeWatch::report() const {
     return report;
 }
 
-} // namespace simulator
+} // namespace sys

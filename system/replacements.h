@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 /// Bytes in which texts are replaced. What is looked for is looked for in the bytes as they were.
 class passage {
@@ -96,4 +96,4 @@ std::string upperCase(std::string text);
 /// `bytes` with the two of each word exchanged.
 std::string swappedPairs(std::string bytes);
 
-} // namespace simulator
+} // namespace sys

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "simulator/machine.h"
+#include "system/machineanswers.h"
 
 #include <cstddef>
 #include <string>
 
-namespace simulator {
+namespace sys {
 
 /// Register bytes of HDIO_DRIVE_TASK (linux/hdreg.h), before and after.
 constexpr std::size_t taskBytes = 7;
@@ -26,4 +26,4 @@ answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb);
 /// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".
 std::string requestText(unsigned long request, const void* argument);
 
-} // namespace simulator
+} // namespace sys

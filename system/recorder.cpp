@@ -1,8 +1,8 @@
-#include "simulator/recorder.h"
+#include "system/recorder.h"
 
-#include "simulator/boundary.h"
-#include "simulator/kernel.h"
-#include "simulator/requests.h"
+#include "system/boundary.h"
+#include "system/kernel.h"
+#include "system/requests.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
@@ -15,7 +15,7 @@
 #include <iterator>
 #include <utility>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -69,7 +69,7 @@ void recorder::sawClose(int fd) {
     open_.erase(fd);
 }
 
-machine recorder::walkedAgain(machine rest) {
+machineAnswers recorder::walkedAgain(machineAnswers rest) {
     walkEnded_ = true;
     open_.clear();
     rest.modprobe = machine_.modprobe;
@@ -142,4 +142,4 @@ void recorder::sawOpticalTableRead() {
         machine_.opticalTable = contentOf(opticalTablePath);
 }
 
-} // namespace simulator
+} // namespace sys

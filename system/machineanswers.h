@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 using bytes = std::vector<unsigned char>;
 
@@ -119,7 +119,7 @@ void eachAnswer(Node& node, Visit visit) {
 }
 
 /// A machine as its kernel, its shell commands and its management controller show it.
-struct machine {
+struct machineAnswers {
     std::string name = "simulated";
     answerList<int> modprobe;                   ///< exit status of any modprobe command; none: 0
     std::string usbListing;                     ///< what the USB query writes into its file
@@ -128,4 +128,4 @@ struct machine {
     std::map<std::string, node> nodes;          ///< by path
 };
 
-} // namespace simulator
+} // namespace sys

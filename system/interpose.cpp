@@ -8,9 +8,9 @@
 #undef _FILE_OFFSET_BITS
 #undef _TIME_BITS
 
-#include "simulator/boundary.h"
-#include "simulator/kernel.h"
-#include "simulator/recorder.h"
+#include "system/boundary.h"
+#include "system/kernel.h"
+#include "system/recorder.h"
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -32,10 +32,10 @@
 #include <string>
 #include <vector>
 
-using simulator::activeKernel;
-using simulator::activeRecorder;
-using simulator::kernel;
-using simulator::recorder;
+using sys::activeKernel;
+using sys::activeRecorder;
+using sys::kernel;
+using sys::recorder;
 
 namespace {
 
@@ -88,7 +88,7 @@ kernel* activeMachine() {
 }
 
 bool isSimulatedTable(const char* path) {
-    return activeMachine() != nullptr && std::strcmp(path, simulator::opticalTablePath) == 0;
+    return activeMachine() != nullptr && std::strcmp(path, sys::opticalTablePath) == 0;
 }
 
 /// Tells the recorder, if there is one, without touching errno.
@@ -102,8 +102,7 @@ void tellRecorder(Tell tell) {
 }
 
 bool isHiddenDirectory(const char* path) {
-    return activeMachine() != nullptr &&
-           std::strncmp(path, simulator::sgClassPath, std::strlen(simulator::sgClassPath)) == 0;
+    return activeMachine() != nullptr && std::strncmp(path, sys::sgClassPath, std::strlen(sys::sgClassPath)) == 0;
 }
 
 int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
@@ -116,7 +115,7 @@ int openAnywhere(openCall* realOpen, const char* path, int flags, mode_t mode) {
         return -1;
     }
     const callResult own = askKernel(
-        [path](kernel& active) { return simulator::isNodePath(path) ? callResult(active.open(path)) : std::nullopt; });
+        [path](kernel& active) { return sys::isNodePath(path) ? callResult(active.open(path)) : std::nullopt; });
     const int fd = own ? *own : realOpen(path, flags, mode);
     tellRecorder([&](recorder& recording, int error) { recording.sawOpen(path, fd, error); });
     return fd;
@@ -152,7 +151,7 @@ public:
             list_.push_back(*arguments);
         list_.push_back(nullptr);
         const auto found = std::find_if(list_.begin(), list_.end() - 1, [](const char* argument) {
-            return std::strcmp(argument, simulator::opticalTablePath) == 0;
+            return std::strcmp(argument, sys::opticalTablePath) == 0;
         });
         if (found == list_.end() - 1)
             return;

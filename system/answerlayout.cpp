@@ -1,12 +1,12 @@
-#include "simulator/answerlayout.h"
+#include "system/answerlayout.h"
 
-#include "simulator/replacements.h"
+#include "system/replacements.h"
 
 #include <algorithm>
 #include <cctype>
 #include <numeric>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -154,4 +154,4 @@ void correctChecksum(const std::string& before, std::string& changed) {
     changed[checksumOffset] = static_cast<char>(changed[checksumOffset] - sumOf(changed));
 }
 
-} // namespace simulator
+} // namespace sys

@@ -1,7 +1,7 @@
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 
-#include "simulator/boundary.h"
-#include "simulator/jsonplace.h"
+#include "system/boundary.h"
+#include "system/jsonplace.h"
 
 #include <scsi/sg.h>
 
@@ -12,7 +12,7 @@
 #include <functional>
 #include <map>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -273,9 +273,9 @@ node nodeAt(const jsonPlace& place) {
     return result;
 }
 
-machine machineAt(const jsonPlace& place) {
+machineAnswers machineAt(const jsonPlace& place) {
     place.allowMembers({"name", "modprobe", "usb", "opticalTable", "virtualDevices", "nodes"});
-    machine result;
+    machineAnswers result;
     if (const auto name = place.find("name"))
         result.name = name->text();
     if (const auto modprobe = place.find("modprobe"))
@@ -304,12 +304,12 @@ machine machineAt(const jsonPlace& place) {
 
 } // namespace
 
-machine parseMachine(const std::string& text, const std::string& name) {
+machineAnswers parseMachine(const std::string& text, const std::string& name) {
     const jsonDocument document = parseJson(text, name);
     return machineAt(jsonPlace(document));
 }
 
-machine readMachineFile(const std::string& path) {
+machineAnswers readMachineFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::string text;
     char block[65536];
@@ -323,4 +323,4 @@ machine readMachineFile(const std::string& path) {
     return parseMachine(text, path);
 }
 
-} // namespace simulator
+} // namespace sys

@@ -1,7 +1,7 @@
-#include "simulator/anonymize.h"
+#include "system/anonymize.h"
 
-#include "simulator/answerlayout.h"
-#include "simulator/replacements.h"
+#include "system/answerlayout.h"
+#include "system/replacements.h"
 
 #include <algorithm>
 #include <cctype>
@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -47,7 +47,7 @@ std::string textAt(const std::string& text, range part) { return text.substr(par
 /// Calls `visit` with a node's path, the bytes of an answer and their layout, for all answers that are bytes and for
 /// its wwid.
 template <typename Visit>
-void eachAnswerBytes(machine& target, Visit visit) {
+void eachAnswerBytes(machineAnswers& target, Visit visit) {
     for (auto& [path, node] : target.nodes) {
         const auto change = [&visit, &place = path](bytes& data, const answerLayout& layout) {
             std::string text(data.begin(), data.end());
@@ -75,7 +75,7 @@ void eachAnswerBytes(machine& target, Visit visit) {
 }
 
 /// All that the machine answers with, so that nothing in it is taken for a replacement.
-std::string allTextOf(machine original) {
+std::string allTextOf(machineAnswers original) {
     std::string all = original.name + '\n' + original.usbListing + '\n' + original.opticalTable.value_or("") + '\n';
     for (const auto& names : original.virtualDevices) {
         for (const auto& name : names)
@@ -87,7 +87,7 @@ std::string allTextOf(machine original) {
     return all;
 }
 
-std::vector<std::string> nodePathsOf(const machine& original) {
+std::vector<std::string> nodePathsOf(const machineAnswers& original) {
     std::vector<std::string> paths;
     for (const auto& [path, node] : original.nodes)
         paths.push_back(path);
@@ -95,7 +95,7 @@ std::vector<std::string> nodePathsOf(const machine& original) {
 }
 
 /// The names in the table of optical drives, without directories.
-std::vector<std::string> driveNamesOf(const machine& original) {
+std::vector<std::string> driveNamesOf(const machineAnswers& original) {
     std::vector<std::string> names;
     std::istringstream lines(original.opticalTable.value_or(""));
     for (std::string line; std::getline(lines, line);) {
@@ -110,7 +110,7 @@ std::vector<std::string> driveNamesOf(const machine& original) {
 }
 
 /// Keeps the products of devices in the USB listing: by them the plug-in knows virtual media.
-answerLayout layoutOfUsbListing(const machine& original) {
+answerLayout layoutOfUsbListing(const machineAnswers& original) {
     answerLayout layout;
     layout.isText = true;
     const std::string& listing = original.usbListing;
@@ -185,7 +185,7 @@ struct shorterFirst {
 
 class anonymizer {
 public:
-    anonymizer(const machine& original, std::mt19937& random)
+    anonymizer(const machineAnswers& original, std::mt19937& random)
         : original_(original),
           namesOfKind_{nodePathsOf(original), driveNamesOf(original)},
           replacements_(random, allTextOf(original), allNames()) {
@@ -194,7 +194,7 @@ public:
 
     anonymousMachine run() {
         collect();
-        machine& result = made_.result;
+        machineAnswers& result = made_.result;
         eachAnswerBytes(result, [this](const std::string& path, std::string& text, const answerLayout& layout) {
             text = rewritten(path, text, layout);
         });
@@ -296,7 +296,7 @@ private:
         }
     }
 
-    const machine& original_;
+    const machineAnswers& original_;
     const std::vector<std::string> namesOfKind_[2]; // what the texts of virtual devices are compared with
     replacements replacements_;
     anonymousMachine made_;
@@ -304,6 +304,8 @@ private:
 
 } // namespace
 
-anonymousMachine anonymize(const machine& original, std::mt19937& random) { return anonymizer(original, random).run(); }
+anonymousMachine anonymize(const machineAnswers& original, std::mt19937& random) {
+    return anonymizer(original, random).run();
+}
 
-} // namespace simulator
+} // namespace sys

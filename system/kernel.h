@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/machine.h"
+#include "system/machineanswers.h"
 
 #include <cstddef>
 #include <map>
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-namespace simulator {
+namespace sys {
 
 /// The kernel of a simulated machine: opens its nodes, answers their requests, writes down the calls.
 ///
@@ -22,7 +22,7 @@ public:
         devices  ///< the device nodes, loading their driver and waiting for them; the rest is the real machine's
     };
 
-    explicit kernel(machine simulated, calls record = calls::forgotten, scope standsFor = scope::machine)
+    explicit kernel(machineAnswers simulated, calls record = calls::forgotten, scope standsFor = scope::machine)
         : machine_(std::move(simulated)), record_(record == calls::kept), scope_(standsFor) {}
     virtual ~kernel() = default;
     kernel(const kernel&) = delete;
@@ -55,8 +55,8 @@ public:
     /// command is none of them, and nothing is done.
     virtual bool system(const std::string& command, int& status);
 
-    machine& model() { return machine_; }
-    const machine& model() const { return machine_; }
+    machineAnswers& model() { return machine_; }
+    const machineAnswers& model() const { return machine_; }
 
     /// One line a call, such as "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM", "sleep 5".
     const std::vector<std::string>& recordedCalls() const { return calls_; }
@@ -72,7 +72,7 @@ private:
 
     int newDescriptor() const;
 
-    machine machine_;
+    machineAnswers machine_;
     bool record_;
     scope scope_;
     std::map<int, std::pair<const std::string, node>*> open_; // descriptor to node, which stays in the machine
@@ -85,4 +85,4 @@ private:
 /// The kernel that the interposed calls of this process go to; null: the real one.
 kernel* activeKernel();
 
-} // namespace simulator
+} // namespace sys

@@ -1,10 +1,10 @@
-#include "simulator/replacements.h"
+#include "system/replacements.h"
 
 #include <algorithm>
 #include <numeric>
 #include <utility>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -210,4 +210,4 @@ void replacements::applyTo(passage& where, bool isText) const {
     replaceAll(texts_, &view::upperCase);
 }
 
-} // namespace simulator
+} // namespace sys

@@ -1,17 +1,17 @@
 #pragma once
 
-#include "simulator/machine.h"
+#include "system/machineanswers.h"
 
 #include <cstddef>
 #include <random>
 #include <set>
 #include <string>
 
-namespace simulator {
+namespace sys {
 
 /// A machine that may be given away, and what has become of the one that it was made of.
 struct anonymousMachine {
-    machine result;
+    machineAnswers result;
 
     std::size_t serialNumbers = 0;      ///< how many have been replaced, equal ones counted once
     std::size_t worldWideNames = 0;     ///< the same of these
@@ -26,6 +26,6 @@ struct anonymousMachine {
 ///
 /// The plug-in finds and leaves out the same devices on both machines. Vendors, products, firmware, statuses, numbers
 /// and node paths stay. Equal texts are replaced by equal ones, different texts by different ones.
-anonymousMachine anonymize(const machine& original, std::mt19937& random);
+anonymousMachine anonymize(const machineAnswers& original, std::mt19937& random);
 
-} // namespace simulator
+} // namespace sys

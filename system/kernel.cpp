@@ -1,7 +1,7 @@
-#include "simulator/kernel.h"
+#include "system/kernel.h"
 
-#include "simulator/boundary.h"
-#include "simulator/requests.h"
+#include "system/boundary.h"
+#include "system/requests.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -12,7 +12,7 @@
 #include <cstdio>
 #include <fstream>
 
-namespace simulator {
+namespace sys {
 
 namespace {
 
@@ -118,4 +118,4 @@ bool kernel::system(const std::string& command, int& status) {
     return true;
 }
 
-} // namespace simulator
+} // namespace sys

@@ -1,9 +1,9 @@
 // The preload library: shows a program that knows nothing of it the devices of the machine file that the environment
 // names, in place of this machine's.
 
-#include "simulator/kernel.h"
-#include "simulator/machinefile.h"
-#include "simulator/recorder.h"
+#include "system/kernel.h"
+#include "system/machinefile.h"
+#include "system/recorder.h"
 #include "text/escape.h"
 
 #include <unistd.h>
@@ -18,14 +18,14 @@ namespace {
 constexpr const char* machineVariable = "SCSIDEV_MACHINE";
 
 // Never destroyed: the program makes calls until the very end of its process.
-simulator::kernel* loaded = nullptr;
+sys::kernel* loaded = nullptr;
 
 [[gnu::constructor]] void load() {
     const char* path = std::getenv(machineVariable);
     if (path == nullptr)
         return;
     try {
-        loaded = new simulator::kernel(simulator::readMachineFile(path));
+        loaded = new sys::kernel(sys::readMachineFile(path));
         // A child process inherits the variable, but can have another working directory.
         ::setenv(machineVariable, std::filesystem::absolute(path).c_str(), 1);
     } catch (const std::exception& failure) {
@@ -41,6 +41,6 @@ simulator::kernel* loaded = nullptr;
 
 } // namespace
 
-simulator::kernel* simulator::activeKernel() { return loaded; }
+sys::kernel* sys::activeKernel() { return loaded; }
 
-simulator::recorder* simulator::activeRecorder() { return nullptr; }
+sys::recorder* sys::activeRecorder() { return nullptr; }

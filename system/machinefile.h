@@ -1,11 +1,11 @@
 #pragma once
 
-#include "simulator/machine.h"
+#include "system/machineanswers.h"
 
 #include <stdexcept>
 #include <string>
 
-namespace simulator {
+namespace sys {
 
 /// A machine file that cannot be used. The text names the file, the place in it and what was expected there.
 class machineFileError : public std::runtime_error {
@@ -13,13 +13,13 @@ class machineFileError : public std::runtime_error {
 };
 
 /// Reads the machine file (JSON, docs/machine-files.md) at `path`, all of it checked.
-machine readMachineFile(const std::string& path);
+machineAnswers readMachineFile(const std::string& path);
 
 /// The same from a text; `name` stands for the file in errors.
-machine parseMachine(const std::string& text, const std::string& name);
+machineAnswers parseMachine(const std::string& text, const std::string& name);
 
 /// The text of the machine file (docs/machine-files.md) for a machine. Leaves out nodes that never existed, and answers
 /// at the end of a list that repeat the one before.
-std::string machineFileText(const machine& recorded);
+std::string machineFileText(const machineAnswers& recorded);
 
-} // namespace simulator
+} // namespace sys

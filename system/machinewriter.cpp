@@ -1,4 +1,4 @@
-#include "simulator/machinefile.h"
+#include "system/machinefile.h"
 
 #include "text/codepoints.h"
 #include "text/errorname.h"
@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace simulator {
+namespace sys {
 
 using json = nlohmann::ordered_json;
 using text::bytesAsCodePoints;
@@ -118,7 +118,7 @@ json nodeToJson(const node& recorded) {
 
 } // namespace
 
-std::string machineFileText(const machine& recorded) {
+std::string machineFileText(const machineAnswers& recorded) {
     json document{{"name", bytesAsCodePoints(recorded.name)}};
     addUnlessNull(document, "modprobe", withoutRepeatedEnd(recorded.modprobe.all()));
     document["usb"] = linesToJson(recorded.usbListing);
@@ -138,4 +138,4 @@ std::string machineFileText(const machine& recorded) {
     return document.dump(2, ' ', true) + '\n';
 }
 
-} // namespace simulator
+} // namespace sys
