@@ -1,0 +1,178 @@
+// What the program prints, in each format and whatever a machine or a plug-in does.
+
+#include "tests/mofreader.h"
+#include "tests/program.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ContainsRegex;
+using testing::EndsWith;
+using testing::Ge;
+using testing::HasSubstr;
+using testing::Le;
+using testing::Not;
+
+namespace {
+
+/// The program's exit status on a machine of the repository.
+int statusOn(const fs::path& machine) {
+    return nlohmann::json::parse(contentOf(expected + machine.stem().string() + ".json"))["exitStatus"];
+}
+
+class Documents : public Program {
+protected:
+    /// Runs the command with each of the two formats, expects the same instances, and returns the MOF.
+    mof::document mofLikeJson(const std::string& command, int wantedStatus = 0) {
+        SCOPED_TRACE(command);
+        const auto instances = mof::instancesOf(jsonOf(command, wantedStatus));
+        run(command + " --format mof", wantedStatus);
+        mof::document document = mof::read(output);
+        EXPECT_EQ(document.instances, instances);
+        return document;
+    }
+};
+
+} // namespace
+
+TEST_F(Documents, PrintsWhatStandsBesideTheMachineFile) {
+    for (const auto& entry : fs::directory_iterator(machines)) {
+        const std::string name = expected + entry.path().stem().string();
+        SCOPED_TRACE("rewrite with script/rewrite-expected, then read the difference: " + name);
+        const int status = statusOn(entry.path().string());
+        run("% --machine " + entry.path().string(), status);
+        EXPECT_EQ(output, contentOf(name + ".txt"));
+        run("% --format prometheus --machine " + entry.path().string() +
+            " | sed '/^scsidev_collection_timestamp_seconds/s/ .*/ 0/'");
+        EXPECT_EQ(output, contentOf(name + ".prom"));
+        run("% --format json --log-level 3 --ask-again --machine " + entry.path().string(), status);
+        EXPECT_EQ(output, contentOf(name + ".json"));
+        EXPECT_EQ(errors, contentOf(name + ".log"));
+    }
+    run("% --all-properties KORVA_SCSIDevice,KORVA_CDVDDevice,KORVA_SCSIDevice KORVA_SysBusDeviceFirmwareElement "
+        "KORVA_SysBusDeviceFirmware --machine " +
+            machines + "oddities.json",
+        anyInventory);
+    EXPECT_EQ(output, contentOf(expected + "oddities.properties"));
+}
+
+TEST_F(Documents, PrintsTheSchemasAndTheHelpThatTheRepositoryHolds) {
+    run("% --schema json");
+    EXPECT_EQ(output, contentOf(SOURCE_DIRECTORY "/schema/inventory.schema.json")) << "run script/rewrite-expected";
+    run("% --schema mof");
+    const std::string mof = output;
+    run("% --schema --plugin missing.so");
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(output, mof);
+    EXPECT_EQ(output, contentOf(SOURCE_DIRECTORY "/schema/korva.mof")) << "rewrite it with script/rewrite-expected";
+    EXPECT_THAT(output, Not(ContainsRegex(R"([^.]"\)])"))) << "descriptions are sentences";
+    run("% --help");
+    EXPECT_EQ(output, contentOf(expected + "help")) << "rewrite it with script/rewrite-expected";
+}
+
+TEST_F(Documents, MofSaysOfEachMachineWhatJsonSays) {
+    std::set<std::string> declared, seen;
+    for (const auto& entry : fs::directory_iterator(machines)) {
+        const mof::document document = mofLikeJson("% --machine " + entry.path().string(), statusOn(entry.path()));
+        for (const auto& [name, properties] : document.classes)
+            declared.insert(name);
+        for (const auto& instance : document.instances) {
+            seen.insert(instance["class"]);
+            for (const auto& name : document.classes.at(instance["class"]))
+                EXPECT_TRUE(instance["properties"].contains(name)) << name << " is declared and never set";
+        }
+    }
+    declared.erase("KORVA_SysBusDevice"); // which is abstract
+    EXPECT_EQ(seen, declared) << "some machine shows each class";
+}
+
+TEST_F(Documents, MofIsWholeWhateverThePluginDoes) {
+    mofLikeJson("ODD_PLUGIN=query % KORVA_ATADevice" + oddPlugin, 1);
+    EXPECT_THAT(output, EndsWith("// The run failed: the query failed: odd \\x1b[2J query\n"));
+
+    run("ODD_PLUGIN=drift % --format mof --log-level 0 KORVA_ATADevice KORVA_ATADevice" + oddPlugin);
+    EXPECT_EQ(errors, "remark: KORVA_ATADevice declares no property Odd\\xff\\x1b[2J\n"
+                      "remark: KORVA_ATADevice declares Lun as uint16, it is set as string\n");
+    EXPECT_EQ(mof::read(output).instances[0]["properties"].size(), 5U);
+    EXPECT_THAT(output, HasSubstr("    // Left out: KORVA_ATADevice declares no property Odd\\xff\\x1b[2J"));
+
+    const auto odd = jsonOf("ODD_PLUGIN=drift % KORVA_ATADevice" + oddPlugin);
+    EXPECT_TRUE(odd["queries"][0]["instances"][0]["properties"].contains("Odd\u00ff\x1b[2J"));
+
+    run("% --format mof KORVA_SysBusDevice" + oddPlugin);
+    EXPECT_EQ(mof::read(output).instances.size(), 0U);
+    EXPECT_THAT(output, HasSubstr("// An instance of KORVA_SysBusDevice is left out: the class is abstract\n"));
+}
+
+TEST_F(Documents, ARunThatFailsPrintsADocumentAllTheSame) {
+    const std::string large = fileWith("{\"name\": \"" + std::string(15 << 20, 'x') + "\"}", "large.json");
+    const std::pair<std::string, const char*> cases[] = {
+        {"% --machine missing.json", "missing.json: cannot be read: No such file or directory"},
+        {"% --plugin missing.so" + onEmptyMachine, "the plug-in cannot be loaded: "},
+        {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \x1b[2J init"},
+        {"ODD_PLUGIN=query %" + oddPlugin, "the query failed: odd \x1b[2J query"},
+        {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: "},
+        {"% --record /nonexistent/x.json" + onEmptyMachine, "/nonexistent/x.json: cannot be written: "},
+#ifndef __SANITIZE_ADDRESS__ // which reserves terabytes
+        {"ulimit -v 40000; % --machine " + large, "out of memory"},
+#endif
+    };
+    for (const auto& [command, message] : cases) {
+        mofLikeJson(command, 1);
+        EXPECT_THAT(output, HasSubstr("\n// The run failed: ")) << "as MOF";
+        const auto document = jsonOf(command, 1);
+        EXPECT_EQ(document["exitStatus"], 1);
+        EXPECT_THAT(document["error"], HasSubstr(message));
+    }
+}
+
+TEST_F(Documents, AQueryThatFailsKeepsWhatWasCommittedBefore) {
+    const auto document = jsonOf("ODD_PLUGIN=query % KORVA_ATADevice KORVA_SCSIDevice" + oddPlugin, 1);
+    ASSERT_EQ(document["queries"].size(), 1U) << "the run ends with it";
+    EXPECT_EQ(document["queries"][0]["error"], "odd \x1b[2J query");
+    EXPECT_EQ(document["queries"][0]["instances"].size(), 1U);
+    EXPECT_THAT(errors, HasSubstr("scsidev-inventory: the query failed: odd \\x1b[2J query\n"));
+
+    run("ODD_PLUGIN=query % KORVA_ATADevice" + oddPlugin, 1);
+    EXPECT_THAT(output, HasSubstr("ATA devices (KORVA_ATADevice): 1\n"));
+}
+
+TEST_F(Documents, EveryDeviceIsOneSeriesAndAFailedRunIsNotComplete) {
+    run("% --format prometheus KORVA_CDVDDevice KORVA_CDVDDevice" + onRackServer);
+    const std::string series = "scsidev_device_info{class=\"KORVA_CDVDDevice\"";
+    EXPECT_THAT(output, HasSubstr(series));
+    EXPECT_EQ(output.find(series), output.rfind(series));
+    const auto end = std::stol(output.substr(output.rfind(' ')));
+    EXPECT_THAT(end, AllOf(Ge(std::time(nullptr) - 60), Le(std::time(nullptr))));
+
+    run("ODD_PLUGIN=query % --format prometheus KORVA_ATADevice" + oddPlugin, 1);
+    EXPECT_THAT(output, AllOf(HasSubstr("\nscsidev_collection_complete 0\n"), HasSubstr("\t\\n\v")));
+    runOnTerminal("ODD_PLUGIN=query % --format prometheus KORVA_ATADevice 2>&1" + oddPlugin, "", 1 << 8);
+    EXPECT_THAT(output, AllOf(HasSubstr(R"(device="\\x00\\x01)"), HasSubstr(R"(\\xff")"), Not(HasSubstr("\x1b[2J"))));
+}
+
+TEST_F(Documents, EveryByteSurvivesInJsonAndNoneDrivesATerminal) {
+    const auto document = jsonOf("% KORVA_ATADevice" + oddPlugin);
+    EXPECT_EQ(errors, "[1] one \\\\ \\n\\t\\x7f\\xff line\n");
+    std::string everyCodePoint;
+    for (int byte = 0; byte < 256; ++byte) {
+        if (byte >= 0x80)
+            everyCodePoint += static_cast<char>(0xC0 | byte >> 6);
+        everyCodePoint += static_cast<char>(byte < 0x80 ? byte : 0x80 | (byte & 0x3F));
+    }
+    EXPECT_EQ(document["queries"][0]["instances"][0]["properties"]["ProductID"], everyCodePoint);
+    const std::string json = output;
+    run("% KORVA_ATADevice" + oddPlugin);
+    for (const char c : json + output)
+        ASSERT_TRUE(c == '\n' || (c >= ' ' && c <= '~')) << static_cast<int>(c);
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+inline const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
+inline const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";
+inline const std::string machines = SOURCE_DIRECTORY "/machines/";
+inline const std::string expected = SOURCE_DIRECTORY "/tests/expected/";
+inline const std::string onRackServer = " --machine " + machines + "rack-server.json ";
+inline const std::string onEmptyMachine = " --machine " + machines + "empty.json ";
+// Away from this machine, where one tool or another is missing and a remark says so.
+inline const std::string oddPlugin = " --plugin " TEST_DIRECTORY "/libodd-plugin.so " + onEmptyMachine;
+inline const std::string preloaded = "LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
+inline const std::string underRackServer =
+    "export SCSIDEV_MACHINE=" + machines + "rack-server.json " + preloaded + "; ";
+// They want to be loaded before that library and are told to do without.
+inline const std::string underSanitizers = "export ASAN_OPTIONS=verify_asan_link_order=0; ";
+
+constexpr int anyInventory = -3; // the exit status of a complete one, or that of an incomplete one
+
+std::string contentOf(const std::filesystem::path& path);
+
+/// The log's part of what stands on standard error.
+std::string logLines(const std::string& errors);
+
+/// The program and the plug-in as they are shipped, in processes of their own. Runs shell commands in an empty
+/// directory, which is the temporary directory too and must be empty afterwards. In a command `%` stands for the
+/// program.
+class Program : public testing::Test {
+protected:
+    Program();
+    ~Program() override;
+
+    void run(const std::string& command, int wantedStatus = 0);
+
+    /// The same on a terminal, with Ctrl-C typed once `interruptAt`, if there is any, has been shown. `wantedResult` is
+    /// 0 or the signal that ends the program. SIGTERM is sent instead, after Ctrl-S, which stops the terminal.
+    void runOnTerminal(const std::string& command, const std::string& interruptAt, int wantedResult);
+
+    nlohmann::json jsonOf(const std::string& command, int wantedStatus = 0);
+
+    /// A file of this content, outside the working directory.
+    std::string fileWith(const std::string& content, const std::string& name = "file.json");
+
+    /// Makes a program of these shell lines, in whose working directory "../.." is the parent of the working one
+    /// here, and returns what to put before a command that is to find it under this name.
+    std::string withTool(const std::string& name, const std::string& lines);
+
+    std::string output, errors;
+
+private:
+    std::filesystem::path work() const { return root_ / "work"; }
+    std::string script(std::string command, const std::string& started) const;
+
+    std::filesystem::path root_;
+};

@@ -1,0 +1,113 @@
+// The queries of a run: one namespace, and devices that are asked once.
+
+#include "tests/program.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace fs = std::filesystem;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+namespace {
+
+using Queries = Program;
+
+/// Leaves out what the kernel calls a device.
+bool notKernel(int /*depth*/, nlohmann::json::parse_event_t event, nlohmann::json& parsed) {
+    return event != nlohmann::json::parse_event_t::key || parsed != "kernel";
+}
+
+/// The queries of a document, without what else is said of the run.
+nlohmann::json queriesOf(const std::string& document, const nlohmann::json::parser_callback_t& wanted = nullptr) {
+    return nlohmann::json::parse(document, wanted)["queries"];
+}
+
+} // namespace
+
+TEST_F(Queries, RunsQueriesInTurnOnOneNamespace) {
+    const auto document = jsonOf("% --log-level 0 --virtual-device 0=/dev/sg0 --virtual-device 1= Tape,korva_ATAdevice "
+                                 "firmware KORVA_SysBusDeviceFirmware" +
+                                 onRackServer);
+    EXPECT_EQ(errors, "simulated machine: 10 s of sleeping skipped\n") << "the device is ready from then on";
+    const auto& queries = document["queries"];
+    ASSERT_EQ(queries.size(), 3U);
+    EXPECT_EQ(queries[0]["classes"], (nlohmann::json{"KORVA_SCSITapeDrive", "KORVA_ATADevice"}));
+    ASSERT_EQ(queries[0]["instances"].size(), 2U);
+    for (const auto& instance : queries[0]["instances"])
+        EXPECT_EQ(instance["class"], "KORVA_SCSITapeDrive")
+            << "with tapes first, other devices have to be cartridge drives to be shown";
+    EXPECT_EQ(queries[1]["instances"].size(), 8U) << "the named virtual device is left out";
+    EXPECT_EQ(queries[2]["instances"].size(), 2U);
+}
+
+TEST_F(Queries, SteadyDevicesMakeLaterQueriesAsIfAskedAgain) {
+    auto endedWalk = nlohmann::json::parse(contentOf(machines + "rack-server.json"));
+    endedWalk["nodes"]["/dev/sg0"]["inquiry"]["data"] = {"00000502 1f000000", {{"text", "BLANK"}, {"size", 28}}};
+    // Gone when it is opened a second time, in each of the walks.
+    const std::string vanishing = R"({"nodes": {"/dev/sg5": {"sgVersion": 2, "open": [true, "ENOENT", true, "ENOENT",
+        true, "ENOENT", true, "ENOENT", true, "ENOENT"]}}})";
+    std::vector<std::string> files{fileWith(endedWalk.dump()), fileWith(vanishing, "vanishing.json")};
+    for (const auto& entry : fs::directory_iterator(machines)) {
+        if (entry.path().stem() != "oddities") // whose devices change
+            files.push_back(entry.path().string());
+    }
+    for (const auto& file : files) {
+        SCOPED_TRACE(file);
+        run("% --format json --log-level 3 --machine " + file, anyInventory);
+        const std::string once = output, log = logLines(errors);
+        run("% --format json --log-level 3 --ask-again --machine " + file, anyInventory);
+        EXPECT_EQ(queriesOf(once), queriesOf(output));
+        EXPECT_EQ(log, logLines(errors));
+    }
+}
+
+TEST_F(Queries, ChangingDevicesAreAskedOnce) {
+    auto changing = nlohmann::json::parse(contentOf(machines + "rack-server.json"));
+    auto& nodes = changing["nodes"];
+    changing["modprobe"] = {0, 1};
+    nodes["/dev/sg0"]["open"] = {true, "EACCES"};
+    nodes["/dev/sg1"]["inquiry"] = {nodes["/dev/sg1"]["inquiry"], nodes["/dev/sg2"]["inquiry"]};
+    const std::string file = fileWith(changing.dump()), recording = fileWith("", "recording.json");
+    // To the program, a machine that the preload library simulates is this machine, whose shell commands it runs
+    // itself.
+    std::string usbListing;
+    for (const std::string line : changing["usb"])
+        usbListing += line + "\xff\n"; // which is no UTF-8
+    const std::string thisMachine = withTool("modprobe", "mkdir ../../asked") +
+                                    withTool("hwinfo", "cat " + fileWith(usbListing, "usb")) + "rm -rf ../asked; " +
+                                    underSanitizers + "LC_ALL=C.UTF-8 SCSIDEV_MACHINE=" + file + ' ' + preloaded +
+                                    "% --virtual-device 0=/dev/sg8 --virtual-device 1=/dev/sr1";
+    const std::string whileRecording = " --force --record " + recording;
+    for (const std::string& command : {"% --machine " + file, thisMachine}) {
+        run(command + " --format json --log-level 1");
+        EXPECT_EQ(queriesOf(output, notKernel), queriesOf(contentOf(expected + "rack-server.json"), notKernel));
+        EXPECT_EQ(output.find("\"kernel\"") == std::string::npos, command == thisMachine)
+            << "the names in the real machine's sysfs are of other devices";
+        EXPECT_EQ(logLines(errors), "");
+        run(command + whileRecording);
+        const auto recorded = nlohmann::json::parse(contentOf(recording));
+        EXPECT_EQ(recorded["modprobe"], 0) << "a recording holds one walk";
+        EXPECT_EQ(recorded["nodes"]["/dev/sg0"]["open"], true);
+        run(command + " --ask-again", 3);
+        EXPECT_EQ(logLines(errors), "[0] sg module is not loaded correctly\n") << "five times in the log, shown once";
+        EXPECT_THAT(errors, HasSubstr("the sg driver could not be loaded, SCSI devices are not shown"));
+    }
+
+    changing["modprobe"] = 0;
+    nodes["/dev/sg10"]["inquiry"] = {{"sense", "70 00 02 00 00 00 00 0a 00 00 00 00 04 01"}};
+    nodes["/dev/sg1"]["sgVersion"] = {30536, "EIO"}; // its serial number cannot be read
+    fileWith(changing.dump());
+    EXPECT_EQ(jsonOf("% --machine " + file, 3)["queries"][4]["instances"].size(), 8U)
+        << "all firmware elements but one: each query begins with the first answers";
+    EXPECT_THAT(errors, EndsWith("simulated machine: 35 s of sleeping skipped\n")) << "10 s are of other devices";
+    run(thisMachine, 3);
+    EXPECT_THAT(errors, EndsWith("simulated machine: 35 s of sleeping skipped\n"))
+        << "the waits of this machine are real";
+}

@@ -1,0 +1,79 @@
+// The remarks of an inventory that is not complete.
+
+#include "tests/program.h"
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <string>
+
+namespace {
+
+using Remarks = Program;
+
+} // namespace
+
+TEST_F(Remarks, SaysWhatItCouldNotSee) {
+    const bool root = ::geteuid() == 0;
+    const std::string unprivileged = root ? "" : "not running as root: ", advice = root ? "\n" : "; try sudo\n";
+    std::string manyNodes = R"("/dev/sgxx": {})";
+    for (int i = 0; i < 7; ++i)
+        manyNodes += R"(, "/dev/sg)" + std::to_string(i * 9) + R"(": {"open": "EMFILE"})";
+    const struct {
+        std::string query, machine;
+        int status;
+        std::string remarks;
+    } cases[] = {
+        {"", "{}", 0, "no devices found on the simulated machine\n"},
+        {"KORVA_ATADevice --log-level 0", R"({"modprobe": 1, "nodes": {"/dev/sg0": {}}})", 3,
+         "[0] sg module is not loaded correctly\n" + unprivileged +
+             "the sg driver could not be loaded, SCSI devices are not shown" + advice},
+        {"", R"({"nodes": {"/dev/sg0": {"open": "EACCES"}, "/dev/sg1": {}, "/dev/sg2": {"open": "ENXIO"},
+                           "/dev/sg3": {"open": "EMFILE"}, "/dev/hda": {"open": "EPERM"}, "/dev/sr0": {"open": "EACCES"}}})",
+         3,
+         unprivileged + "2 of 4 device nodes could not be opened: /dev/sg0 (EACCES), /dev/hda (EPERM)" + advice +
+             "1 of 4 device nodes could not be opened: /dev/sg3 (EMFILE)\n1 of 4 nodes opened but did not identify "
+             "itself: /dev/sg1 (SG_GET_VERSION_NUM: ENOTTY)\n"},
+        {"", "{\"nodes\": {" + manyNodes + "}}", 3,
+         "4 of 4 device nodes could not be opened: /dev/sg0 (EMFILE), /dev/sg9 (EMFILE), /dev/sg18 (EMFILE), /dev/sg27 "
+         "(EMFILE)\nsg nodes beyond /dev/sg31, the last that is looked at, are not shown: /dev/sg36, /dev/sg45, "
+         "/dev/sg54\n"},
+        {"", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "inquiry": "EIO"},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": "", "sense": "73 05 24 01", "info": 1}},
+            "/dev/sg2": {"sgVersion": 30536, "inquiry": {"data": "", "hostStatus": 3}},
+            "/dev/sg3": {"sgVersion": 30536, "inquiry": {"data": "", "status": 32}},
+            "/dev/sg4": {"sgVersion": 30536, "inquiry": {"data": "", "driverStatus": 6}},
+            "/dev/sg5": {"sgVersion": 2, "open": [true, "ENOENT", true]},
+            "/dev/hda": {"opticalCapability": 0}, "/dev/hdb": {"identify": {"data": "00"}}}})",
+         3,
+         "6 of 8 nodes opened but did not identify themselves: /dev/sg0 (INQUIRY: EIO), /dev/sg1 (INQUIRY: sense "
+         "5/24/01), /dev/sg2 (INQUIRY: host status 0x03), /dev/sg3 (INQUIRY: status 0x20), /dev/sg4 (INQUIRY: driver "
+         "status 0x06) and 1 more\n"},
+        {"KORVA_SCSIDevice",
+         R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": [{"text": "", "size": 8},
+                          {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}, "kernel": {"names": ["sdb"]}},
+            "/dev/sda": {"identify": {"data": [{"text": "BYTES", "size": 512}]}}}})",
+         0, "the words of ATA disks come from other disks: /dev/sg0 is sdb, but was asked at /dev/sda\n"},
+        {"--ask-again scsi firmware associations", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0d00050200000000", {"text": "BOX", "size": 28}]}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": [{"data": ["0d00050200000000", {"text": "BOX", "size": 28}]},
+                                                         "EIO"]}}})",
+         3,
+         "1 of 2 nodes opened but did not identify itself: /dev/sg1 (INQUIRY: EIO)\n"
+         "no firmware association of their own: 1 of 2 devices (no firmware element has their identity)\n"},
+        {"KORVA_SCSIDevice KORVA_SysBusDeviceFirmware", "{}", 0,
+         "no devices found on the simulated machine\nKORVA_SysBusDeviceFirmware ties together what earlier queries of "
+         "the run have collected: ask for devices and KORVA_SysBusDeviceFirmwareElement before it\n"},
+    };
+    for (const auto& c : cases) {
+        const auto document = jsonOf("% " + c.query + " --machine " + fileWith(c.machine), c.status);
+        EXPECT_EQ(errors, c.remarks);
+        EXPECT_EQ(document["complete"], c.status == 0);
+        EXPECT_EQ(document["exitStatus"], c.status);
+    }
+}

@@ -1,0 +1,96 @@
+// What the program says of wrong usage, and of a run that fails.
+
+#include "tests/program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+using Usage = Program;
+
+} // namespace
+
+TEST_F(Usage, RefusesWrongUsage) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"''", "an empty class name in the query ''"},
+        {"KORVA_SCSIDevice,,KORVA_ATADevice", "an empty class name in the query 'KORVA_SCSIDevice,,KORVA_ATADevice'"},
+        {"KORVA_SCSIDevice,", "an empty class name"},
+        {"KORVA_CDVDevice", "unknown class 'KORVA_CDVDevice' (did you mean KORVA_CDVDDevice?); the classes are "
+                            "KORVA_SysBusDevice, KORVA_SCSIDevice, "},
+        {"tapes", "unknown class 'tapes' (did you mean tape?); the classes are "},
+        {"--fromat json", "unknown option '--fromat' (did you mean --format?)"},
+        {"--format tab", "--format: expected one of json, mof, prometheus, table, found 'tab' (try --help)"},
+        {"--log-level 3x", "--log-level: expected a whole number from 0 up, found '3x'"},
+        {"--log-level", "--log-level: a value is missing"},
+        {"--format json --format=mof", "--format: given more than once"},
+        {"--ask-again --ask-again", "--ask-again: given more than once"},
+        {"--schema xml", "--schema: expected one of json, mof, found 'xml'"},
+        {"--machine ''", "--machine: a file name is missing"},
+        {"--all-properties --format json", "--all-properties goes with tables only"},
+        {"--schema mof ata", "--schema: takes no QUERY, found 'ata'"},
+        {"--virtual-device 2=x", "--virtual-device: expected 0=TEXT or 1=TEXT, found '2=x'"},
+        {"--force", "--force goes with --record only"},
+        {"--record x --output x", "--output: names the file of --record"},
+        {"--record x --output $PWD/x", "--output: names the file of --record"},
+        {"--anonymize", "--anonymize goes with --record only"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        run(std::string("% ") + arguments, 2);
+        EXPECT_EQ(output, "");
+        EXPECT_THAT(errors, AllOf(HasSubstr(message), HasSubstr("try --help")));
+        EXPECT_EQ(errors.find('\n'), errors.size() - 1) << "one line";
+    }
+}
+
+TEST_F(Usage, SaysInOneLineWhyARunFailed) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"% --machine missing.json", ": missing.json: cannot be read: No such file or directory"},
+        {"% --machine .", ": .: cannot be read: Is a directory"},
+        {"% --machine " + fileWith(R"({"nodes": {"/dev/sg0": {"inquiry": {"data": "000"}}}})"),
+         "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
+        {"ulimit -t 1; % --machine /dev/zero", "larger than the 16 MiB that a machine file may have"},
+        {"% --record .", ".: is a directory, expected a regular file or none"},
+        {"% --record " + fileWith("", "kept.json") + onEmptyMachine,
+         "kept.json: is there already; --force replaces it"},
+        {"% --record /dev/null --force" + onEmptyMachine, "/dev/null: is a device node, expected a regular file"},
+        {"mkfifo ../pipe; % --output ../pipe" + onEmptyMachine, "../pipe: is a pipe, expected a regular file or none"},
+        {"ln -s nothing ../link; % --output ../link" + onEmptyMachine, "../link: is a symbolic link, expected"},
+        {"% --output missing/x --format json" + onEmptyMachine, "missing/x: cannot be written: No such file or dir"},
+        {"% --output '../\x1b[2J/' " + onEmptyMachine, "../\\x1b[2J/: is a directory, expected a regular file or none"},
+        {"% --plugin missing.so", "loaded: missing.so: cannot open shared object file"},
+        {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
+        {"ODD_PLUGIN=nothing %" + oddPlugin, "to register one plug-in that collects data, it registered 0"},
+        {"ODD_PLUGIN=twice %" + oddPlugin, "to register one plug-in that collects data, it registered 2\n"},
+        {"ODD_PLUGIN=load %" + oddPlugin, "scsidev-inventory: odd \\x1b[2J load\n"},
+        {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \\x1b[2J init"},
+        {"ODD_PLUGIN=number %" + oddPlugin, "Init failed: an exception of an unknown type"},
+        {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
+        {"% --format json >/dev/full" + onEmptyMachine, "No space left on device"},
+        {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
+        {"mkdir ../open && chmod 777 ../open && TMPDIR=../open % ",
+         "open can be written by other users and is not sticky; TMPDIR names another place\n"},
+        {"mkdir ../open/own && TMPDIR=../open/own %", "/open can be written by other users and"},
+        {"d=$(cd ..; pwd -P); while [ ${#d} -lt 3820 ]; do d=$d/" + std::string(200, 'd') + "; done; d=$(echo $d/" +
+             std::string(255, 'd') + " | cut -c 1-4071); mkdir -p $d; TMPDIR=$d %",
+         "-XXXXXX: cannot make a temporary directory: the name is too long"}, // by its last byte
+        {"env - SCSIDEV_MACHINE=other.json PATH=/usr/bin % --machine missing.json", "missing.json: cannot be read"},
+        {::geteuid() == 0 ? "chmod 770 ../open; TMPDIR=../open %" : "TMPDIR=/nonexistent %",
+         ::geteuid() == 0 ? "/open can be written by other users and" : "No such file"}, // root has no group of its own
+        {::geteuid() == 0 ? "chown 1 ../open; TMPDIR=../open/own %" : "TMPDIR=/nonexistent %",
+         ::geteuid() == 0 ? "open belongs to another user; TMPDIR names another place\n" : "No such file"},
+    };
+    for (const auto& [command, message] : cases) {
+        run(command, 1);
+        EXPECT_EQ(output, "");
+        EXPECT_THAT(errors, AllOf(HasSubstr("scsidev-inventory: "), HasSubstr(message)));
+    }
+}
