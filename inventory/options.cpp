@@ -108,6 +108,10 @@ void describe(CLI::App& app, runOptions& options, rawOptions& raw) {
     app.add_flag("--anonymize", options.anonymize,
                  "Let --record replace serial numbers, the host name and the\n"
                  "names of virtual devices by others like them");
+    app.add_option("--anonymize-key", raw.file,
+                   "Anonymize too, with equal replacements for equal texts in all\n"
+                   "recordings that are made with the key in this file")
+        ->type_name("FILE");
     app.add_flag("--force", options.force, "Let --record replace the file");
     app.add_flag("--ask-again", options.askAgain,
                  "Ask the devices anew for every query; otherwise later\n"
@@ -178,8 +182,12 @@ void check(const CLI::App& app, const rawOptions& raw, runOptions& options) {
         addVirtualDevice(device, options);
     options.machineFile = fileOf(app, "--machine");
     options.recordFile = fileOf(app, "--record");
+    options.anonymizeKeyFile = fileOf(app, "--anonymize-key");
+    if (!options.anonymizeKeyFile.empty() && options.recordFile.empty())
+        throw usageError("--anonymize-key goes with --record only");
     if (options.anonymize && options.recordFile.empty())
         throw usageError("--anonymize goes with --record only");
+    options.anonymize = options.anonymize || !options.anonymizeKeyFile.empty();
     if (options.force && options.recordFile.empty())
         throw usageError("--force goes with --record only");
     options.plugin = fileOf(app, "--plugin");

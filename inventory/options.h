@@ -16,12 +16,13 @@ struct runOptions {
     std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
     std::string machineFile;                    ///< empty: this machine
     std::string plugin;
-    std::string pluginPath; ///< the same, absolute: it is loaded from the run's own working directory
-    std::string outputFile; ///< empty: standard output
-    std::string recordFile; ///< empty: nothing is recorded
-    bool anonymize = false; ///< what is recorded
-    bool force = false;     ///< the file to record into may be replaced
-    bool askAgain = false;  ///< the devices, for every query
+    std::string pluginPath;       ///< the same, absolute: it is loaded from the run's own working directory
+    std::string outputFile;       ///< empty: standard output
+    std::string recordFile;       ///< empty: nothing is recorded
+    bool anonymize = false;       ///< what is recorded
+    std::string anonymizeKeyFile; ///< empty: replacements are the recording's own
+    bool force = false;           ///< the file to record into may be replaced
+    bool askAgain = false;        ///< the devices, for every query
 };
 
 /// What a command line comes to: a run with options, the class declarations as MOF, the schema of JSON documents, or a

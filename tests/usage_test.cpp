@@ -42,6 +42,7 @@ TEST_F(Usage, RefusesWrongUsage) {
         {"--record x --output x", "--output: names the file of --record"},
         {"--record x --output $PWD/x", "--output: names the file of --record"},
         {"--anonymize", "--anonymize goes with --record only"},
+        {"--anonymize-key key", "--anonymize-key goes with --record only"},
     };
     for (const auto& [arguments, message] : cases) {
         run(std::string("% ") + arguments, 2);
