@@ -51,7 +51,6 @@ void runVisibly(const inventory::runOptions& options, inventory::askedMachine& m
                     [&](int level, const std::string& text) {
                         if (takeMessage(level, text, options.logLevel, result.messages))
                             status.write('[' + std::to_string(level) + "] " + text::escaped(text) + '\n');
-                        status.show(text);
                     },
                     [&](const std::string& text) {
                         if (result.messages.add(inventory::message::program, 0, text))

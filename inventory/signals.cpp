@@ -26,8 +26,7 @@ extern "C" void endTidily(int signal) {
     outputFile::removeTemporaryAtOnce();
     scratchDirectory::removeAtOnce();
     if (signal == SIGXCPU) {
-        constexpr char message[] = "scsidev-inventory: the CPU time that a limit gives it is used up\n";
-        [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, message, sizeof message - 1);
+        writeErrorAtOnce("scsidev-inventory: the CPU time that a limit gives it is used up\n");
         ::_exit(EXIT_FAILURE);
     }
     // As if there were no handler, so that the parent sees what ended the program.

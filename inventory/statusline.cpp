@@ -1,22 +1,15 @@
 #include "inventory/statusline.h"
 
-#include "minihost/heldsignals.h"
 #include "text/escape.h"
 
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
-#include <cstddef>
 #include <iostream>
-#include <system_error>
 
 namespace inventory {
-
-using text::escaped;
 
 namespace {
 
@@ -27,76 +20,44 @@ volatile std::sig_atomic_t onTerminal = 0; // for eraseAtOnce, in a signal handl
 
 std::size_t terminalWidth(int fd) {
     winsize size{};
-    // Straight to the kernel: the interposed ioctl looks into the simulated machine, which the main thread may be
-    // changing while the status line's thread is here.
-    return ::syscall(SYS_ioctl, fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualWidth;
+    return ::ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualWidth;
 }
 
-statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) {
-    if (!enabled_)
+void writeErrorAtOnce(std::string_view text) {
+    // A terminal that is stopped by Ctrl-S, a full pipe or a connection that hangs would hold the process up.
+    constexpr int patience = 100; // milliseconds
+    pollfd errors{STDERR_FILENO, POLLOUT, 0};
+    if (::poll(&errors, 1, patience) != 1)
         return;
-    // The new thread inherits this mask: signal handlers then run on the main thread only.
-    const minihost::heldSignals held;
-    try {
-        ticker_ = std::thread([this] { tick(); });
-        onTerminal = 1;
-    } catch (const std::system_error&) {
-        enabled_ = false; // a limit leaves no room for a thread; nothing else needs one
-    }
+    [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
 }
+
+statusLine::statusLine() : enabled_(::isatty(STDERR_FILENO) == 1) { onTerminal = enabled_ ? 1 : 0; }
 
 statusLine::~statusLine() {
-    if (!enabled_)
-        return;
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ending_ = true;
-        onTerminal = 0;
-        erase();
-        ended_.notify_one();
-    }
-    ticker_.join();
+    if (enabled_)
+        std::cerr << eraseLine;
+    onTerminal = 0;
 }
 
 void statusLine::show(const std::string& step) {
-    if (!enabled_)
-        return;
-    const std::lock_guard<std::mutex> lock(mutex_);
-    step_ = escaped(step);
+    step_ = text::escaped(step);
     draw();
 }
 
-void statusLine::write(const std::string& lines) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    if (enabled_)
-        erase();
-    std::cerr << lines;
-    if (enabled_)
-        draw();
+void statusLine::write(const std::string& lines) const {
+    std::cerr << (enabled_ ? eraseLine : "") + lines;
+    draw();
 }
 
-void statusLine::tick() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    while (!ended_.wait_for(lock, std::chrono::seconds(1), [this] { return ending_; })) {
-        ++seconds_;
-        draw();
-    }
+void statusLine::draw() const {
+    if (enabled_) // in all but the last column, behind which the terminal would begin another line
+        std::cerr << eraseLine + step_.substr(0, terminalWidth(STDERR_FILENO) - 1);
 }
-
-void statusLine::draw() {
-    const std::string line = std::to_string(seconds_) + " s  " + step_;
-    std::cerr << eraseLine + line.substr(0, terminalWidth(STDERR_FILENO) - 1) << std::flush;
-}
-
-void statusLine::erase() { std::cerr << eraseLine << std::flush; }
 
 void statusLine::eraseAtOnce() {
-    // A terminal that is stopped by Ctrl-S, or whose connection hangs, takes nothing and would hold the handler up. One
-    // that the other thread is just writing to is waited for.
-    constexpr int patience = 100; // milliseconds
-    pollfd terminal{STDERR_FILENO, POLLOUT, 0};
-    if (onTerminal != 0 && ::poll(&terminal, 1, patience) == 1) [[maybe_unused]]
-        const ssize_t written = ::write(STDERR_FILENO, eraseLine, sizeof eraseLine - 1);
+    if (onTerminal != 0)
+        writeErrorAtOnce(eraseLine);
 }
 
 } // namespace inventory

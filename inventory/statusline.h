@@ -1,10 +1,8 @@
 #pragma once
 
-#include <condition_variable>
 #include <cstddef>
-#include <mutex>
 #include <string>
-#include <thread>
+#include <string_view>
 
 namespace inventory {
 
@@ -13,10 +11,13 @@ constexpr std::size_t usualWidth = 80; ///< in characters, of what is no termina
 /// The width, in characters, of the terminal behind `fd`; the usual one where there is none.
 std::size_t terminalWidth(int fd);
 
-/// One line at the bottom of the terminal that shows the newest step and the seconds spent, while it lives.
+/// Writes to standard error unless it takes nothing. Safe in a signal handler.
+void writeErrorAtOnce(std::string_view text);
+
+/// One line at the bottom of the terminal that shows the newest step while it lives.
 ///
-/// Without a terminal on standard error, or room for its thread, it shows nothing. As long as it lives, everything for
-/// standard error goes through write().
+/// Without a terminal on standard error it shows nothing. As long as it lives, everything for standard error goes
+/// through write().
 class statusLine {
 public:
     statusLine();
@@ -27,24 +28,17 @@ public:
     /// Shows `step` from now on, escaped to printable text.
     void show(const std::string& step);
 
-    /// Takes the line off the terminal when a signal ends the process. Safe in a signal handler.
+    /// Writes whole lines of text above the status line.
+    void write(const std::string& lines) const;
+
+    /// Takes the line off the terminal when the process ends at once. Safe in a signal handler.
     static void eraseAtOnce();
 
-    /// Writes whole lines of text above the status line.
-    void write(const std::string& lines);
-
 private:
-    void tick();
-    void draw();
-    void erase();
+    void draw() const;
 
     bool enabled_;
-    std::mutex mutex_;
-    std::condition_variable ended_;
-    bool ending_ = false;
     std::string step_;
-    unsigned seconds_ = 0;
-    std::thread ticker_;
 };
 
 } // namespace inventory

@@ -158,6 +158,8 @@ TEST_F(Documents, EveryDeviceIsOneSeriesAndAFailedRunIsNotComplete) {
     run("ODD_PLUGIN=query % --format prometheus KORVA_ATADevice" + oddPlugin, 1);
     EXPECT_THAT(output, AllOf(HasSubstr("\nscsidev_collection_complete 0\n"), HasSubstr("\t\\n\v")));
     runOnTerminal("ODD_PLUGIN=query % --format prometheus KORVA_ATADevice 2>&1" + oddPlugin, "", 1 << 8);
+    if (IsSkipped())
+        return;
     EXPECT_THAT(output, AllOf(HasSubstr(R"(device="\\x00\\x01)"), HasSubstr(R"(\\xff")"), Not(HasSubstr("\x1b[2J"))));
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 
@@ -38,9 +39,11 @@ protected:
 
     void run(const std::string& command, int wantedStatus = 0);
 
-    /// The same on a terminal, with Ctrl-C typed once `interruptAt`, if there is any, has been shown. `wantedResult` is
-    /// 0 or the signal that ends the program. SIGTERM is sent instead, after Ctrl-S, which stops the terminal.
-    void runOnTerminal(const std::string& command, const std::string& interruptAt, int wantedResult);
+    /// The same on a terminal. `wantedResult` is a wait status. Once `interruptAt`, if there is any, has been shown,
+    /// Ctrl-C is typed; or another `signal` is sent, after Ctrl-S, which stops the terminal. Skips the test where no
+    /// terminal can be made.
+    void runOnTerminal(const std::string& command, const std::string& interruptAt, int wantedResult,
+                       int signal = SIGINT);
 
     nlohmann::json jsonOf(const std::string& command, int wantedStatus = 0);
 
