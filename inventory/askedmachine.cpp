@@ -114,7 +114,8 @@ askedMachine::askedMachine(const runOptions& options) : options_(options), recor
     }
     if (!options.recordFile.empty())
         recording_.emplace(options.recordFile,
-                           options.force ? outputFile::existing::isReplaced : outputFile::existing::isKept);
+                           options.force ? outputFile::existing::isReplaced : outputFile::existing::isKept,
+                           S_IRUSR | S_IWUSR); // it tells serial numbers
     // Last: where something is thrown above, nobody takes these back.
     ::activeKernel = kernel_ ? &*kernel_ : nullptr;
     ::activeRecorder = &recorder_;

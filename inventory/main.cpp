@@ -124,7 +124,7 @@ template <typename Print>
 int printTo(const std::string& file, Print print) {
     if (file.empty())
         return print(std::cout);
-    inventory::outputFile whole(file, inventory::outputFile::existing::isReplaced);
+    inventory::outputFile whole(file, inventory::outputFile::existing::isReplaced, 0666);
     std::ostringstream document;
     document.exceptions(std::ios::badbit); // or the document would end where memory does
     const int status = print(document);
@@ -144,7 +144,6 @@ auto printed(void (*write)(std::ostream&)) {
 /// Ends the program where nothing catches an exception, such as one that leaves a plug-in while it is loaded.
 [[noreturn]] void endByException() {
     inventory::statusLine::eraseAtOnce();
-    inventory::outputFile::removeTemporaryAtOnce();
     inventory::scratchDirectory::removeAtOnce();
     writeError(minihost::whatWasThrown());
     std::_Exit(inventory::failedRun);

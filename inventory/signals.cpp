@@ -1,6 +1,5 @@
 #include "inventory/signals.h"
 
-#include "inventory/outputfile.h"
 #include "inventory/scratchdirectory.h"
 #include "inventory/statusline.h"
 #include "minihost/childprocess.h"
@@ -23,7 +22,6 @@ constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
 extern "C" void endTidily(int signal) {
     statusLine::eraseAtOnce();
     minihost::endChildAtOnce();
-    outputFile::removeTemporaryAtOnce();
     scratchDirectory::removeAtOnce();
     if (signal == SIGXCPU) {
         writeErrorAtOnce("scsidev-inventory: the CPU time that a limit gives it is used up\n");

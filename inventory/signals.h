@@ -3,8 +3,7 @@
 namespace inventory {
 
 /// From now on a signal that ends the program, unless it is ignored, ends its child and removes its temporary directory
-/// and files first. A used-up limit of CPU time is a failure with a message; of file size, and a closed pipe, errors of
-/// writing.
+/// first. A used-up limit of CPU time is a failure with a message; of file size, and a closed pipe, errors of writing.
 void handleSignals();
 
 } // namespace inventory

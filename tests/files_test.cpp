@@ -5,10 +5,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <string>
+#include <utility>
 
 using testing::AllOf;
 using testing::EndsWith;
@@ -17,6 +19,14 @@ using testing::HasSubstr;
 namespace {
 
 using Files = Program;
+
+constexpr const char* accessList = "system.posix_acl_access";
+
+std::string accessListOf(const std::string& path) {
+    char bytes[200];
+    const ssize_t size = ::getxattr(path.c_str(), accessList, bytes, sizeof bytes);
+    return {bytes, size > 0 ? static_cast<std::size_t>(size) : 0};
+}
 
 } // namespace
 
@@ -57,7 +67,7 @@ TEST_F(Files, WritesAFileWholeOrNotAtAll) {
     const std::string json = "% --format json --output ../results/new.json" + onRackServer;
     run("mkdir ../results; umask 027; " + json +
         "--record ../results/a; stat -c '%a %n' ../results/*; rm ../results/a");
-    EXPECT_EQ(output, "640 ../results/a\n640 ../results/new.json\n");
+    EXPECT_EQ(output, "600 ../results/a\n640 ../results/new.json\n");
     run("chmod 704 ../results/new.json; " + json + "; stat -c %a ../results/new.json; cat ../results/new.json");
     EXPECT_EQ(output, "704\n" + contentOf(expected + "rack-server.json")) << "the mode stays, the content is replaced";
     for (const char* closed : {"<&- 2>&-", ">&- 2>&-"}) {
@@ -81,4 +91,38 @@ TEST_F(Files, WritesAFileWholeOrNotAtAll) {
         run("chown 1 ../results/new.json; % --output ../results/new.json" + onEmptyMachine, 1);
     run("% --record $(printf '../results/\\033.json')" + onEmptyMachine);
     EXPECT_THAT(errors, HasSubstr("recorded in ../results/\\x1b.json: "));
+}
+
+TEST_F(Files, AnAccessControlListStays) {
+    // In the kernel's form: tag, permissions and id of each entry. User 1 may read, the group may not.
+    const std::string list("\2\0\0\0\x01\0\6\0\xff\xff\xff\xff\x02\0\4\0\1\0\0\0\x04\0\0\0\xff\xff\xff\xff"
+                           "\x10\0\4\0\xff\xff\xff\xff\x20\0\0\0\xff\xff\xff\xff",
+                           44);
+    run("mkdir ../results");
+    const std::string listed = fileWith("", "results/listed"), plain = fileWith("", "results/plain");
+    if (::setxattr(listed.c_str(), accessList, list.data(), list.size(), 0) != 0)
+        GTEST_SKIP() << "skipped: the file system has no access control lists: whether they stay is not seen";
+    const std::string directory = listed.substr(0, listed.rfind('/'));
+    ::setxattr(directory.c_str(), "system.posix_acl_default", list.data(), list.size(), 0);
+    run("% --schema --output " + listed);
+    EXPECT_EQ(accessListOf(listed), list);
+    run("% --schema --output " + plain);
+    EXPECT_EQ(accessListOf(plain), "") << "nor is there a new one, by the directory's default";
+}
+
+TEST_F(Files, WhereAGroupCannotStayNobodyElseGainsAccess) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"1:2 ../f; chmod 640", "640 2\n"}, // a group of the user's
+        {"1:3 ../f; chmod 664", "644 0\n"},
+        {"1:3 ../f; chmod 660", "600 0\n"},
+        {"1:3 ../f; chmod 604", "600 0\n"}, // whose members would be among the others
+    };
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "skipped: not root, no file can be given to other groups: what becomes of them is not seen";
+    for (const auto& [before, after] : cases) {
+        SCOPED_TRACE(before);
+        run("touch ../f; chown " + std::string(before) +
+            " ../f; setpriv --bounding-set -chown --groups 2 % --schema --output ../f; stat -c '%a %g' ../f; rm ../f");
+        EXPECT_EQ(output, after);
+    }
 }
