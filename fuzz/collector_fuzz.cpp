@@ -19,7 +19,6 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
-#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -122,10 +121,14 @@ public:
 
     void forgetLog() { log_.str(""); }
 
+    /// The classes of the instances, without drives: a table of these that no kernel writes does not stay in a
+    /// recording that is made anonymous.
     std::vector<std::string_view> classes() const {
         std::vector<std::string_view> names;
-        for (const auto& instance : instances())
-            names.push_back(instance->declaration().name);
+        for (const auto& instance : instances()) {
+            if (const std::string_view name = instance->declaration().name; name != "KORVA_CDVDDevice")
+                names.push_back(name);
+        }
         return names;
     }
 
@@ -174,8 +177,7 @@ void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
     pluginRun replay(sys::parseMachine(sys::machineFileText(recorded), "recording"));
     replay.queryAll(queries);
     fuzz::require(replay.seen() == run.seen(), "a replay shows the same");
-    std::mt19937 random(1); // NOLINT(cert-msc32-c,cert-msc51-cpp): what an input finds, it finds again
-    pluginRun anonymous(sys::anonymize(recorded, random).result);
+    pluginRun anonymous(sys::anonymize(recorded, "key"));
     anonymous.queryAll(queries);
     fuzz::require(anonymous.classes() == run.classes(), "an anonymous machine has the same devices");
 

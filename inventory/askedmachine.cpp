@@ -6,6 +6,7 @@
 #include "system/anonymize.h"
 #include "system/boundary.h"
 #include "system/machinefile.h"
+#include "system/pseudonyms.h"
 #include "text/errorname.h"
 #include "text/escape.h"
 
@@ -17,7 +18,6 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
-#include <random>
 #include <set>
 #include <string_view>
 
@@ -55,30 +55,11 @@ constexpr const char* recordedTexts =
     "the kernel's names of the devices, the optical-drive table, the USB listing and the names of virtual\n"
     "devices; look through it before you give it away\n";
 
-/// "1 serial number", "2 serial numbers".
-std::string counted(std::size_t count, const std::string& one, const std::string& several) {
-    return std::to_string(count) + ' ' + (count == 1 ? one : several);
-}
-
-/// What to say of a recording that may be given away.
-std::string replacedTexts(const sys::anonymousMachine& made) {
-    std::string text = "replaced: " + counted(made.serialNumbers, "serial number", "serial numbers") + ", " +
-                       counted(made.worldWideNames, "world wide name", "world wide names") +
-                       (made.hostName ? ", the host name, " : ", ") +
-                       counted(made.virtualDevices, "name of a virtual device", "names of virtual devices") +
-                       "\nkept: vendors, products, firmware, addresses, node paths, statuses and other numbers";
-    if (made.keptVirtualDevices != 0)
-        text += ", " + counted(made.keptVirtualDevices, "name of a virtual device that is a node or drive",
-                               "names of virtual devices that are nodes or drives");
-    text += '\n';
-    if (!made.keptAt.empty()) {
-        text += "look there before you give it away, a replaced text is also part of what is kept:";
-        for (const auto& place : made.keptAt)
-            text += (place == *made.keptAt.begin() ? " " : ", ") + place;
-        text += '\n';
-    }
-    return text + "this run's output and log have the originals; those of --machine on this file do not\n";
-}
+constexpr const char* anonymousTexts =
+    "\nreplaced: serial numbers, world wide names but for their makers, the host name\n"
+    "kept: vendors, products, firmware, node paths, the kernel's names, addresses, statuses and sense data\n"
+    "left out: everything else\n"
+    "this run's output and log have the originals; those of --machine on this file do not\n";
 
 /// What a command that can take long is for; "" of another.
 std::string purposeOf(const char* command) {
@@ -112,6 +93,8 @@ askedMachine::askedMachine(const runOptions& options) : options_(options), recor
         if (std::getenv(sleepVariable) != nullptr)
             kernel_->sleepForReal();
     }
+    if (options.anonymize)
+        anonymizeKey_ = sys::pseudonymKey(options.anonymizeKeyFile);
     if (!options.recordFile.empty())
         recording_.emplace(options.recordFile,
                            options.force ? outputFile::existing::isReplaced : outputFile::existing::isKept,
@@ -234,10 +217,8 @@ std::string askedMachine::writeRecording() {
         machine.virtualDevices[kind] = virtualDevices(kind);
     std::string told = recordedTexts;
     if (options_.anonymize) {
-        std::mt19937 random(std::random_device{}());
-        sys::anonymousMachine made = sys::anonymize(machine, random);
-        machine = std::move(made.result);
-        told = '\n' + replacedTexts(made);
+        machine = sys::anonymize(std::move(machine), anonymizeKey_);
+        told = anonymousTexts;
     }
     recording_->write(sys::machineFileText(machine));
     return "recorded in " + text::escaped(recording_->path()) + told;

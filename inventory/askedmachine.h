@@ -24,7 +24,7 @@ namespace inventory {
 class askedMachine {
 public:
     /// Throws sys::machineFileError when the machine file cannot be used, and std::runtime_error when the file to
-    /// record into cannot be written.
+    /// record into cannot be written or that with the key for an anonymous recording cannot be used.
     explicit askedMachine(const runOptions& options);
     ~askedMachine();
     askedMachine(const askedMachine&) = delete;
@@ -68,6 +68,7 @@ private:
     std::optional<sys::kernel> kernel_; ///< none: this machine's own
     std::optional<sys::kernel> again_;  ///< what the devices answered, once that is to be answered again
     watcher recorder_;
+    std::string anonymizeKey_; ///< empty: the recording has the originals
     std::optional<outputFile> recording_;
 };
 

@@ -76,8 +76,8 @@ void describeMachine(CLI::App& app, runOptions& options) {
                                  "Record this machine's answers into a machine file, for a\n"
                                  "bug report; serial numbers are part of it");
     addFlag(app, "--anonymize", options.anonymize,
-            "Let --record replace serial numbers, the host name and the\n"
-            "names of virtual devices by others like them")
+            "Let --record replace serial numbers, world wide names and the\n"
+            "host name by others like them, and leave out what else it can")
         ->needs(record);
     addFile(app, "--anonymize-key", options.anonymizeKeyFile,
             "Anonymize too, with equal replacements for equal texts in all\n"
