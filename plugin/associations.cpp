@@ -20,8 +20,7 @@ bool deviceMatches(ICIMInstance& device, const std::string& key) {
     const auto property = device.GetPropertyHandle(identifyingInfoProperty, TContext());
     if (!property)
         return false;
-    TCIMValue value = property->GetValue();
-    const std::vector<TCIMValue>& identities = value;
+    const std::vector<TCIMValue> identities = property->GetValue();
     return !identities.empty() && matches(identities.front(), key);
 }
 
