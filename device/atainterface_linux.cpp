@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <exception>
 #include <sstream>
 #include <string>
 
@@ -17,6 +18,7 @@ namespace {
 
 enum commandRegister { feature, sectorCount, sectorNumber, cylinderLow, cylinderHigh, deviceSelect, commandCode };
 
+constexpr unsigned char identifyDeviceOpcode = 0xEC;
 constexpr unsigned char smartReturnStatus = 0xDA;
 constexpr std::size_t requestSize = 516;    // 4 register bytes and one sector of HDIO_DRIVE_CMD
 constexpr std::size_t taskAnswerOffset = 1; // the error register of HDIO_DRIVE_TASK
@@ -60,7 +62,7 @@ void driveCommand(int fd, const unsigned char* command, unsigned char* request) 
 
 int ataInterface::executeCommand(int fd, unsigned char* command, unsigned char* out, int size) {
     unsigned char request[requestSize] = {};
-    if (command[commandCode] == identifyDeviceCommand::opcode)
+    if (command[commandCode] == identifyDeviceOpcode)
         refuseOpticalDrive(fd);
     if (command[feature] == smartReturnStatus) {
         driveTask(fd, command, request);
@@ -77,4 +79,14 @@ int ataInterface::executePassThroughCmd(int fd, unsigned char* command, unsigned
     driveCommand(fd, command, request);
     std::memcpy(out, request + commandDataOffset, static_cast<std::size_t>(size));
     return 0;
+}
+
+bool identifyDevice(int fd, unsigned char select, unsigned char* answer) {
+    unsigned char command[] = {0, 1, 0, 0, 0, select, identifyDeviceOpcode};
+    try {
+        ataInterface().executeCommand(fd, command, answer, identifyView::answerSize);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
 }

@@ -1,12 +1,8 @@
 #include "device/deviceanswers.h"
 
-#include <cstring>
 #include <utility>
 
-std::string fixedText(const unsigned char* bytes, std::size_t size) {
-    const auto* const text = reinterpret_cast<const char*>(bytes);
-    return {text, ::strnlen(text, size)};
-}
+std::string upToZero(const std::string& text) { return text.substr(0, text.find('\0')); }
 
 std::string swappedText(const unsigned char* bytes, std::size_t size) {
     std::string text(bytes, bytes + size);
@@ -14,5 +10,3 @@ std::string swappedText(const unsigned char* bytes, std::size_t size) {
         std::swap(text[i], text[i + 1]);
     return text;
 }
-
-std::string upToZero(const std::string& text) { return text.substr(0, text.find('\0')); }

@@ -5,15 +5,12 @@
 #include <cstddef>
 #include <string>
 
-/// The text in the `size` bytes at `bytes`, up to the first zero byte.
-std::string fixedText(const unsigned char* bytes, std::size_t size);
+/// `text` up to its first zero byte.
+std::string upToZero(const std::string& text);
 
 /// All `size` bytes at `bytes`, with the two bytes of every 16-bit word exchanged: ATA devices send texts this way.
 /// `size` is even.
 std::string swappedText(const unsigned char* bytes, std::size_t size);
-
-/// `text` up to its first zero byte.
-std::string upToZero(const std::string& text);
 
 /// Reads the fields of a standard INQUIRY answer (SPC-4, 6.4.2) where it lies.
 ///
@@ -26,12 +23,16 @@ public:
     explicit inquiryView(const unsigned char* answer) : answer_(answer) {}
 
     unsigned char peripheralByte() const { return answer_[0]; } ///< qualifier in bits 7..5, type in bits 4..0
-    std::string vendor() const { return fixedText(answer_ + 8, 8); }
-    std::string product() const { return fixedText(answer_ + 16, 16); }
-    std::string revision() const { return fixedText(answer_ + 32, 4); }
-    std::string identification() const { return fixedText(answer_ + 8, 28); } ///< the three fields together
+    std::string vendor() const { return text(8, 8); }
+    std::string product() const { return text(16, 16); }
+    std::string revision() const { return text(32, 4); }
+    std::string identification() const { return text(8, 28); } ///< the three fields together
 
 private:
+    std::string text(std::size_t offset, std::size_t size) const {
+        return upToZero({answer_ + offset, answer_ + offset + size});
+    }
+
     const unsigned char* answer_;
 };
 
@@ -47,22 +48,13 @@ constexpr bool isDiskOrTape(unsigned char peripheralByte) {
     return peripheralByte == diskByte || peripheralByte == tapeByte;
 }
 
-/// ATA IDENTIFY DEVICE (ACS-3, 7.12): the command as a register block of ataInterface.
-struct identifyDeviceCommand {
-    static constexpr std::size_t answerSize = 512;
-
-    explicit identifyDeviceCommand(unsigned char select = 0) : registers{0, 1, 0, 0, 0, select, opcode} {}
-
-    static constexpr unsigned char opcode = 0xEC;
-    unsigned char registers[7]; ///< feature, sector count, sector, cylinder low and high, device/select, command
-};
-
-/// Reads the text fields of an IDENTIFY DEVICE answer where it lies.
+/// Reads the text fields of an IDENTIFY DEVICE answer (ACS-3, 7.12) where it lies.
 ///
-/// Owns nothing: `answer` points at identifyDeviceCommand::answerSize readable bytes and must outlive the
-/// view.
+/// Owns nothing: `answer` points at answerSize readable bytes and must outlive the view.
 class identifyView {
 public:
+    static constexpr std::size_t answerSize = 512;
+
     explicit identifyView(const unsigned char* answer) : answer_(answer) {}
 
     std::string model() const { return swappedText(answer_ + 54, 40); }             ///< words 27..46, all 40 characters

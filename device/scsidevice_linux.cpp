@@ -15,7 +15,8 @@
 
 namespace {
 
-constexpr int lastLetterIndex = 25; // 'z'
+constexpr int lastLetterIndex = 25;                                 // 'z'
+constexpr unsigned char selectDevice0 = 0xA0, selectDevice1 = 0xB0; // of an ATA channel
 
 int openNode(const std::string& path) { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK); }
 
@@ -58,14 +59,8 @@ void scsiDevice::CloseDevice() {
 }
 
 int scsiDevice::getBusType() const {
-    identifyDeviceCommand command(0xA0);
-    unsigned char answer[identifyDeviceCommand::answerSize];
-    try {
-        ataInterface().executeCommand(fd, command.registers, answer, sizeof answer);
-        return 3;
-    } catch (const std::exception&) {
-        return 1;
-    }
+    unsigned char answer[identifyView::answerSize];
+    return identifyDevice(fd, selectDevice0, answer) ? 3 : 1;
 }
 
 int scsiDevice::initialize(std::string path, int index) {
@@ -75,22 +70,11 @@ int scsiDevice::initialize(std::string path, int index) {
     if (opened == -1)
         return index <= lastLetterIndex ? 0 : -1;
 
-    unsigned char answer[identifyDeviceCommand::answerSize] = {};
-    if (!path.empty() && !identifyAta(answer))
+    unsigned char answer[identifyView::answerSize] = {};
+    if (!path.empty() && !identifyDevice(fd, target % 2 != 0 ? selectDevice0 : selectDevice1, answer))
         return identifyScsi() ? 1 : 0;
     hostLog(progress, identifyView(answer).model());
     return 1;
-}
-
-bool scsiDevice::identifyAta(unsigned char* answer) const {
-    // 0xA0 selects device 0 of the channel, 0xB0 device 1.
-    identifyDeviceCommand command(target % 2 != 0 ? 0xA0 : 0xB0);
-    try {
-        ataInterface().executeCommand(fd, command.registers, answer, identifyDeviceCommand::answerSize);
-        return true;
-    } catch (const std::exception&) {
-        return false;
-    }
 }
 
 bool scsiDevice::identifyScsi() {

@@ -74,6 +74,5 @@ public:
     std::string reservedText2{"null"};
 
 private:
-    bool identifyAta(unsigned char* answer) const;
     bool identifyScsi();
 };

@@ -231,7 +231,7 @@ void checkNextQuery(const sys::machineAnswers& steady, const std::vector<std::st
 /// Does the device behind an open node answer the ATA command?
 bool answers(int fd, unsigned char (&command)[7], int size,
              int (ataInterface::*send)(int, unsigned char*, unsigned char*, int)) {
-    unsigned char answer[identifyDeviceCommand::answerSize];
+    unsigned char answer[identifyView::answerSize];
     try {
         (ataInterface().*send)(fd, command, answer, size);
         return true;
@@ -251,9 +251,9 @@ void checkIdentification(const sys::machineAnswers& steady) {
             fuzz::require(result >= -1 && result <= 1, "a device is identified, unusable, or the last");
             const bool isAta = run.plugin().getBusType(&device) == BusTypeAta;
             fuzz::require(isAta == (device.getBusType() == 3), "the bus types agree");
-            identifyDeviceCommand identify;
-            const bool identifies = answers(device.fd, identify.registers, identifyDeviceCommand::answerSize,
-                                            &ataInterface::executePassThroughCmd);
+            unsigned char identify[] = {0, 1, 0, 0, 0, 0, 0xEC};
+            const bool identifies =
+                answers(device.fd, identify, identifyView::answerSize, &ataInterface::executePassThroughCmd);
             fuzz::require(identifies || !isAta, "a device that is ATA answers IDENTIFY DEVICE");
             unsigned char smartReturnStatus[] = {0xDA, 0, 0, 0x4F, 0xC2, 0, 0xB0}; // ACS-3, SMART feature set
             answers(device.fd, smartReturnStatus, sizeof smartReturnStatus, &ataInterface::executeCommand);

@@ -6,7 +6,6 @@
 #include "device/scsidevice_linux.h"
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
 #include <memory>
 
@@ -31,12 +30,6 @@ std::string TScsidevPluginCallbacks::getDeviceTypeString(unsigned char type) {
 }
 
 unsigned int TScsidevPluginCallbacks::getBusType(scsiDevice* device) {
-    identifyDeviceCommand command;
-    unsigned char answer[identifyDeviceCommand::answerSize];
-    try {
-        ataInterface().executeCommand(device->fd, command.registers, answer, sizeof answer);
-        return BusTypeAta;
-    } catch (const std::exception&) {
-        return BusTypeScsi;
-    }
+    unsigned char answer[identifyView::answerSize];
+    return identifyDevice(device->fd, 0, answer) ? BusTypeAta : BusTypeScsi;
 }

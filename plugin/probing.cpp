@@ -11,7 +11,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <exception>
 #include <sstream>
 
 namespace {
@@ -69,12 +68,13 @@ void readSerialNumber(scsiDevice& device, scsiPassThrough& passThrough, busDevic
     if (passThrough.execSCSICommand(&device, serialinquiry_cmd, inquiryCommandLength) != 0)
         return;
     const unsigned char* page = passThrough.getRawBuffer();
+    const unsigned char* serialNumber = page + serialNumberOffset;
     const unsigned length = page[pageLengthOffset];
     if (length > longestSerialNumber) {
         hostLog(progress, "Size pointer is too large");
         return;
     }
-    record.serialNumber = fixedText(page + serialNumberOffset, length);
+    record.serialNumber = upToZero({serialNumber, serialNumber + length});
     hostLog(progress, "Serial Number: " + record.serialNumber);
 }
 
@@ -142,13 +142,9 @@ void TScsidevPluginCallbacks::collectAtaDevice(scsiDevice& device, int index, bo
     hostLog(progress, "Scsi:ATA Inquiry started");
     if (isAtaVendor(record))
         device.GetDevice("/dev/sd", index); // the generic node does not take ATA commands
-    identifyDeviceCommand command;
-    unsigned char answer[identifyDeviceCommand::answerSize];
-    try {
-        ataInterface().executeCommand(device.fd, command.registers, answer, sizeof answer);
-    } catch (const std::exception&) {
+    unsigned char answer[identifyView::answerSize];
+    if (!identifyDevice(device.fd, 0, answer))
         return;
-    }
     hostLog(progress, "Ata Inquiry returned good...");
     readIdentify(identifyView(answer), record);
     if (!scsiDone)

@@ -31,7 +31,7 @@ protected:
     unsigned char out_[512] = {};
 };
 
-const std::vector<unsigned char> identifyDevice{0, 1, 0, 0, 0, 0xA0, 0xEC};
+const std::vector<unsigned char> identifyCommand{0, 1, 0, 0, 0, 0xA0, 0xEC};
 const std::vector<unsigned char> identifyPacketDevice{0, 1, 0, 0, 0, 0xA0, 0xA1};
 const std::vector<unsigned char> smartReturnStatus{0xDA, 0, 0, 0x4F, 0xC2, 0, 0xB0};
 
@@ -40,7 +40,7 @@ const std::vector<unsigned char> smartReturnStatus{0xDA, 0, 0, 0x4F, 0xC2, 0, 0x
 TEST_F(AtaInterface, CopiesTheDataBehindTheRegisters) {
     at("/dev/hda").identify = identify("ACME DISK");
     for (const auto how : {&ataInterface::executeCommand, &ataInterface::executePassThroughCmd}) {
-        EXPECT_EQ(send(identifyDevice, how), "");
+        EXPECT_EQ(send(identifyCommand, how), "");
         EXPECT_TRUE(std::equal(out_, out_ + 512, identify("ACME DISK").data.begin()));
     }
     EXPECT_THAT(calls(), Contains("ioctl /dev/hda HDIO_DRIVE_CMD ec 00 00 01").Times(2));
@@ -53,7 +53,7 @@ TEST_F(AtaInterface, CopiesTheDataBehindTheRegisters) {
 TEST_F(AtaInterface, DoesNotIdentifyAnOpticalDrive) {
     at("/dev/hda").identify = identify("ACME DISK");
     at("/dev/hda").opticalCapability = sys::numberAnswer{0x2FFFFF, 0}; // success is any answer but -1
-    EXPECT_EQ(send(identifyDevice), "device is a cdrom");
+    EXPECT_EQ(send(identifyCommand), "device is a cdrom");
     EXPECT_EQ(out_[0], untouched);
     EXPECT_EQ(send(identifyPacketDevice), "ATA 0command returned fail: ") << "only IDENTIFY DEVICE is guarded";
 }
