@@ -67,12 +67,17 @@ std::string kernelName(const memoryInstance& device, const knownDevices& devices
     return kernelNameText(devices.kernelNames, device);
 }
 
-/// lsscsi's word for a peripheral device type, or the type's own name if it is not in the table.
+/// lsscsi's words for the peripheral device types by their numbers. It has none but their numbers for 10 and 11.
+constexpr const char* typeWords[] = {"disk",    "tape",    "printer", "process", "worm",    "cd/dvd",
+                                     "scanner", "optical", "mediumx", "comms",   "graphic", "graphic",
+                                     "storage", "enclosu", "sim dsk", "opti rd", "",        "osd"};
+static_assert(std::size(typeWords) == std::size(peripheralTypes), "each type has a word");
+
+/// The word for a device's type, or the type's own name if it is not in the table.
 std::string shortTypeName(const memoryInstance& device, const knownDevices& /*devices*/) {
     const std::string name = propertyOf(device, "DeviceType");
-    const auto* const type = std::find_if(std::begin(peripheralTypes), std::end(peripheralTypes),
-                                          [&name](const peripheralType& known) { return known.name == name; });
-    return type == std::end(peripheralTypes) ? name : type->shortName;
+    const auto* const type = std::find(std::begin(peripheralTypes), std::end(peripheralTypes), name);
+    return type == std::end(peripheralTypes) ? name : typeWords[type - std::begin(peripheralTypes)];
 }
 
 std::string address(const memoryInstance& device, const knownDevices& /*devices*/) { return addressOf(device); }

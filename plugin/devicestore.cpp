@@ -26,7 +26,7 @@ void TScsidevPluginCallbacks::StoreBusDevice(busDevice* record) {
 }
 
 std::string TScsidevPluginCallbacks::getDeviceTypeString(unsigned char type) {
-    return type < std::size(peripheralTypes) ? peripheralTypes[type].name : "";
+    return type < std::size(peripheralTypes) ? peripheralTypes[type] : "";
 }
 
 unsigned int TScsidevPluginCallbacks::getBusType(scsiDevice* device) {
