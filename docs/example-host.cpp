@@ -14,7 +14,6 @@
 #include <boost/algorithm/string/replace.hpp>
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/make_shared.hpp>
-#include <boost/smart_ptr/intrusive_ref_counter.hpp>
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -25,6 +24,7 @@
 #include <iomanip>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -48,31 +48,27 @@ struct TCIMReference::TContent {
 TCIMReference::TCIMReference(boost::shared_ptr<ICIMNamespace>, TContext) : content_(new TContent) {}
 TCIMReference::TCIMReference(const TCIMReference& other) : content_(new TContent(*other.content_)) {}
 TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
-    *content_ = *other.content_;
+    content_ = std::make_unique<TContent>(*other.content_);
     return *this;
 }
 TCIMReference::~TCIMReference() = default;
 
-struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent> {
-    TContent(std::string shown, bool quoted, std::vector<TCIMValue> list)
-        : text(std::move(shown)), isText(quoted), elements(std::move(list)) {}
-
+struct TCIMValue::TContent {
     std::string text;
     bool isText;
     std::vector<TCIMValue> elements;
 };
-TCIMValue::TCIMValue() : content_(new TContent("", false, {})) {}
-TCIMValue::TCIMValue(const std::string& text) : content_(new TContent(text, true, {})) {}
+TCIMValue::TCIMValue() : content_(new TContent{"", false, {}}) {}
+TCIMValue::TCIMValue(const std::string& text) : content_(new TContent{text, true, {}}) {}
 TCIMValue::TCIMValue(const char* text) : TCIMValue(std::string(text)) {}
-TCIMValue::TCIMValue(bool flag) : content_(new TContent(flag ? "true" : "false", false, {})) {}
-TCIMValue::TCIMValue(unsigned short number) : content_(new TContent(std::to_string(number), false, {})) {}
+TCIMValue::TCIMValue(bool flag) : content_(new TContent{flag ? "true" : "false", false, {}}) {}
+TCIMValue::TCIMValue(unsigned short number) : content_(new TContent{std::to_string(number), false, {}}) {}
 TCIMValue::TCIMValue(TCIMReference& reference) : TCIMValue(reference.Content().path) {}
 TCIMValue::TCIMValue(TCIMType, unsigned, const std::vector<TCIMValue>& list)
-    : content_(new TContent("", false, list)) {}
+    : content_(new TContent{"", false, list}) {}
 TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {}
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
-    TCIMValue copy(other);
-    content_.swap(copy.content_);
+    content_ = std::make_unique<TContent>(*other.content_);
     return *this;
 }
 TCIMValue::~TCIMValue() = default;

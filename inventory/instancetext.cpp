@@ -29,7 +29,7 @@ std::string keyAt(const minihost::memoryInstance& association, std::string_view 
     const auto* reference = value == nullptr ? nullptr : std::get_if<NHALDEN20::TCIMReference>(&value->Content().value);
     if (reference == nullptr)
         return "";
-    const auto& keys = *reference->Content().keys;
+    const auto& keys = reference->Content().keys;
     const auto found = keys.find(name);
     return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
 }

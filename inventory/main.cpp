@@ -100,9 +100,7 @@ void writeDocument(const inventory::runResult& result, const inventory::runOptio
 }
 
 int show(const inventory::runOptions& options, std::ostream& output) {
-    // The namespace stays to the end of the process, which follows: to free its instances one by one would be for
-    // nothing.
-    static auto& ns = *new minihost::memoryNamespace;
+    minihost::memoryNamespace ns;
     inventory::runResult result;
     result.simulated = !options.machineFile.empty();
     const std::string recorded = runToTheEnd(options, ns, result);

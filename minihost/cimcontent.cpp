@@ -1,37 +1,30 @@
 #include "minihost/cimcontent.h"
 
-#include <boost/make_shared.hpp>
-
 #include <stdexcept>
 #include <utility>
 
 namespace NHALDEN20 {
 
-TCIMReference::TCIMReference(boost::shared_ptr<ICIMNamespace> ns, TContext keys)
-    : content_(new TContent{std::move(ns), boost::make_shared<TContext>(std::move(keys)), ""}) {}
+TCIMReference::TCIMReference(boost::shared_ptr<ICIMNamespace> /*ns*/, TContext keys)
+    : content_(new TContent{std::move(keys), ""}) {}
 TCIMReference::TCIMReference(const TCIMReference& other) : content_(new TContent(*other.content_)) {}
 TCIMReference& TCIMReference::operator=(const TCIMReference& other) {
-    *content_ = *other.content_;
+    content_ = std::make_unique<TContent>(*other.content_);
     return *this;
 }
 TCIMReference::~TCIMReference() = default;
 
-// Copy on write: most values are made, copied into an instance and destroyed, so a copy shares the content of its
-// original. Only a content whose array was handed out by reference is copied itself, because its holder can change it
-// at any time.
 TCIMValue::TCIMValue() : content_(new TContent) {}
-TCIMValue::TCIMValue(const std::string& text) : content_(new TContent(text)) {}
-TCIMValue::TCIMValue(const char* text) : content_(new TContent(std::string(text))) {}
-TCIMValue::TCIMValue(bool flag) : content_(new TContent(flag)) {}
-TCIMValue::TCIMValue(unsigned short number) : content_(new TContent(number)) {}
-TCIMValue::TCIMValue(TCIMReference& reference) : content_(new TContent(reference)) {}
+TCIMValue::TCIMValue(const std::string& text) : content_(new TContent{text}) {}
+TCIMValue::TCIMValue(const char* text) : content_(new TContent{std::string(text)}) {}
+TCIMValue::TCIMValue(bool flag) : content_(new TContent{flag}) {}
+TCIMValue::TCIMValue(unsigned short number) : content_(new TContent{number}) {}
+TCIMValue::TCIMValue(TCIMReference& reference) : content_(new TContent{reference}) {}
 TCIMValue::TCIMValue(TCIMType /*type*/, unsigned int /*count*/, const std::vector<TCIMValue>& elements)
-    : content_(new TContent(elements)) {}
-TCIMValue::TCIMValue(const TCIMValue& other)
-    : content_(other.content_->isHandedOut ? new TContent(other.content_->value) : other.content_) {}
+    : content_(new TContent{elements}) {}
+TCIMValue::TCIMValue(const TCIMValue& other) : content_(new TContent(*other.content_)) {}
 TCIMValue& TCIMValue::operator=(const TCIMValue& other) {
-    TCIMValue copy(other);
-    content_.swap(copy.content_);
+    content_ = std::make_unique<TContent>(*other.content_); // copied first: it can be an element of this array
     return *this;
 }
 TCIMValue::~TCIMValue() = default;
@@ -42,13 +35,9 @@ TCIMValue::operator std::string() const {
     throw std::runtime_error("a CIM value that is no string was read as one");
 }
 
-// The caller may change the array through the reference, so the content becomes this value's own first.
 TCIMValue::operator std::vector<TCIMValue>&() {
     if (!content_->isArray())
-        content_ = new TContent(std::vector<TCIMValue>());
-    else if (content_->use_count() > 1)
-        content_ = new TContent(content_->value);
-    content_->isHandedOut = true;
+        content_->value = std::vector<TCIMValue>();
     return std::get<std::vector<TCIMValue>>(content_->value);
 }
 
@@ -90,7 +79,7 @@ struct contentText {
 std::string objectPath(const NHALDEN20::TCIMReference& reference) {
     std::string path = reference.Content().className;
     char separator = '.';
-    for (const auto& [name, value] : *reference.Content().keys) {
+    for (const auto& [name, value] : reference.Content().keys) {
         path.append(1, separator).append(name).append(1, '=').append(valueText(value, quoted));
         separator = ',';
     }

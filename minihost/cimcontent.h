@@ -1,15 +1,10 @@
 #pragma once
 
-#include "plugin/host/cimnamespace.h"
 #include "plugin/host/cimreference.h"
 #include "plugin/host/cimvalue.h"
 
-#include <boost/shared_ptr.hpp>
-#include <boost/smart_ptr/intrusive_ref_counter.hpp>
-
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <variant>
 #include <vector>
 
@@ -17,25 +12,16 @@ namespace NHALDEN20 {
 
 /// What an object path holds: the class that it names and the key properties.
 struct TCIMReference::TContent {
-    boost::shared_ptr<ICIMNamespace> ns;
-    boost::shared_ptr<const TContext> keys; ///< copies share them: nobody changes them
+    TContext keys;
     std::string className;
 };
 
 /// What a value holds; std::monostate is the empty value.
-struct TCIMValue::TContent : boost::intrusive_ref_counter<TContent, boost::thread_unsafe_counter> {
-    using TVariant =
-        std::variant<std::monostate, std::string, bool, std::uint16_t, TCIMReference, std::vector<TCIMValue>>;
-
-    TContent() = default;
-    template <typename Content>
-    explicit TContent(const Content& content) : value(content) {}
-
+struct TCIMValue::TContent {
     bool isEmpty() const { return std::holds_alternative<std::monostate>(value); }
     bool isArray() const { return std::holds_alternative<std::vector<TCIMValue>>(value); }
 
-    TVariant value;
-    bool isHandedOut = false; ///< a reference to its array was given out: it belongs to one value and is never shared
+    std::variant<std::monostate, std::string, bool, std::uint16_t, TCIMReference, std::vector<TCIMValue>> value;
 };
 
 } // namespace NHALDEN20

@@ -174,15 +174,9 @@ std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& dec
     std::vector<const propertyDeclaration*> properties;
     if (base != nullptr)
         properties = propertiesOf(*base);
-    properties.reserve(properties.size() + declaration.properties.size());
     for (const auto& property : declaration.properties)
         properties.push_back(&property);
     return properties;
-}
-
-std::size_t propertyCount(const classDeclaration& declaration) {
-    const classDeclaration* base = findClass(declaration.base);
-    return declaration.properties.size() + (base == nullptr ? 0 : propertyCount(*base));
 }
 
 } // namespace minihost

@@ -71,7 +71,4 @@ const propertyDeclaration* findProperty(const classDeclaration& declaration, std
 /// All properties of a class, those of its superclasses first.
 std::vector<const propertyDeclaration*> propertiesOf(const classDeclaration& declaration);
 
-/// Their number.
-std::size_t propertyCount(const classDeclaration& declaration);
-
 } // namespace minihost

@@ -64,9 +64,7 @@ remarkSink& currentSink() {
 void setRemarkSink(remarkSink sink) { currentSink() = std::move(sink); }
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
-    : namespace_(ns), declaration_(declaration) {
-    properties_.reserve(propertyCount(declaration));
-}
+    : namespace_(ns), declaration_(declaration) {}
 
 TCIMReference memoryInstance::GetReference(const TContext& /*context*/) {
     TContext keys;

@@ -8,6 +8,7 @@
 #include <boost/enable_shared_from_this.hpp>
 #include <boost/shared_ptr.hpp>
 
+#include <deque>
 #include <map>
 #include <set>
 #include <string>
@@ -22,7 +23,7 @@ class memoryNamespace;
 /// An instance: its properties in the order in which they were first set.
 class memoryInstance : public NHALDEN20::ICIMInstance, public boost::enable_shared_from_this<memoryInstance> {
 public:
-    using propertyList = std::vector<std::pair<std::string, NHALDEN20::TCIMValue>>;
+    using propertyList = std::deque<std::pair<std::string, NHALDEN20::TCIMValue>>;
 
     memoryInstance(memoryNamespace& ns, const classDeclaration& declaration);
 

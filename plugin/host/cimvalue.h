@@ -1,7 +1,6 @@
 #pragma once
 
-#include <boost/smart_ptr/intrusive_ptr.hpp>
-
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -50,7 +49,7 @@ public:
     const TContent& Content() const { return *content_; }
 
 private:
-    boost::intrusive_ptr<TContent> content_;
+    std::unique_ptr<TContent> content_;
 };
 
 } // namespace NHALDEN20
