@@ -6,7 +6,7 @@
 #include "device/scsidevice_linux.h"
 #include "device/scsipassthrough_linux.h"
 #include "fuzz/machineinput.h"
-#include "inventory/jsonoutput.h"
+#include "inventory/output.h"
 #include "minihost/memorynamespace.h"
 #include "minihost/minihost.h"
 #include "plugin/host/osspecific.h"

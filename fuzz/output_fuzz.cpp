@@ -1,9 +1,7 @@
 // The output formats on instances of any class with any values.
 
 #include "fuzz/input.h"
-#include "inventory/jsonoutput.h"
-#include "inventory/mofoutput.h"
-#include "inventory/tableoutput.h"
+#include "inventory/output.h"
 #include "minihost/cimcontent.h"
 #include "tests/mofreader.h"
 #include "text/codepoints.h"

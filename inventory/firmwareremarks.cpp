@@ -2,22 +2,19 @@
 
 #include "inventory/instancetext.h"
 #include "minihost/classtable.h"
+#include "plugin/cimnames.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <map>
-#include <string_view>
 
 namespace inventory {
 
 namespace {
 
-constexpr std::string_view associationClass = "KORVA_SysBusDeviceFirmware";
-constexpr std::string_view elementClass = "KORVA_SysBusDeviceFirmwareElement";
-
 bool isDeviceClass(const std::string& name) {
     const auto* const declaration = minihost::findClass(name);
-    return declaration != nullptr && isKindOf(*declaration, "KORVA_SysBusDevice");
+    return declaration != nullptr && isKindOf(*declaration, busDeviceClass);
 }
 
 /// What the instances of a run say of devices and firmware. Both are known by an identity, such as an address.
@@ -31,9 +28,9 @@ struct knownInstances {
     std::vector<std::string> firmware;          ///< identities
 
     void add(const minihost::memoryInstance& instance) {
-        if (isKindOf(instance.declaration(), "KORVA_SysBusDevice"))
+        if (isKindOf(instance.declaration(), busDeviceClass))
             devices[propertyOf(instance, "DeviceID")].identity = propertyOf(instance, "OtherIdentifyingInfo");
-        else if (instance.declaration().name == elementClass)
+        else if (instance.declaration().name == firmwareElementClass)
             firmware.push_back(propertyOf(instance, "SoftwareElementId"));
     }
 
@@ -70,22 +67,22 @@ std::vector<std::string> firmwareRemarks(const runResult& result) {
     for (const auto& query : result.queries) {
         for (const auto& name : query.classes) {
             askedDevices = askedDevices || isDeviceClass(name);
-            askedFirmware = askedFirmware || name == elementClass;
+            askedFirmware = askedFirmware || name == firmwareElementClass;
         }
-        if (query.classes.front() == associationClass) {
+        if (query.classes.front() == firmwareClass) {
             asked = true;
             askedTooEarly = askedTooEarly || (query.instances.empty() && !(askedDevices && askedFirmware));
         }
         for (const auto& instance : query.instances) {
             known.add(*instance);
-            if (instance->declaration().name == associationClass)
+            if (instance->declaration().name == firmwareClass)
                 associations.push_back(instance.get());
         }
     }
     if (askedTooEarly)
-        remarks.push_back(std::string(associationClass) +
+        remarks.push_back(std::string(firmwareClass) +
                           " ties together what earlier queries of the run have collected: ask for devices and " +
-                          std::string(elementClass) + " before it");
+                          std::string(firmwareElementClass) + " before it");
     if (!asked || askedTooEarly)
         return remarks;
     for (const auto* association : associations)

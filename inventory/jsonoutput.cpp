@@ -1,4 +1,4 @@
-#include "inventory/jsonoutput.h"
+#include "inventory/output.h"
 
 #include "minihost/cimcontent.h"
 #include "text/codepoints.h"

@@ -1,4 +1,4 @@
-#include "inventory/mofoutput.h"
+#include "inventory/output.h"
 
 #include "minihost/cimcontent.h"
 #include "minihost/typecheck.h"

@@ -1,6 +1,7 @@
-#include "inventory/prometheusoutput.h"
+#include "inventory/output.h"
 
 #include "inventory/instancetext.h"
+#include "plugin/cimnames.h"
 #include "text/codepoints.h"
 #include "text/escape.h"
 
@@ -15,7 +16,7 @@ using minihost::memoryInstance;
 namespace {
 
 bool isDevice(const memoryInstance& instance) {
-    return isKindOf(instance.declaration(), "KORVA_SysBusDevice") || instance.declaration().name == "KORVA_CDVDDevice";
+    return isKindOf(instance.declaration(), busDeviceClass) || instance.declaration().name == opticalDriveClass;
 }
 
 /// NAME="VALUE", with the three characters escaped that the format escapes.

@@ -1,9 +1,10 @@
-#include "inventory/tableoutput.h"
+#include "inventory/output.h"
 
 #include "device/peripheraltypes.h"
 #include "inventory/columns.h"
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
+#include "plugin/cimnames.h"
 #include "text/escape.h"
 
 #include <algorithm>
@@ -121,24 +122,24 @@ const std::map<std::string_view, section>& sections() {
         return columns;
     }();
     static const std::map<std::string_view, section> table{
-        {"KORVA_SysBusDevice", {"Bus devices", deviceColumns}},
-        {"KORVA_SCSIDevice", {"SCSI devices", deviceColumns}},
-        {"KORVA_SCSITapeDrive", {"SCSI tape drives", deviceColumns}},
-        {"KORVA_ATADevice", {"ATA devices", ideColumns}},
-        {"KORVA_CDVDDevice",
+        {busDeviceClass, {"Bus devices", deviceColumns}},
+        {scsiDeviceClass, {"SCSI devices", deviceColumns}},
+        {tapeDriveClass, {"SCSI tape drives", deviceColumns}},
+        {ataDeviceClass, {"ATA devices", ideColumns}},
+        {opticalDriveClass,
          {"Optical drives",
           {{"Drive", node("DeviceID")},
            {"Reads", abilityWords({{"CdRRead", "CD-R"}, {"CdRwRead", "CD-RW"}, {"DvdRomRead", "DVD"}})},
            {"Writes",
             abilityWords(
                 {{"CdRWrite", "CD-R"}, {"CdRwWrite", "CD-RW"}, {"DvdRWrite", "DVD-R"}, {"DvdRamWrite", "DVD-RAM"}})}}}},
-        {"KORVA_SysBusDeviceFirmwareElement",
+        {firmwareElementClass,
          {"Firmware elements",
           {{"Device identity", property("SoftwareElementId")},
            {"Kind", property("Name")},
            {"Vendor", property("Manufacturer")},
            {"Version", property("Version")}}}},
-        {"KORVA_SysBusDeviceFirmware",
+        {firmwareClass,
          {"Firmware of devices",
           {{"Device", deviceNode},
            {"Name", deviceName},
@@ -221,7 +222,7 @@ void writeTable(const runResult& result, const tableStyle& style, std::ostream& 
     bool first = true;
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
-            if (isKindOf(instance->declaration(), "KORVA_SysBusDevice"))
+            if (isKindOf(instance->declaration(), busDeviceClass))
                 devices.byId[propertyOf(*instance, "DeviceID")] = instance.get();
         }
         std::set<std::string> shown;

@@ -1,5 +1,7 @@
 #include "minihost/classtable.h"
 
+#include "plugin/cimnames.h"
+
 namespace minihost {
 
 namespace {
@@ -99,42 +101,42 @@ constexpr propertyDeclaration firmwareProperties[] = {
     {"Dependent", cimType::reference, key,
      "The device: the first instance whose OtherIdentifyingInfo is part of the address or path of the device "
      "found.",
-     "KORVA_SysBusDevice"},
+     busDeviceClass},
     {"Antecedent", cimType::reference, key,
      "The firmware: the first instance whose SoftwareElementId is part of the address or path of the device "
      "found.",
-     "KORVA_SysBusDeviceFirmwareElement"},
+     firmwareElementClass},
     {"Purpose", cimType::uint16, plain, "Always 6.", "", purposes},
     {"LoadedOnDevice", cimType::boolean, plain, "Always true."},
     {"UpgradeableOnDevice", cimType::boolean, plain, "Always true."},
 };
 
 constexpr classDeclaration table[] = {
-    {"KORVA_SysBusDevice", "", classKind::abstract,
+    {busDeviceClass, "", classKind::abstract,
      "A device on a SCSI or ATA bus. INQUIRY asks the /dev/sg nodes; IDENTIFY DEVICE asks the /dev/hd nodes, the "
      "/dev/sg nodes whose INQUIRY gives no vendor and, at the /dev/sd node of the same index, those whose vendor "
      "has ATA in it.",
      busDeviceProperties},
-    {"KORVA_SCSIDevice",
-     "KORVA_SysBusDevice",
+    {scsiDeviceClass,
+     busDeviceClass,
      classKind::concrete,
      "A device at a /dev/sg node; cartridge drives, with GoVault or RDX in their product, are left out where this "
      "class is requested first.",
      {}},
-    {"KORVA_SCSITapeDrive",
-     "KORVA_SysBusDevice",
+    {tapeDriveClass,
+     busDeviceClass,
      classKind::concrete,
      "A device at a /dev/sg node; where this class is requested first, a tape drive (INQUIRY device type 1) or a "
      "cartridge drive, with GoVault or RDX in its product.",
      {}},
-    {"KORVA_ATADevice", "KORVA_SysBusDevice", classKind::concrete, "A device at a /dev/hd node.", {}},
-    {"KORVA_CDVDDevice", "", classKind::concrete,
+    {ataDeviceClass, busDeviceClass, classKind::concrete, "A device at a /dev/hd node.", {}},
+    {opticalDriveClass, "", classKind::concrete,
      "An optical drive: a column of the table /proc/sys/dev/cdrom/info. A capability is the number in the drive's "
      "column of a line, and 0 where that is no number.",
      opticalDriveProperties},
-    {"KORVA_SysBusDeviceFirmwareElement", "", classKind::concrete, "The firmware of one device of KORVA_SysBusDevice.",
+    {firmwareElementClass, "", classKind::concrete, "The firmware of one device of KORVA_SysBusDevice.",
      firmwareElementProperties},
-    {"KORVA_SysBusDeviceFirmware", "", classKind::association,
+    {firmwareClass, "", classKind::association,
      "Ties a device to its firmware, for each device that is found and has instances of both from earlier "
      "requests.",
      firmwareProperties},

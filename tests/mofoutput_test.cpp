@@ -1,6 +1,4 @@
-#include "inventory/mofoutput.h"
-
-#include "inventory/jsonoutput.h"
+#include "inventory/output.h"
 #include "tests/mofreader.h"
 
 #include <gmock/gmock.h>

@@ -1,5 +1,5 @@
 #include "inventory/columns.h"
-#include "inventory/tableoutput.h"
+#include "inventory/output.h"
 #include "minihost/memorynamespace.h"
 
 #include <boost/make_shared.hpp>
