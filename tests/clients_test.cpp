@@ -2,24 +2,9 @@
 
 #include "tests/program.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <cstdlib>
-#include <string>
-#include <utility>
-#include <vector>
-
-using testing::AllOf;
-using testing::ContainsRegex;
-using testing::HasSubstr;
-using testing::Not;
-
-namespace {
 
 using Clients = Program;
-
-} // namespace
 
 TEST_F(Clients, IndependentClientsSeeTheSimulatedMachine) {
     const struct {

@@ -3,25 +3,8 @@
 #include "tests/mofreader.h"
 #include "tests/program.h"
 
-#include <nlohmann/json.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <ctime>
-#include <filesystem>
 #include <set>
-#include <string>
-#include <utility>
-
-namespace fs = std::filesystem;
-using testing::AllOf;
-using testing::ContainsRegex;
-using testing::EndsWith;
-using testing::Ge;
-using testing::HasSubstr;
-using testing::Le;
-using testing::Not;
 
 namespace {
 

@@ -1,7 +1,5 @@
 #include "tests/program.h"
 
-#include <nlohmann/json.hpp>
-
 #include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -11,8 +9,6 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
-
-namespace fs = std::filesystem;
 
 namespace {
 

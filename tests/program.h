@@ -1,12 +1,25 @@
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
+#include <nlohmann/json.hpp>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::AnyOf;
+using testing::ContainsRegex;
+using testing::EndsWith;
+using testing::Ge;
+using testing::HasSubstr;
+using testing::Le;
+using testing::Not;
+using testing::StartsWith;
 
 inline const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
 inline const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";
@@ -24,7 +37,7 @@ inline const std::string underSanitizers = "export ASAN_OPTIONS=verify_asan_link
 
 constexpr int anyInventory = -3; // the exit status of a complete one, or that of an incomplete one
 
-std::string contentOf(const std::filesystem::path& path);
+std::string contentOf(const fs::path& path);
 
 /// The log's part of what stands on standard error.
 std::string logLines(const std::string& errors);
@@ -57,8 +70,8 @@ protected:
     std::string output, errors;
 
 private:
-    std::filesystem::path work() const { return root_ / "work"; }
+    fs::path work() const { return root_ / "work"; }
     std::string script(std::string command, const std::string& started) const;
 
-    std::filesystem::path root_;
+    fs::path root_;
 };

@@ -2,19 +2,6 @@
 
 #include "tests/program.h"
 
-#include <nlohmann/json.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
-namespace fs = std::filesystem;
-using testing::EndsWith;
-using testing::HasSubstr;
-
 namespace {
 
 using Queries = Program;

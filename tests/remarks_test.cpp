@@ -2,19 +2,9 @@
 
 #include "tests/program.h"
 
-#include <nlohmann/json.hpp>
-
-#include <gtest/gtest.h>
-
 #include <unistd.h>
 
-#include <string>
-
-namespace {
-
 using Remarks = Program;
-
-} // namespace
 
 TEST_F(Remarks, SaysWhatItCouldNotSee) {
     const bool root = ::geteuid() == 0;

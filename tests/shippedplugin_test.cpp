@@ -2,20 +2,7 @@
 
 #include "tests/program.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
-
-namespace {
-
 using ShippedPlugin = Program;
-
-} // namespace
 
 TEST_F(ShippedPlugin, TakesALargeFileBuildOfThePlugin) {
     const std::string largeFilePlugin = TEST_DIRECTORY "/liblarge-file-plugin.so ";

@@ -2,20 +2,9 @@
 
 #include "tests/program.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <string>
-
-using testing::HasSubstr;
-using testing::Not;
-
-namespace {
 
 using Surroundings = Program;
-
-} // namespace
 
 TEST_F(Surroundings, ASignalEndsWithTheRunWhatItHasStarted) {
     const struct {
