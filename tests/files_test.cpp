@@ -45,19 +45,26 @@ TEST_F(Files, LeavesNothingBehindHoweverItEnds) {
     }
 }
 
+TEST_F(Files, WithoutRoomForTheUsbListingTheRestIsShown) {
+    run("(ulimit -f 0; %" + onRackServer + "2>&1; echo $?) | cat");
+    EXPECT_THAT(output, AllOf(HasSubstr("SCSI devices (KORVA_SCSIDevice): 9\n"),
+                              HasSubstr("\nthe USB listing could not be read: "), EndsWith("\n3\n")));
+}
+
 TEST_F(Files, TouchesNoOtherFilesThanItsOwn) {
     const struct {
         const char *why, *modprobe, *remark;
     } cases[] = {
-        {"a link to another directory in its place", "d=$PWD; mv $d ../../moved; ln -s ../victim $d",
-         " is not removed: it no longer has this name\n"},
-        {"another directory in its place", "d=$PWD; mv $d ../../moved2; mkdir $d", " is not removed: it no longer"},
-        {"a file of another's", "touch core", " is not removed: other files are in it\n"},
+        {"a link to another directory in its place", "d=$PWD; mv $d ../moved; ln -s ../victim $d",
+         " is not removed: Not a directory\n"},
+        {"another directory in its place", "d=$PWD; mv $d ../../moved; mkdir $d", " is not removed: No such file or"},
+        {"a file of another's", "touch core", " is not removed: Directory not empty\n"},
     };
     run("mkdir ../victim && touch ../victim/infousb.txt ../victim/file");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
-        run(withTool("modprobe", c.modprobe) + "% KORVA_SCSIDevice; ls -d scsidev-*; rm -r scsidev-*; ls ../victim");
+        run(withTool("modprobe", c.modprobe) +
+            "% KORVA_SCSIDevice; ls -d scsidev-*; rm -rf scsidev-* moved; ls ../victim");
         EXPECT_THAT(output, AllOf(HasSubstr("scsidev-inventory-"), EndsWith("\nfile\ninfousb.txt\n")));
         EXPECT_THAT(errors, HasSubstr(c.remark));
     }
