@@ -1,6 +1,7 @@
 // Reads a machine file; what was read is written and has to read back the same.
 
 #include "fuzz/input.h"
+#include "system/jsonplace.h"
 #include "system/machinefile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size) {

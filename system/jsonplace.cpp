@@ -1,9 +1,7 @@
 #include "system/jsonplace.h"
 
-#include "system/machinefile.h"
-
 #include <algorithm>
-#include <utility>
+#include <set>
 
 namespace sys {
 
@@ -57,95 +55,74 @@ std::string placeText(const std::vector<jsonStep>& steps) {
     return text.substr(0, longestPlace / 2) + "..." + text.substr(text.size() - longestPlace / 2);
 }
 
-/// Builds a document from what the parser reads, in place of json::parse(). That keeps only the last of two members of
-/// the same name, and where callbacks look for these, its time grows with the square of a list's length.
-class documentBuilder : public nlohmann::json_sax<json> {
+/// Refuses what json::parse() would take: more values than a machine file can need, and two members of the same name,
+/// of which it would keep the last. Its own callbacks could tell both, but they search all members of an object when
+/// one of them ends: 30000 nodes took 5 seconds and more.
+class documentCheck : public nlohmann::json_sax<json> {
 public:
-    explicit documentBuilder(jsonDocument& document) : document_(document) {}
+    explicit documentCheck(const std::string& file) : file_(file) {}
 
-    bool null() override { return add(nullptr); }
-    bool boolean(bool value) override { return add(value); }
-    bool number_integer(json::number_integer_t value) override { return add(value); }
-    bool number_unsigned(json::number_unsigned_t value) override { return add(value); }
-    bool number_float(json::number_float_t value, const std::string& /*text*/) override { return add(value); }
-    bool string(std::string& value) override { return add(std::move(value)); }
-    bool binary(json::binary_t& /*value*/) override { return false; } // not in JSON
-
-    bool start_object(std::size_t /*size*/) override { return open(json::object()); }
-    bool start_array(std::size_t /*size*/) override { return open(json::array()); }
-    bool end_object() override { return close(); }
-    bool end_array() override { return close(); }
-
-    bool key(std::string& name) override {
-        level& object = open_.back();
-        const auto [member, isNew] = object.value->get_ref<json::object_t&>().emplace(std::move(name), nullptr);
-        if (!isNew)
-            fail(placeText(stepsToOpenValue()) + ": the member " + quoted(member->first) + " stands twice");
-        object.name = &member->first;
-        object.target = &member->second;
-        return true;
+    bool null() override { return count(); }
+    bool boolean(bool /*value*/) override { return count(); }
+    bool number_integer(json::number_integer_t /*value*/) override { return count(); }
+    bool number_unsigned(json::number_unsigned_t /*value*/) override { return count(); }
+    bool number_float(json::number_float_t /*value*/, const std::string& /*text*/) override { return count(); }
+    bool string(std::string& /*value*/) override { return count(); }
+    bool binary(json::binary_t& /*value*/) override { return count(); }
+    bool start_array(std::size_t /*size*/) override { return count(); }
+    bool end_array() override { return true; }
+    bool start_object(std::size_t /*size*/) override {
+        open_.emplace_back();
+        return count();
     }
-
-    bool parse_error(std::size_t /*position*/, const std::string& /*lastRead*/, const json::exception& error) override {
-        const std::string message = error.what(); // begins with the parser's name for the error, in brackets
-        const std::size_t tag = message.find("] ");
-        fail("not a JSON document: " +
-             shortened(message.substr(tag == std::string::npos ? 0 : tag + 2), longestReason));
-    }
-
-private:
-    /// A list or an object whose end is not read yet.
-    struct level {
-        json* value;
-        const std::string* name = nullptr; // of the member that is being read; null in a list
-        json* target = nullptr;            // where the value of that member goes
-    };
-
-    json& put(json value) {
-        if (++values_ > mostValues)
-            fail("too many values, expected at most " + std::to_string(mostValues));
-        if (open_.empty())
-            return document_.value = std::move(value);
-        json& parent = *open_.back().value;
-        if (parent.is_array())
-            return parent.emplace_back(std::move(value));
-        return *open_.back().target = std::move(value);
-    }
-    bool add(json value) {
-        put(std::move(value));
-        return true;
-    }
-    bool open(json value) {
-        open_.push_back({&put(std::move(value))});
-        return true;
-    }
-    bool close() {
+    bool end_object() override {
         open_.pop_back();
         return true;
     }
+    bool key(std::string& name) override {
+        const auto [member, isNew] = open_.back().names.insert(name);
+        if (!isNew)
+            fail(placeText(stepsToOpenObject()) + ": the member " + quoted(*member) + " stands twice");
+        open_.back().last = &*member;
+        return true;
+    }
+    bool parse_error(std::size_t /*position*/, const std::string& /*lastRead*/, const json::exception& error) override {
+        const std::string message = error.what(); // begins with the parser's name for the error, in brackets
+        fail("not a JSON document: " + shortened(message.substr(message.find("] ") + 2), longestReason));
+    }
 
-    std::vector<jsonStep> stepsToOpenValue() const {
+private:
+    /// An object whose end is not read yet.
+    struct object {
+        std::set<std::string> names;       // of its members
+        const std::string* last = nullptr; // the name of the member that is being read
+    };
+
+    bool count() {
+        if (++values_ > mostValues)
+            fail("too many values, expected at most " + std::to_string(mostValues));
+        return true;
+    }
+    /// Without the elements of lists.
+    std::vector<jsonStep> stepsToOpenObject() const {
         std::vector<jsonStep> steps;
         for (std::size_t i = 0; i + 1 < open_.size(); ++i)
-            steps.push_back({open_[i].name, open_[i].name == nullptr ? open_[i].value->size() - 1 : 0});
+            steps.push_back({open_[i].last, 0});
         return steps;
     }
-    [[noreturn]] void fail(const std::string& message) const {
-        throw machineFileError(document_.file + ": " + message);
-    }
+    [[noreturn]] void fail(const std::string& message) const { throw machineFileError(file_ + ": " + message); }
 
-    jsonDocument& document_;
-    std::vector<level> open_;
+    const std::string& file_;
+    std::vector<object> open_;
     std::size_t values_ = 0;
 };
 
 } // namespace
 
 jsonDocument parseJson(const std::string& text, const std::string& file) {
-    jsonDocument document{file, nullptr};
-    documentBuilder builder(document);
-    json::sax_parse(text, &builder);
-    return document;
+    documentCheck check(file);
+    json::sax_parse(text, &check);
+    return {file, json::parse(text)};
 }
 
 void jsonPlace::failWith(const std::string& message) const {

@@ -6,10 +6,16 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace sys {
+
+/// A machine file that cannot be used. The text names the file, the place in it and what was expected there.
+class machineFileError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
 /// A JSON document, and the name of its file for errors.
 struct jsonDocument {

@@ -2,17 +2,12 @@
 
 #include "system/machineanswers.h"
 
-#include <stdexcept>
 #include <string>
 
 namespace sys {
 
-/// A machine file that cannot be used. The text names the file, the place in it and what was expected there.
-class machineFileError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
-/// Reads the machine file (JSON, docs/machine-files.md) at `path`, all of it checked.
+/// Reads the machine file (JSON, docs/machine-files.md) at `path`, all of it checked. Throws machineFileError
+/// (system/jsonplace.h).
 machineAnswers readMachineFile(const std::string& path);
 
 /// The same from a text; `name` stands for the file in errors.

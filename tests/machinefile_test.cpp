@@ -1,5 +1,6 @@
 #include "system/machinefile.h"
 
+#include "system/jsonplace.h"
 #include "system/kernel.h"
 #include "system/recorder.h"
 
@@ -47,7 +48,7 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {R"({"nam": "x"})", "file.json: the document: unknown member \"nam\", expected one of name, modprobe,"},
         {R"({"name": "a", "name": "b"})", "file.json: the document: the member \"name\" stands twice"},
         {R"({"x": [{}, {"a b": {"c": {"odd": 1, "y": 0, "odd": 2}}}]})",
-         "file.json: x[1][\"a b\"].c: the member \"odd\" stands twice"},
+         "file.json: x[\"a b\"].c: the member \"odd\" stands twice"},
         {R"({"name": "\u0100"})", "file.json: name: expected characters up to U+00FF, found \"\\u0100\""},
         {R"({"modprobe": 256})", "file.json: modprobe: expected a whole number from 0 to 255, found 256"},
         {R"({"modprobe": 1.5})",
