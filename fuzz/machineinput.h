@@ -28,7 +28,7 @@ inline void transfer(archive& stream, sys::scsiAnswer& answer) {
     transfer(stream, answer.error);
     stream.text(answer.data);
     stream.text(answer.sense);
-    stream.numbers(answer.status, answer.maskedStatus, answer.hostStatus, answer.driverStatus, answer.info);
+    eachStatus(answer, [&stream](const char* /*name*/, auto& number) { stream.numbers(number); });
 }
 
 inline void transfer(archive& stream, sys::driveAnswer& answer) {

@@ -71,6 +71,17 @@ struct scsiAnswer {
     std::optional<int> residual; ///< none: the part of the buffer that the data does not fill
 };
 
+/// Calls `visit` with the name and the value of each number that the driver reports beside data and sense. Whatever
+/// reads, writes or makes answers walks this list.
+template <typename ScsiAnswer, typename Visit>
+void eachStatus(ScsiAnswer& answer, Visit visit) {
+    visit("status", answer.status);
+    visit("maskedStatus", answer.maskedStatus);
+    visit("hostStatus", answer.hostStatus);
+    visit("driverStatus", answer.driverStatus);
+    visit("info", answer.info);
+}
+
 /// One HDIO request: an errno, or what the drive sent.
 struct driveAnswer {
     int error = 0; ///< errno; 0: the request succeeds

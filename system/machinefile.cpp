@@ -2,6 +2,7 @@
 
 #include "system/boundary.h"
 #include "system/jsonplace.h"
+#include "text/hex.h"
 
 #include <scsi/sg.h>
 
@@ -36,24 +37,14 @@ int errnoOf(const std::string& name) {
     return 0;
 }
 
-int digitOf(char c) {
-    constexpr const char* digits = "0123456789abcdef0123456789ABCDEF";
-    const char* const found = c == '\0' ? nullptr : std::strchr(digits, c);
-    return found == nullptr ? -1 : static_cast<int>((found - digits) % 16);
-}
-
 /// Bytes as pairs of hex digits; blanks between the pairs are allowed.
 bytes hexBytes(const jsonPlace& place) {
     std::string digits = place.text();
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    bytes result;
-    for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int high = digitOf(digits[i]), low = i + 1 < digits.size() ? digitOf(digits[i + 1]) : -1;
-        if (high < 0 || low < 0)
-            place.fail("pairs of hex digits");
-        result.push_back(static_cast<unsigned char>(high << 4 | low));
-    }
-    return result;
+    const auto result = text::bytesOfHex(digits);
+    if (!result)
+        place.fail("pairs of hex digits");
+    return *result;
 }
 
 /// {"text": T, "size": N}: T padded with blanks to N bytes. {"swapped": T, "size": N}: the same with the two bytes
@@ -65,8 +56,7 @@ bytes describedBytes(const jsonPlace& place) {
         place.fail("one of text, swapped and zeros");
     if (zeros) {
         place.allowMembers({"zeros"});
-        bytes result(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
-        return result;
+        return bytes(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
     }
     place.allowMembers({swapped ? "swapped" : "text", "size"});
     std::string text = (swapped ? swapped : plain)->text();
@@ -119,102 +109,93 @@ std::vector<std::string> textsAt(const jsonPlace& place) {
     return texts;
 }
 
-numberAnswer numberAt(const jsonPlace& place) { return {place.number<int>(), 0}; }
+// How the file spells the answers to requests that succeed. Each reads one and returns null, or else what it expected.
 
-addressAnswer addressAt(const jsonPlace& place) {
-    place.allowMembers({"host", "channel", "target", "lun", "type"});
-    const auto numberOf = [&place](const char* name) {
-        return place.member(name).number<int>();
-    };
-    addressAnswer address;
-    address.host = numberOf("host");
-    address.channel = numberOf("channel");
-    address.target = numberOf("target");
-    address.lun = numberOf("lun");
-    if (const auto type = place.find("type"))
-        address.type = type->number<int>();
-    return address;
+const char* readSuccess(const jsonPlace& place, openAnswer& /*answer*/) { return place.isTrue() ? nullptr : "true"; }
+
+const char* readSuccess(const jsonPlace& place, numberAnswer& answer) {
+    if (!place.isWholeNumber())
+        return "a whole number";
+    answer.value = place.number<int>();
+    return nullptr;
 }
 
-scsiAnswer scsiAt(const jsonPlace& place) {
-    place.allowMembers({"data", "sense", "status", "maskedStatus", "hostStatus", "driverStatus", "info", "residual"});
-    scsiAnswer answer;
+const char* readSuccess(const jsonPlace& place, addressAnswer& answer) {
+    if (!place.isObject())
+        return "an object";
+    place.allowMembers({"host", "channel", "target", "lun", "type"});
+    answer.host = place.member("host").number<int>();
+    answer.channel = place.member("channel").number<int>();
+    answer.target = place.member("target").number<int>();
+    answer.lun = place.member("lun").number<int>();
+    if (const auto type = place.find("type"))
+        answer.type = type->number<int>();
+    return nullptr;
+}
+
+/// Gives the statuses that the file leaves out the values that the kernel reports with the others.
+void completeStatuses(const jsonPlace& place, scsiAnswer& answer) {
+    const bool sensed = !answer.sense.empty();
+    if (!place.find("status"))
+        answer.status = sensed ? checkCondition : 0;
+    if (!place.find("maskedStatus"))
+        answer.maskedStatus = answer.status >> 1 & statusMask;
+    if (!place.find("driverStatus"))
+        answer.driverStatus = sensed ? driverSense : 0;
+    const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
+    if (!place.find("info"))
+        answer.info = check ? SG_INFO_CHECK : SG_INFO_OK;
+}
+
+const char* readSuccess(const jsonPlace& place, scsiAnswer& answer) {
+    if (!place.isObject())
+        return "an object";
+    std::vector<const char*> names{"data", "sense"};
+    eachStatus(answer, [&names](const char* name, auto /*number*/) { names.push_back(name); });
+    names.push_back("residual");
+    place.allowMembers(names);
     if (const auto data = place.find("data"))
         answer.data = bytesAt(*data);
     if (const auto sense = place.find("sense"))
         answer.sense = bytesAt(*sense);
-    const auto replaceIfGiven = [&place](auto& number, const char* name) {
+    eachStatus(answer, [&place](const char* name, auto& number) {
         if (const auto found = place.find(name))
             number = found->number<std::decay_t<decltype(number)>>();
-    };
-    const bool sensed = !answer.sense.empty();
-    answer.status = sensed ? checkCondition : 0;
-    replaceIfGiven(answer.status, "status");
-    answer.maskedStatus = answer.status >> 1 & statusMask;
-    replaceIfGiven(answer.maskedStatus, "maskedStatus");
-    replaceIfGiven(answer.hostStatus, "hostStatus");
-    answer.driverStatus = sensed ? driverSense : 0;
-    replaceIfGiven(answer.driverStatus, "driverStatus");
-    const bool check = answer.maskedStatus != 0 || answer.hostStatus != 0 || answer.driverStatus != 0;
-    answer.info = check ? SG_INFO_CHECK : SG_INFO_OK;
-    replaceIfGiven(answer.info, "info");
+    });
+    completeStatuses(place, answer);
     if (const auto residual = place.find("residual"))
         answer.residual = residual->number<int>();
+    return nullptr;
+}
+
+const char* readSuccess(const jsonPlace& place, driveAnswer& answer) {
+    if (!place.isObject())
+        return "an object";
+    place.allowMembers({"data"});
+    answer.data = bytesAt(place.member("data"));
+    return nullptr;
+}
+
+template <typename Answer>
+Answer answerAt(const jsonPlace& place, const char* otherwise) {
+    Answer answer;
+    if (const char* const expected = readSuccess(place, answer)) {
+        answer.error = place.isText() ? errnoOf(place.text()) : 0;
+        if (answer.error == 0)
+            place.fail(expected + std::string(otherwise));
+    }
     return answer;
 }
 
-driveAnswer driveAt(const jsonPlace& place) {
-    place.allowMembers({"data"});
-    return {0, bytesAt(place.member("data"))};
-}
-
-/// How the file spells the answer to a request that succeeds.
-template <typename Answer>
-struct spelling {
-    const char* expected;
-    bool (jsonPlace::*fits)() const;
-    Answer (*read)(const jsonPlace&);
-};
-
-spelling<openAnswer> spellingOf(const answerList<openAnswer>& /*answers*/) {
-    return {"true", &jsonPlace::isTrue, [](const jsonPlace& /*place*/) {
-                return openAnswer();
-            }};
-}
-spelling<numberAnswer> spellingOf(const answerList<numberAnswer>& /*answers*/) {
-    return {"a whole number", &jsonPlace::isWholeNumber, numberAt};
-}
-spelling<addressAnswer> spellingOf(const answerList<addressAnswer>& /*answers*/) {
-    return {"an object", &jsonPlace::isObject, addressAt};
-}
-spelling<scsiAnswer> spellingOf(const answerList<scsiAnswer>& /*answers*/) {
-    return {"an object", &jsonPlace::isObject, scsiAt};
-}
-spelling<driveAnswer> spellingOf(const answerList<driveAnswer>& /*answers*/) {
-    return {"an object", &jsonPlace::isObject, driveAt};
-}
-
-template <typename Answer>
-Answer answerAt(const jsonPlace& place, const spelling<Answer>& plain, const char* otherwise) {
-    if ((place.*plain.fits)())
-        return plain.read(place);
-    Answer failure;
-    failure.error = place.isText() ? errnoOf(place.text()) : 0;
-    if (failure.error == 0)
-        place.fail(plain.expected + std::string(otherwise));
-    return failure;
-}
-
 /// One answer, or a list of answers to be used in turn.
-template <typename Answers>
-void readAnswers(const jsonPlace& place, Answers& target) {
-    const auto plain = spellingOf(target);
+template <typename Answer>
+void readAnswers(const jsonPlace& place, answerList<Answer>& target) {
     if (!place.isList()) {
-        target.add(answerAt(place, plain, ", the name of an error such as \"EIO\", or a list of answers"));
+        target.add(answerAt<Answer>(place, ", the name of an error such as \"EIO\", or a list of answers"));
         return;
     }
-    place.forEachElement("a list of answers", [&](const jsonPlace& element) {
-        target.add(answerAt(element, plain, ", or the name of an error such as \"EIO\""));
+    place.forEachElement("a list of answers", [&target](const jsonPlace& element) {
+        target.add(answerAt<Answer>(element, ", or the name of an error such as \"EIO\""));
     });
     if (target.empty())
         place.fail("at least one answer");

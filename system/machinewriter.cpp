@@ -2,6 +2,7 @@
 
 #include "text/codepoints.h"
 #include "text/errorname.h"
+#include "text/hex.h"
 
 #include <nlohmann/json.hpp>
 
@@ -18,14 +19,6 @@ namespace {
 
 /// An unknown errno is written as one that is known, so that the file can be read.
 json errorToJson(int error) { return ::strerrorname_np(error) == nullptr ? "EIO" : text::errorName(error); }
-
-json hexToJson(const bytes& data) {
-    constexpr const char* digits = "0123456789abcdef";
-    std::string text;
-    for (const unsigned char byte : data)
-        text.append(1, digits[byte >> 4]).append(1, digits[byte & 0x0F]);
-    return text;
-}
 
 /// A text of whole lines as a list of them.
 json linesToJson(const std::string& text) {
@@ -53,24 +46,19 @@ json successToJson(const addressAnswer& answer) {
 }
 
 json successToJson(const scsiAnswer& answer) {
-    json members{{"data", hexToJson(answer.data)}};
+    json members{{"data", text::hexDigits(answer.data)}};
+    bool isPlain = answer.sense.empty();
+    eachStatus(answer, [&isPlain](const char* /*name*/, auto number) { isPlain = isPlain && number == 0; });
     if (!answer.sense.empty())
-        members["sense"] = hexToJson(answer.sense);
-    const bool isPlain = answer.status == 0 && answer.maskedStatus == 0 && answer.hostStatus == 0 &&
-                         answer.driverStatus == 0 && answer.info == 0 && answer.sense.empty();
-    if (!isPlain) {
-        members["status"] = answer.status;
-        members["maskedStatus"] = answer.maskedStatus;
-        members["hostStatus"] = answer.hostStatus;
-        members["driverStatus"] = answer.driverStatus;
-        members["info"] = answer.info;
-    }
+        members["sense"] = text::hexDigits(answer.sense);
+    if (!isPlain)
+        eachStatus(answer, [&members](const char* name, auto number) { members[name] = number; });
     if (answer.residual.value_or(0) != 0)
         members["residual"] = *answer.residual;
     return members;
 }
 
-json successToJson(const driveAnswer& answer) { return {{"data", hexToJson(answer.data)}}; }
+json successToJson(const driveAnswer& answer) { return {{"data", text::hexDigits(answer.data)}}; }
 
 /// A list of answers, or the only answer; null for none. Leaves out answers at the end that repeat the one before.
 json withoutRepeatedEnd(json list) {
@@ -132,8 +120,7 @@ std::string machineFileText(const machineAnswers& recorded) {
     auto& nodes = (document["nodes"] = json::object()).get_ref<json::object_t&>();
     for (const auto& [path, node] : recorded.nodes) {
         if (wasEverThere(node))
-            nodes.emplace_back(bytesAsCodePoints(path),
-                               nodeToJson(node)); // operator[] would search all nodes before it
+            nodes.emplace_back(bytesAsCodePoints(path), nodeToJson(node)); // [] would search all nodes before it
     }
     return document.dump(2, ' ', true) + '\n';
 }

@@ -1,5 +1,7 @@
 #include "text/escape.h"
 
+#include "text/hex.h"
+
 #include <algorithm>
 
 namespace text {
@@ -7,13 +9,6 @@ namespace text {
 namespace {
 
 bool isPrintable(char c) { return c >= 0x20 && c <= 0x7E; }
-
-/// The byte as two hex digits.
-std::string hex(char c) {
-    constexpr const char* digits = "0123456789abcdef";
-    const auto byte = static_cast<unsigned char>(c);
-    return {digits[byte >> 4], digits[byte & 0x0F]};
-}
 
 } // namespace
 
@@ -33,7 +28,7 @@ std::string escaped(const std::string& text) {
         else if (isPrintable(c))
             result += c;
         else
-            result += "\\x" + hex(c);
+            result += "\\x" + hexDigits(std::string(1, c));
     }
     return result;
 }
@@ -46,7 +41,7 @@ std::string mofQuoted(const std::string& text) {
         else if (isPrintable(c))
             result += c;
         else
-            result += "\\x00" + hex(c);
+            result += "\\x00" + hexDigits(std::string(1, c));
     }
     return result + '"';
 }
