@@ -56,7 +56,8 @@ bytes describedBytes(const jsonPlace& place) {
         place.fail("one of text, swapped and zeros");
     if (zeros) {
         place.allowMembers({"zeros"});
-        return bytes(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
+        bytes result(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
+        return result;
     }
     place.allowMembers({swapped ? "swapped" : "text", "size"});
     std::string text = (swapped ? swapped : plain)->text();
