@@ -2,7 +2,7 @@
 
 install(TARGETS scsidev-inventory RUNTIME)
 # The program's own libraries, which it finds from where it stands itself.
-install(TARGETS scsidev-plugin scsidev-simulator LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${SCSIDEV_DIRECTORY})
+install(TARGETS scsidev-plugin LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${SCSIDEV_DIRECTORY})
 
 # The host contract: #include "plugin/host/..." with include/scsidev in the search path.
 install(DIRECTORY plugin/host DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scsidev/plugin FILES_MATCHING PATTERN *.h)

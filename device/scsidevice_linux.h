@@ -7,6 +7,9 @@
 constexpr unsigned char BusTypeScsi = 0;
 constexpr unsigned char BusTypeAta = 1;
 
+/// How many nodes of a family a walk looks at, from index 0.
+constexpr int nodesPerFamily = 32;
+
 /// A failed command of the device layer.
 class scsiException : public std::exception {
 public:

@@ -9,31 +9,25 @@
 #include "inventory/output.h"
 #include "minihost/memorynamespace.h"
 #include "minihost/minihost.h"
-#include "plugin/host/osspecific.h"
 #include "plugin/scsidev_linux.h"
 #include "system/anonymize.h"
-#include "system/kernel.h"
+#include "system/clibrary.h"
 #include "system/machinefile.h"
-#include "system/recorder.h"
+#include "system/recordedmachine.h"
+#include "system/replayedmachine.h"
 
 #include <algorithm>
 #include <iterator>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
+#include <thread>
 #include <utility>
-
-using NHALDEN20::TOSSpecific;
 
 namespace {
 
 /// The queries of a run, each a list of classes.
 using queryList = std::vector<std::vector<std::string>>;
-
-// For each thread its own: libFuzzer has a thread that watches the memory, whose sleeps must be real.
-thread_local sys::kernel* installed = nullptr;
-
-thread_local sys::recorder* watching = nullptr;
 
 /// What of the host fails, and when. A query asks it for log lines, classes and services.
 struct hostFault {
@@ -53,6 +47,28 @@ struct hostFault {
 
 hostFault fault;
 
+/// A machine whose services fail. libFuzzer has a thread that watches the memory: its sleeps are real.
+class faultyServices : public sys::layer {
+public:
+    using layer::layer;
+
+    unsigned sleep(unsigned seconds) override {
+        return std::this_thread::get_id() == asking_ ? layer::sleep(seconds) : sys::cLibrary::sleep(seconds);
+    }
+    std::string hostName() override {
+        fault.count();
+        return layer::hostName();
+    }
+    sys::serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
+                             std::chrono::seconds limit) override {
+        fault.count();
+        return layer::spawn(command, arguments, limit);
+    }
+
+private:
+    std::thread::id asking_ = std::this_thread::get_id();
+};
+
 class faultyNamespace : public minihost::memoryNamespace {
 public:
     boost::shared_ptr<NHALDEN20::ICIMClass> GetClass(std::string name, NHALDEN20::TContext context) override {
@@ -64,13 +80,19 @@ public:
 /// A plug-in object on a machine, and the host that it sees.
 class pluginRun {
 public:
-    explicit pluginRun(const sys::machineAnswers& machine) {
+    enum class walks { each, onlyTheFirst };
+
+    explicit pluginRun(const sys::machineAnswers& machine, walks asked = walks::each)
+        : simulated_(machine), services_(simulated_), recorded_(services_), replayed_(recorded_, recorded_) {
+        if (asked == walks::onlyTheFirst)
+            machine_ = &replayed_;
         auto& registered = minihost::registeredPlugins();
         for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
         plugin_ = new TScsidevPluginCallbacks; // which registers itself
         registered.clear();
-        continueOn(machine);
+        const sys::machineInUse inUse(*machine_);
+        takeLog();
         plugin_->Init();
     }
     ~pluginRun() {
@@ -78,20 +100,15 @@ public:
         plugin_->GetBusDevice(none, ns_.handle()); // frees the records of a pass that ended early; unloading does not
         plugin_->PrepareForUnload();
         minihost::setLogSink(nullptr);
-        installed = nullptr;
     }
     pluginRun(const pluginRun&) = delete;
     pluginRun& operator=(const pluginRun&) = delete;
 
-    sys::kernel& kernel() { return *kernel_; }
+    sys::machineAnswers& machine() { return simulated_.answers(); }
+    sys::machineAnswers recording() { return recorded_.wholeMachine(); }
+    sys::machine& asked() { return *machine_; }
     TScsidevPluginCallbacks& plugin() { return *plugin_; }
     const std::vector<boost::shared_ptr<minihost::memoryInstance>>& instances() const { return ns_.instances(); }
-
-    /// The plug-in is on this machine from now on.
-    void continueOn(const sys::machineAnswers& machine) {
-        kernel_.emplace(machine);
-        becomeCurrent();
-    }
 
     /// Runs one query and returns how many instances were committed.
     std::size_t query(const std::vector<std::string>& classNames) {
@@ -99,9 +116,10 @@ public:
         TScsidevPluginCallbacks::classList requested;
         for (const auto& name : classNames)
             requested.push_back(ns_.memoryNamespace::GetClass(name, {}));
-        becomeCurrent();
+        const sys::machineInUse inUse(*machine_);
+        takeLog();
         plugin_->GetData(ns_.handle(), requested);
-        fuzz::require(kernel_->openDescriptors() == 0, "every node is closed again");
+        requireClosedNodes();
         return instances().size() - before;
     }
 
@@ -121,6 +139,8 @@ public:
 
     void forgetLog() { log_.str(""); }
 
+    void requireClosedNodes() const { fuzz::require(simulated_.openDescriptors() == 0, "every node is closed again"); }
+
     /// The classes of the instances, without drives: a table of these that no kernel writes does not stay in a
     /// recording that is made anonymous.
     std::vector<std::string_view> classes() const {
@@ -133,15 +153,18 @@ public:
     }
 
 private:
-    void becomeCurrent() {
-        installed = &*kernel_;
+    void takeLog() {
         minihost::setLogSink([this](int level, const std::string& text) {
             fault.count();
             log_ << level << ' ' << text << '\n';
         });
     }
 
-    std::optional<sys::kernel> kernel_;
+    sys::simulatedMachine simulated_;
+    faultyServices services_;
+    sys::recordedMachine recorded_;
+    sys::replayedMachine replayed_;
+    sys::machine* machine_ = &recorded_;
     faultyNamespace ns_;
     std::ostringstream log_;
     TScsidevPluginCallbacks* plugin_;
@@ -154,7 +177,7 @@ void checkDrives(pluginRun& run) {
     for (std::size_t i = run.instances().size() - drives; i < run.instances().size(); ++i) {
         const std::string name = *run.instances()[i]->find("Name");
         fuzz::require(name.find('/') == std::string::npos, "a drive's name is a bare one");
-        for (const auto& path : run.kernel().model().virtualDevices[1])
+        for (const auto& path : run.machine().virtualDevices[sys::virtualOpticalDrive])
             fuzz::require(path.find(name) == std::string::npos, "virtual drives are left out");
     }
 }
@@ -162,17 +185,9 @@ void checkDrives(pluginRun& run) {
 /// Runs the queries, then some more, and requires what holds on any machine. A recording of them that was written and
 /// read shows a host the same, an anonymous one the same devices.
 void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
-    sys::recorder recorder;
-    watching = &recorder;
     pluginRun run(machine);
     run.queryAll(queries);
-    watching = nullptr;
-    sys::machineAnswers recorded = recorder.recorded();
-    // These three reach the plug-in through the host's services, which the recorder does not see.
-    recorded.name = machine.name;
-    recorded.opticalTable = machine.opticalTable;
-    for (const int kind : {0, 1})
-        recorded.virtualDevices[kind] = machine.virtualDevices[kind];
+    const sys::machineAnswers recorded = run.recording();
 
     pluginRun replay(sys::parseMachine(sys::machineFileText(recorded), "recording"));
     replay.queryAll(queries);
@@ -182,7 +197,7 @@ void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
     fuzz::require(anonymous.classes() == run.classes(), "an anonymous machine has the same devices");
 
     checkDrives(run);
-    run.kernel().model().nodes.clear();
+    run.machine().nodes.clear();
     const std::vector<std::string> elementsOnly{"KORVA_SysBusDeviceFirmwareElement"};
     run.query(elementsOnly);
     fuzz::require(run.query(elementsOnly) == 0, "a query consumes the records of those before it");
@@ -192,17 +207,8 @@ void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
 void checkOneWalk(const sys::machineAnswers& steady, const queryList& queries) {
     pluginRun askingAgain(steady);
     askingAgain.queryAll(queries);
-    sys::recorder recorder(sys::recorder::keeps::answers);
-    watching = &recorder;
-    pluginRun walkingOnce(steady);
-    for (const auto& names : queries) {
-        if (watching != nullptr && recorder.sawDevices()) {
-            watching = nullptr;
-            walkingOnce.continueOn(recorder.walkedAgain(steady));
-        }
-        walkingOnce.query(names);
-    }
-    watching = nullptr;
+    pluginRun walkingOnce(steady, pluginRun::walks::onlyTheFirst);
+    walkingOnce.queryAll(queries);
     fuzz::require(walkingOnce.seen() == askingAgain.seen(), "one walk shows the same as several");
 }
 
@@ -244,6 +250,7 @@ bool answers(int fd, unsigned char (&command)[7], int size,
 /// does not send.
 void checkIdentification(const sys::machineAnswers& steady) {
     pluginRun run(steady);
+    const sys::machineInUse inUse(run.asked());
     for (const char* family : {"/dev/sg", "/dev/hd", "/dev/sd"}) {
         for (const int index : {0, 1, 2, 3, 4, 25, 26}) {
             scsiDevice device;
@@ -262,7 +269,7 @@ void checkIdentification(const sys::machineAnswers& steady) {
             scsiPassThrough().execSCSICommand(&device, serialInquiry, inquiryCommandLength);
         }
     }
-    fuzz::require(run.kernel().openDescriptors() == 0, "a device closes its node");
+    run.requireClosedNodes();
 }
 
 /// The machine with the first answer of each kind alone.
@@ -285,29 +292,6 @@ queryList namedQueries(const std::vector<std::vector<std::uint8_t>>& positions) 
 }
 
 } // namespace
-
-sys::kernel* sys::activeKernel() { return installed; }
-sys::recorder* sys::activeRecorder() { return watching; }
-
-// The host's services. The machine answers them: no process is started and no file is read.
-
-std::string TOSSpecific::CaptureFile(std::string /*path*/) { return installed->model().usbListing; }
-
-std::string TOSSpecific::SpawnProcess(std::string /*command*/, std::vector<std::string> /*arguments*/,
-                                      int /*timeout*/) {
-    fault.count();
-    return *installed->model().opticalTable;
-}
-
-std::string TOSSpecific::GetMachineName() {
-    fault.count();
-    return installed->model().name;
-}
-
-bool TOSSpecific::getOrvexVirtualDevices(int kind, std::vector<std::string>& list, bool /*flag*/) {
-    list = installed->model().virtualDevices[kind];
-    return true;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     fuzz::archive input(bytes, size);

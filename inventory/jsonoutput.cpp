@@ -31,7 +31,7 @@ struct valueToJson {
     }
 };
 
-json kernelNamesToJson(const kernelNames& known) {
+json kernelNamesToJson(const sys::kernelNames& known) {
     json result;
     result["names"] = json::array();
     for (const auto& name : known.names)
@@ -41,7 +41,7 @@ json kernelNamesToJson(const kernelNames& known) {
     return result;
 }
 
-json instanceToJson(const minihost::memoryInstance& instance, const kernelNameMap& kernelNames) {
+json instanceToJson(const minihost::memoryInstance& instance, const sys::kernelNameMap& kernelNames) {
     json properties = json::object();
     for (const auto& [name, value] : instance.properties())
         properties[bytesAsCodePoints(name)] = std::visit(valueToJson(), value.Content().value);
@@ -53,7 +53,7 @@ json instanceToJson(const minihost::memoryInstance& instance, const kernelNameMa
     return result;
 }
 
-json queryToJson(const queryResult& query, const kernelNameMap& kernelNames) {
+json queryToJson(const queryResult& query, const sys::kernelNameMap& kernelNames) {
     json instances = json::array();
     for (const auto& instance : query.instances)
         instances.push_back(instanceToJson(*instance, kernelNames));
@@ -67,11 +67,11 @@ json queryToJson(const queryResult& query, const kernelNameMap& kernelNames) {
 
 json nodesToJson(const coverage& seen) {
     json refused = json::array(), silent = json::array();
-    for (const auto& node : seen.refused)
+    for (const auto& node : seen.nodes.refused)
         refused.push_back({{"node", bytesAsCodePoints(node.path)}, {"error", node.why}});
-    for (const auto& node : seen.silent)
+    for (const auto& node : seen.nodes.silent)
         silent.push_back(bytesAsCodePoints(node.path));
-    return {{"present", seen.nodesPresent}, {"refused", std::move(refused)}, {"silent", std::move(silent)}};
+    return {{"present", seen.nodes.present}, {"refused", std::move(refused)}, {"silent", std::move(silent)}};
 }
 
 /// The remarks, and of the log what tells of failures.

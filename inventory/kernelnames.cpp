@@ -9,12 +9,12 @@ std::string nodeOf(const minihost::memoryInstance& instance) {
     return node == nullptr ? "" : minihost::valueText(*node);
 }
 
-const kernelNames* findKernelNames(const kernelNameMap& known, const minihost::memoryInstance& instance) {
+const sys::kernelNames* findKernelNames(const sys::kernelNameMap& known, const minihost::memoryInstance& instance) {
     const auto found = known.find(nodeOf(instance));
     return found == known.end() ? nullptr : &found->second;
 }
 
-std::string kernelNameText(const kernelNameMap& known, const minihost::memoryInstance& instance) {
+std::string kernelNameText(const sys::kernelNameMap& known, const minihost::memoryInstance& instance) {
     std::string names;
     if (const auto* const found = findKernelNames(known, instance)) {
         for (const auto& name : found->names)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "system/machineanswers.h"
+
 #include <string>
 #include <vector>
 
@@ -13,8 +15,8 @@ struct runOptions {
     outputFormat format = outputFormat::table;
     bool allProperties = false; ///< of each instance, in a table
     int logLevel = 1;
-    std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
-    std::string machineFile;                    ///< empty: this machine
+    sys::virtualDeviceLists virtualDevices; ///< named on the command line
+    std::string machineFile;                ///< empty: this machine
     std::string plugin;
     std::string pluginPath;       ///< the same, absolute: it is loaded from the run's own working directory
     std::string outputFile;       ///< empty: standard output

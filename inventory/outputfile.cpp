@@ -1,6 +1,6 @@
 #include "inventory/outputfile.h"
 
-#include "minihost/heldsignals.h"
+#include "system/heldsignals.h"
 
 #include <fcntl.h>
 #include <linux/limits.h>
@@ -117,7 +117,7 @@ mode_t handOnAccess(const std::string& path, const struct stat& before, int made
 outputFile::outputFile(std::string path, existing file, mode_t mode)
     : path_(std::move(path)), directory_(directoryOf(path_)), existing_(file), mode_(mode) {
     lookAtExisting();
-    const minihost::heldSignals untilItIsGone;
+    const sys::heldSignals untilItIsGone;
     const newFile trial(directory_);
     if (trial.fd() == -1)
         failToWrite();
@@ -147,7 +147,7 @@ std::optional<struct stat> outputFile::lookAtExisting() const {
 }
 
 void outputFile::write(const std::string& content) const {
-    const minihost::heldSignals untilItHasItsName;
+    const sys::heldSignals untilItHasItsName;
     newFile made(directory_);
     if (made.fd() == -1)
         failToWrite();

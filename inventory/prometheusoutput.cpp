@@ -33,7 +33,7 @@ std::string label(const std::string& name, const std::string& value, bool forTer
     return result + '"';
 }
 
-std::string labelsOf(const memoryInstance& device, const kernelNameMap& kernelNames, bool forTerminal) {
+std::string labelsOf(const memoryInstance& device, const sys::kernelNameMap& kernelNames, bool forTerminal) {
     const std::pair<const char*, std::string> values[] = {
         {"class", std::string(device.declaration().name)}, {"device", propertyOf(device, "DeviceID")},
         {"kernel", kernelNameText(kernelNames, device)},   {"vendor", propertyOf(device, "VendorID")},
@@ -76,10 +76,10 @@ void writePrometheus(const runResult& result, bool forTerminal, std::ostream& ou
     };
     write("scsidev_collection_complete", "Whether the inventory is complete: 1, or 0 where something stayed unseen.",
           result.isComplete() ? 1 : 0);
-    write("scsidev_nodes_present", "Device nodes that opened or refused to.", result.seen.nodesPresent);
-    write("scsidev_nodes_refused", "Device nodes that did not open.", result.seen.refused.size());
+    write("scsidev_nodes_present", "Device nodes that opened or refused to.", result.seen.nodes.present);
+    write("scsidev_nodes_refused", "Device nodes that did not open.", result.seen.nodes.refused.size());
     write("scsidev_nodes_silent", "Device nodes that opened and did not identify themselves.",
-          result.seen.silent.size());
+          result.seen.nodes.silent.size());
     write("scsidev_collection_timestamp_seconds", "When the collection ended, in seconds since 1970.", result.endedAt);
 }
 

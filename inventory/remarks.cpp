@@ -1,5 +1,6 @@
 #include "inventory/remarks.h"
 
+#include "device/scsidevice_linux.h"
 #include "inventory/firmwareremarks.h"
 
 #include <unistd.h>
@@ -35,11 +36,11 @@ std::string shortList(const texts& list) {
 }
 
 /// "2 of 3 device nodes", what happened to them, and which they are.
-std::string nodesText(const std::vector<nodeFailure>& nodes, const coverage& seen, const std::string& what) {
+std::string nodesText(const std::vector<sys::nodeFailure>& nodes, const coverage& seen, const std::string& what) {
     texts names;
     for (const auto& node : nodes)
         names.push_back(node.path + (node.why.empty() ? "" : " (" + node.why + ')'));
-    return std::to_string(nodes.size()) + " of " + std::to_string(seen.nodesPresent) + ' ' + what + ": " +
+    return std::to_string(nodes.size()) + " of " + std::to_string(seen.nodes.present) + ' ' + what + ": " +
            shortList(names);
 }
 
@@ -49,8 +50,8 @@ std::string forRoot(const std::string& remark) {
 }
 
 void remarkOnRefusals(const coverage& seen, texts& remarks) {
-    std::vector<nodeFailure> forbidden, failing;
-    for (const auto& node : seen.refused)
+    std::vector<sys::nodeFailure> forbidden, failing;
+    for (const auto& node : seen.nodes.refused)
         (node.why == "EACCES" || node.why == "EPERM" ? forbidden : failing).push_back(node);
     const char* const what = "device nodes could not be opened";
     if (!forbidden.empty())
@@ -68,13 +69,13 @@ void remarkOnDriver(const runResult& result, texts& remarks) {
 }
 
 void remarkOnUnseen(const coverage& seen, texts& remarks) {
-    if (!seen.silent.empty())
-        remarks.push_back(nodesText(seen.silent, seen,
-                                    seen.silent.size() == 1 ? "nodes opened but did not identify itself"
-                                                            : "nodes opened but did not identify themselves"));
+    if (!seen.nodes.silent.empty())
+        remarks.push_back(nodesText(seen.nodes.silent, seen,
+                                    seen.nodes.silent.size() == 1 ? "nodes opened but did not identify itself"
+                                                                  : "nodes opened but did not identify themselves"));
     if (!seen.beyond.empty())
-        remarks.push_back("sg nodes beyond /dev/sg31, the last that is looked at, are not shown: " +
-                          shortList(seen.beyond));
+        remarks.push_back("sg nodes beyond /dev/sg" + std::to_string(nodesPerFamily - 1) +
+                          ", the last that is looked at, are not shown: " + shortList(seen.beyond));
     remarks.insert(remarks.end(), seen.unread.begin(), seen.unread.end());
 }
 
@@ -82,7 +83,7 @@ void remarkOnUnseen(const coverage& seen, texts& remarks) {
 /// disk's.
 void remarkOnForeignWords(const runResult& result, texts& remarks) {
     texts disks;
-    for (const auto& [node, askedAt] : result.seen.askedElsewhere) {
+    for (const auto& [node, askedAt] : result.seen.nodes.askedElsewhere) {
         const auto known = result.kernelNames.find(node);
         if (known == result.kernelNames.end() || known->second.names.empty())
             continue;
@@ -100,7 +101,7 @@ void remarkOnForeignWords(const runResult& result, texts& remarks) {
 /// Was the machine looked at, and has none?
 bool hasNoDevices(const runResult& result) {
     const coverage& seen = result.seen;
-    return seen.walked && seen.driverStatus == 0 && seen.nodesPresent == 0 && result.instanceCount() == 0 &&
+    return seen.walked && seen.driverStatus == 0 && seen.nodes.present == 0 && result.instanceCount() == 0 &&
            !result.error;
 }
 

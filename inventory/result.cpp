@@ -17,7 +17,7 @@ bool runResult::isComplete() const {
     const bool stepFailed = std::any_of(all.begin(), all.end(), [](const message& each) {
         return each.from == message::plugin && each.level == failure;
     });
-    return !error && !stepFailed && seen.driverStatus == 0 && seen.refused.empty() && seen.silent.empty() &&
+    return !error && !stepFailed && seen.driverStatus == 0 && seen.nodes.refused.empty() && seen.nodes.silent.empty() &&
            seen.beyond.empty() && seen.unread.empty();
 }
 

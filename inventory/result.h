@@ -3,12 +3,12 @@
 #include "inventory/kernelnames.h"
 #include "inventory/messages.h"
 #include "minihost/memorynamespace.h"
+#include "system/watchedmachine.h"
 
 #include <cstddef>
 #include <ctime>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace inventory {
@@ -20,20 +20,11 @@ struct queryResult {
     std::optional<std::string> error; ///< the text of the exception that escaped from it
 };
 
-/// A device node and what went wrong there: the name of an errno, or a request and why it failed; "" if unknown.
-struct nodeFailure {
-    std::string path;
-    std::string why;
-};
-
 /// What a run saw of the machine, and what it could not see.
 struct coverage {
-    bool walked = false;                                             ///< the device nodes were looked for
-    std::size_t nodesPresent = 0;                                    ///< nodes that opened or refused to
-    std::vector<nodeFailure> refused;                                ///< that did not open
-    std::vector<nodeFailure> silent;                                 ///< that opened and did not identify themselves
-    std::vector<std::pair<std::string, std::string>> askedElsewhere; ///< sg nodes, and the nodes of their disks' words
-    std::vector<std::string> beyond;                                 ///< sg nodes behind the last that is looked at
+    bool walked = false; ///< the device nodes were looked for
+    sys::nodeReport nodes;
+    std::vector<std::string> beyond; ///< sg nodes behind the last that is looked at
     int driverStatus = 0;            ///< exit status of loading the sg driver; -1: it was ended by a signal
     std::vector<std::string> unread; ///< what else could not be read, with the reason
 };
@@ -49,8 +40,8 @@ struct runResult {
     std::optional<std::string> error; ///< why the run failed
     coverage seen;
     messageList messages;
-    kernelNameMap kernelNames;   ///< of the devices among the instances
-    unsigned secondsSkipped = 0; ///< of waiting, on a simulated machine
+    sys::kernelNameMap kernelNames; ///< of the devices among the instances
+    unsigned secondsSkipped = 0;    ///< of waiting, on a simulated machine
     std::time_t endedAt = 0;
 
     std::size_t instanceCount() const;

@@ -3,7 +3,6 @@
 #include "inventory/scratchdirectory.h"
 #include "minihost/minihost.h"
 #include "minihost/pluginlibrary.h"
-#include "plugin/host/osspecific.h"
 
 #include <stdexcept>
 
@@ -27,22 +26,10 @@ queryResult runQuery(const std::vector<std::string>& classNames, minihost::plugi
     return result;
 }
 
-/// Says of each failure of a host service what stays unseen. That there is no table of optical drives is none.
-void noteFailures(const askedMachine& machine, runResult& result) {
-    minihost::setFailureSink([&](const minihost::failedService& failure) {
-        const bool isTable = failure.kind == minihost::failedService::spawning;
-        if (!isTable || machine.hasOpticalTable())
-            result.seen.unread.push_back(
-                (isTable ? "the optical-drive table could not be read (" : "the USB listing could not be read (") +
-                failure.what + ": " + failure.why + ')');
-    });
-}
-
-void runQueries(const runOptions& options, askedMachine& machine, minihost::pluginLibrary& plugin,
-                minihost::memoryNamespace& ns, const runEvents& events, runResult& result) {
+void runQueries(const runOptions& options, minihost::pluginLibrary& plugin, minihost::memoryNamespace& ns,
+                const runEvents& events, runResult& result) {
     for (const auto& classNames : options.queries) {
         events.step(classNames.front());
-        machine.beginQuery();
         result.queries.push_back(runQuery(classNames, plugin, ns));
         if (const auto& error = result.queries.back().error)
             throw std::runtime_error("the query failed: " + *error);
@@ -53,17 +40,14 @@ void runQueries(const runOptions& options, askedMachine& machine, minihost::plug
 
 void run(const runOptions& options, askedMachine& machine, minihost::memoryNamespace& ns, const runEvents& events,
          runResult& result) {
-    for (const int kind : {0, 1})
-        minihost::setVirtualDevices(kind, machine.virtualDevices(kind));
-    result.machineName = NHALDEN20::TOSSpecific::GetMachineName();
+    result.machineName = machine.machine().hostName();
     minihost::setLogSink(events.logged);
     minihost::setRemarkSink(events.remarked);
-    noteFailures(machine, result);
     const scratchDirectory scratch(events.remarked);
-    machine.onStep(events.step);
+    machine.watched().onStep(events.step);
     events.step("loading the plug-in");
     minihost::pluginLibrary plugin(options.pluginPath, options.plugin);
-    runQueries(options, machine, plugin, ns, events, result);
+    runQueries(options, plugin, ns, events, result);
 }
 
 } // namespace inventory

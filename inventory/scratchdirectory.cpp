@@ -1,6 +1,6 @@
 #include "inventory/scratchdirectory.h"
 
-#include "minihost/heldsignals.h"
+#include "system/heldsignals.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -72,7 +72,7 @@ scratchDirectory::scratchDirectory(std::function<void(const std::string& text)> 
     const char* const wanted = std::getenv("TMPDIR");
     const std::string parent = wanted != nullptr && *wanted != '\0' ? wanted : "/tmp";
     path_ = parent + "/scsidev-inventory-XXXXXX";
-    const minihost::heldSignals untilItCanBeRemoved;
+    const sys::heldSignals untilItCanBeRemoved;
     if (::mkdtemp(path_.data()) == nullptr)
         fail(parent, std::strerror(errno));
     before_ = ::open(".", O_PATH | O_DIRECTORY | O_CLOEXEC);

@@ -2,7 +2,7 @@
 
 #include "inventory/scratchdirectory.h"
 #include "inventory/statusline.h"
-#include "minihost/childprocess.h"
+#include "system/childprocess.h"
 
 #include <unistd.h>
 
@@ -21,7 +21,7 @@ constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
 /// Calls only what is safe in a signal handler.
 extern "C" void endTidily(int signal) {
     statusLine::eraseAtOnce();
-    minihost::endChildAtOnce();
+    sys::endChildAtOnce();
     scratchDirectory::removeAtOnce();
     if (signal == SIGXCPU) {
         writeErrorAtOnce("scsidev-inventory: the CPU time that a limit gives it is used up\n");

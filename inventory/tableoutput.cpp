@@ -26,7 +26,7 @@ namespace {
 /// What a cell can need to know beside its own instance.
 struct knownDevices {
     std::map<std::string, const memoryInstance*> byId; ///< by their DeviceID: the node is the device
-    const kernelNameMap& kernelNames;
+    const sys::kernelNameMap& kernelNames;
 };
 
 /// Makes the text of a column for an instance.

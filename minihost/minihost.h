@@ -22,24 +22,6 @@ using remarkSink = std::function<void(const std::string& text)>;
 /// a namespace.
 void setRemarkSink(remarkSink sink);
 
-/// A service that the host could not do for the plug-in, which gets an empty text then.
-struct failedService {
-    enum kinds { reading, spawning };
-
-    kinds kind;
-    std::string what; ///< the file, or the command with its arguments
-    std::string why;  ///< an error's text, "exit status 1", "not ended in time"
-};
-
-using failureSink = std::function<void(const failedService& failure)>;
-
-/// Sends each failure of TOSSpecific::CaptureFile, but for a file that does not exist, and of SpawnProcess to `sink`
-/// from now on; without one, they are dropped. A command that ends with another exit status than 0 has failed.
-void setFailureSink(failureSink sink);
-
-/// Sets what TOSSpecific::getOrvexVirtualDevices gives for `kind` (0 or 1).
-void setVirtualDevices(int kind, std::vector<std::string> names);
-
 /// The plug-ins registered so far, in order. One that has deleted itself stays in the list.
 std::vector<NHALDEN20::IPluginCallbacks*>& registeredPlugins();
 

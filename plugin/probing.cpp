@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr int nodesPerFamily = 32;
 constexpr std::size_t modelLength = 23;      // what a record keeps of the 40 characters
 constexpr unsigned longestSerialNumber = 32; // 36 bytes are read, and the page header takes 4
 constexpr std::size_t pageLengthOffset = 3;  // of the unit serial number page (SPC-4, 7.8.19)

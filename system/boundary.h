@@ -21,9 +21,6 @@ inline bool isSgNodePath(std::string_view path) {
            path.find_first_not_of(digits, family.size()) == std::string_view::npos;
 }
 
-/// Where the kernel tells of each sg node which device it stands for. Simulated machines have no such directory.
-constexpr const char* sgClassPath = "/sys/class/scsi_generic/";
-
 /// The file with the kernel's table of optical drives.
 constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";
 

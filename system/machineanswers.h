@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
@@ -100,6 +102,9 @@ struct kernelNames {
     bool empty() const { return names.empty() && wwid.empty(); }
 };
 
+/// By the path of the node. Has no entry for a node that the kernel calls nothing.
+using kernelNameMap = std::map<std::string, kernelNames>;
+
 /// One device node. A request for which there are no answers is refused as a node of its family refuses it.
 struct node {
     kernelNames knownAs;         ///< of an sg node
@@ -115,7 +120,7 @@ struct node {
 };
 
 /// Calls `visit` with the name and the answers of all that a node is asked. Whatever reads, writes or makes answers
-/// walks this list: a new request is added here, to requests.cpp and to the recorder.
+/// walks this list: a new request is added here and to requests.cpp.
 template <typename Node, typename Visit>
 void eachAnswer(Node& node, Visit visit) {
     visit("open", node.open);
@@ -129,14 +134,21 @@ void eachAnswer(Node& node, Visit visit) {
     visit("opticalCapability", node.opticalCapability);
 }
 
+/// The kinds of virtual devices that a management controller presents, by their numbers.
+enum virtualDeviceKind { virtualDisk, virtualOpticalDrive };
+constexpr virtualDeviceKind virtualDeviceKinds[] = {virtualDisk, virtualOpticalDrive};
+
+/// Names of virtual devices, for each kind.
+using virtualDeviceLists = std::array<std::vector<std::string>, std::size(virtualDeviceKinds)>;
+
 /// A machine as its kernel, its shell commands and its management controller show it.
 struct machineAnswers {
     std::string name = "simulated";
-    answerList<int> modprobe;                   ///< exit status of any modprobe command; none: 0
-    std::string usbListing;                     ///< what the USB query writes into its file
-    std::optional<std::string> opticalTable;    ///< /proc/sys/dev/cdrom/info; none: there is no such file
-    std::vector<std::string> virtualDevices[2]; ///< of kind 0 and 1
-    std::map<std::string, node> nodes;          ///< by path
+    answerList<int> modprobe;                ///< exit status of any modprobe command; none: 0
+    std::string usbListing;                  ///< what the USB query writes into its file
+    std::optional<std::string> opticalTable; ///< /proc/sys/dev/cdrom/info; none: there is no such file
+    virtualDeviceLists virtualDevices;
+    std::map<std::string, node> nodes; ///< by path
 };
 
 } // namespace sys

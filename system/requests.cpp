@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <iterator>
 #include <string_view>
@@ -79,6 +78,31 @@ requestResult deliver(const scsiAnswer& reply, sg_io_hdr& header) {
     return {};
 }
 
+/// The other way round: what a request has brought. Keeps the whole data buffer, however much of it the device filled:
+/// the program may look at all of it.
+scsiAnswer broughtBy(const sg_io_hdr& header) {
+    const auto* const data = static_cast<const unsigned char*>(header.dxferp);
+    scsiAnswer answer;
+    answer.data.assign(data, data + header.dxfer_len);
+    answer.sense.assign(header.sbp, header.sbp + std::min(header.sb_len_wr, header.mx_sb_len));
+    answer.status = header.status;
+    answer.maskedStatus = header.masked_status;
+    answer.hostStatus = header.host_status;
+    answer.driverStatus = header.driver_status;
+    answer.info = header.info;
+    answer.residual = header.resid;
+    return answer;
+}
+
+/// The list of a node's answers to a SCSI command, or null if machine files have none for that command.
+answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
+    if (cdb[0] != inquiryOpcode)
+        return nullptr;
+    if (cdb[1] == 0)
+        return &asked.inquiry;
+    return asksForPage(cdb, serialNumberPage) ? &asked.serialPage : nullptr;
+}
+
 requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
     if (header.interface_id != 'S')
         return {0, ENOSYS};
@@ -140,6 +164,10 @@ requestResult writeAddress(answerList<addressAnswer>& replies, sg_scsi_id* id) {
     return {};
 }
 
+addressAnswer addressIn(const sg_scsi_id& id) { return {id.host_no, id.channel, id.scsi_id, id.lun, id.scsi_type, 0}; }
+
+driveAnswer dataAt(const unsigned char* bytes, std::size_t size) { return {0, {bytes, bytes + size}}; }
+
 /// Does the request read or write what its argument points to?
 bool needsAddress(unsigned long request) {
     constexpr unsigned long requests[] = {SG_GET_VERSION_NUM, SG_EMULATED_HOST, SG_GET_SCSI_ID, SG_IO,
@@ -152,14 +180,6 @@ bool needsAddress(unsigned long request) {
 int refusalOf(std::string_view path) { return path.substr(0, 7) == "/dev/sg" ? EPERM : ENOTTY; }
 
 } // namespace
-
-answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
-    if (cdb[0] != inquiryOpcode)
-        return nullptr;
-    if (cdb[1] == 0)
-        return &asked.inquiry;
-    return asksForPage(cdb, serialNumberPage) ? &asked.serialPage : nullptr;
-}
 
 requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument) {
     if (argument == nullptr && needsAddress(request))
@@ -189,39 +209,34 @@ requestResult answerRequest(const std::string& path, node& asked, unsigned long 
     }
 }
 
-std::string requestText(unsigned long request, const void* argument) {
-    const auto hex = [](const unsigned char* source, std::size_t count) {
-        std::string text;
-        char byte[4];
-        for (std::size_t i = 0; i < count; ++i) {
-            std::snprintf(byte, sizeof byte, " %02x", static_cast<unsigned>(source[i]));
-            text += byte;
-        }
-        return text;
+void keepAnswer(node& asked, unsigned long request, const void* argument, int result, int error) {
+    const auto keep = [error](auto& answers, auto answer) {
+        answer.error = error;
+        answers.add(std::move(answer));
     };
+    const bool failed = error != 0;
     const auto* const registers = static_cast<const unsigned char*>(argument);
     switch (request) {
     case SG_GET_VERSION_NUM:
-        return "SG_GET_VERSION_NUM";
+        return keep(asked.sgVersion, failed ? numberAnswer() : numberAnswer{*static_cast<const int*>(argument)});
     case SG_EMULATED_HOST:
-        return "SG_EMULATED_HOST";
+        return keep(asked.emulated, failed ? numberAnswer() : numberAnswer{*static_cast<const int*>(argument)});
     case SG_GET_SCSI_ID:
-        return "SG_GET_SCSI_ID";
+        return keep(asked.address, failed ? addressAnswer() : addressIn(*static_cast<const sg_scsi_id*>(argument)));
     case SG_IO: {
         const auto& header = *static_cast<const sg_io_hdr*>(argument);
-        return "SG_IO" + hex(header.cmdp, header.cmd_len) + " length " + std::to_string(header.dxfer_len);
+        if (auto* const answers = scsiAnswersOf(asked, header.cmdp))
+            keep(*answers, failed ? scsiAnswer() : broughtBy(header));
+        return;
     }
     case CDROM_GET_CAPABILITY:
-        return "CDROM_GET_CAPABILITY";
+        return keep(asked.opticalCapability, failed ? numberAnswer() : numberAnswer{result});
     case HDIO_DRIVE_CMD:
-        return "HDIO_DRIVE_CMD" + hex(registers, registerBytes);
+        return keep(asked.identify, failed ? driveAnswer() : dataAt(registers + registerBytes, sectorSize));
     case HDIO_DRIVE_TASK:
-        return "HDIO_DRIVE_TASK" + hex(registers, taskBytes);
-    default: {
-        char text[32];
-        std::snprintf(text, sizeof text, "unknown 0x%lx", request);
-        return text;
-    }
+        return keep(asked.task, failed ? driveAnswer() : dataAt(registers, taskBytes));
+    default:
+        return;
     }
 }
 

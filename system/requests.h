@@ -20,10 +20,8 @@ struct requestResult {
 /// data in `argument`. Refuses requests and SCSI commands that it does not know as a driver or a device would.
 requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument);
 
-/// The list of a node's answers to a SCSI command, or null if machine files have none for that command.
-answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb);
-
-/// The request's name and what it asks, for the list of calls: "SG_IO 12 00 00 00 24 00 length 36".
-std::string requestText(unsigned long request, const void* argument);
+/// The other way round: adds to the answers of a node what a request has come to. `argument` is as the driver left it;
+/// `error` is the errno if the request failed, or 0.
+void keepAnswer(node& asked, unsigned long request, const void* argument, int result, int error);
 
 } // namespace sys

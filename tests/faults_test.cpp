@@ -1,5 +1,6 @@
 // Every system call and every allocation of a run fails once.
 
+#include "system/boundary.h"
 #include "system/machinefile.h"
 #include "tests/scarcememory.h"
 #include "tests/simulatedmachine.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <new>
 
 namespace {
@@ -17,33 +19,30 @@ const sys::machineAnswers& fullMachine() {
     return machine;
 }
 
-/// That machine's. Of the opens, requests and shell commands that it answers, the call of this number fails, and all
-/// that are for the node, or are the command, that never works.
-class failingKernel : public sys::kernel {
+/// Of the opens, requests and shell commands that the simulated machine below answers, the call of this number fails,
+/// and all that are for the node, or are the command, that never works.
+class failingMachine : public sys::layer {
 public:
-    failingKernel(std::size_t number, int error, std::string neverWorks)
-        : kernel(fullMachine(), calls::kept), number_(number), error_(error), neverWorks_(std::move(neverWorks)) {}
+    failingMachine(sys::simulatedMachine& simulated, machine& below, std::size_t number, int error,
+                   std::string neverWorks)
+        : layer(below), simulated_(simulated), number_(number), error_(error), neverWorks_(std::move(neverWorks)) {}
 
-    int open(const std::string& path) override {
+    int open(const char* path, int flags, mode_t mode) override {
         const scarceMemory::pause memory;
-        if (path.rfind("/dev/sd", 0) != 0) // a disk node is asked for the generic node before it
-            asked_ = path;
-        return model().nodes.count(path) != 0 && fails() ? -1 : kernel::open(path);
-    }
-    int close(int fd) override {
-        const scarceMemory::pause memory;
-        return kernel::close(fd);
+        if (sys::isNodePath(path) && std::strncmp(path, "/dev/sd", 7) != 0)
+            asked_ = path; // a disk node is asked for the generic node before it
+        return simulated_.answers().nodes.count(path) != 0 && fails() ? -1 : layer::open(path, flags, mode);
     }
     int ioctl(int fd, unsigned long request, void* argument) override {
         const scarceMemory::pause memory;
-        const int result = kernel::ioctl(fd, request, argument);
-        return result == -1 || fails() ? -1 : result;
+        const bool isAnswered = fd < 0 || simulated_.owns(fd);
+        const int result = layer::ioctl(fd, request, argument);
+        return result == -1 || (isAnswered && fails()) ? -1 : result;
     }
-    bool system(const std::string& command, int& status) override {
+    int system(const char* command) override {
         const scarceMemory::pause memory;
         asked_ = command;
-        status = -1;
-        return fails() || kernel::system(command, status);
+        return fails() ? -1 : layer::system(command);
     }
 
     std::size_t count = 0;
@@ -57,6 +56,7 @@ private:
         return asked_ == neverWorks_ || count == number_ + 1;
     }
 
+    sys::simulatedMachine& simulated_;
     std::size_t number_;
     int error_;
     std::string neverWorks_, asked_;
@@ -65,9 +65,10 @@ private:
 /// A plug-in object on that machine.
 struct faultyRun : pluginInUse {
     explicit faultyRun(std::size_t failing = SIZE_MAX, int error = ENOENT, const std::string& neverWorks = "")
-        : pluginInUse(std::make_unique<failingKernel>(failing, error, neverWorks)) {}
+        : pluginInUse(fullMachine()), asked(simulated_, noted_, failing, error, neverWorks) {}
 
-    const failingKernel& asked() { return static_cast<const failingKernel&>(kernel()); }
+    failingMachine asked;
+    sys::machineInUse askedNow{asked};
 
     /// What Init and a query for each class come to.
     std::vector<properties> everything() {
@@ -91,8 +92,8 @@ TEST(Faults, AFailedCallCostsItsNodeAlone) {
         {
             faultyRun run(number, number % 2 == 0 ? EIO : EINTR);
             found = run.everything();
-            failed = run.asked().failed;
-            EXPECT_LE(run.asked().count, 1000U) << "it is not tried over and over";
+            failed = run.asked.failed;
+            EXPECT_LE(run.asked.count, 1000U) << "it is not tried over and over";
         }
         std::vector<properties>& others = known[failed];
         if (others.empty())

@@ -1,8 +1,6 @@
 #include "system/machinefile.h"
 
 #include "system/jsonplace.h"
-#include "system/kernel.h"
-#include "system/recorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -154,40 +152,4 @@ TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
     const sys::machineAnswers read = sys::parseMachine(written, "file.json");
     EXPECT_EQ(sys::machineFileText(read), written);
     EXPECT_EQ(read.name, machine.name);
-}
-
-TEST(Kernel, GivesEachOpenNodeANumberOfItsOwn) {
-    sys::kernel kernel(sys::parseMachine(R"({"nodes": {"/dev/sg0": {}}})", ""));
-    kernel.giveNumbers();
-    EXPECT_NE(kernel.open("/dev/sg0"), kernel.open("/dev/sg0"));
-}
-
-TEST(Kernel, LeavesOtherCommandsToTheShell) {
-    sys::kernel kernel({});
-    int status = 0;
-    for (const char* command : {"echo > file", "hwinfo --usb", "modprobes", "rm file"})
-        EXPECT_FALSE(kernel.system(command, status)) << command;
-}
-
-TEST(Recorder, WritesDownWhatARunSeldomMeets) {
-    sys::kernel kernel(sys::parseMachine(R"({"nodes": {"/dev/hdc": {
-        "identify": {"data": "00"}, "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": -1}}})",
-                                         ""));
-    sys::recorder recorder(sys::recorder::keeps::everything);
-    recorder.sawOpen("/dev/hdc", -1, ENOENT); // plugged in later
-    const int fd = kernel.open("/dev/hdc");
-    recorder.sawOpen("/dev/hdc", fd, 0);
-    for (const int number : {HDIO_DRIVE_CMD, HDIO_DRIVE_TASK, HDIO_DRIVE_TASK, CDROM_GET_CAPABILITY}) {
-        const auto request = static_cast<unsigned long>(number);
-        unsigned char registers[7] = {0xA1, 0, 0, 1}; // IDENTIFY PACKET DEVICE, which this drive does not know
-        errno = 0;
-        const int result = kernel.ioctl(fd, request, registers);
-        recorder.sawRequest(fd, request, registers, result, errno);
-    }
-    kernel.close(fd);
-    recorder.sawCommand("modprobe sg", SIGKILL);
-    EXPECT_EQ(sys::machineFileText(recorder.recorded()),
-              sys::machineFileText(sys::parseMachine(R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": ["ENOENT", true],
-        "identify": "EIO", "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": "EPERM"}}})",
-                                                     "")));
 }

@@ -32,8 +32,6 @@ inline const std::string oddPlugin = " --plugin " TEST_DIRECTORY "/libodd-plugin
 inline const std::string preloaded = "LD_PRELOAD=" PROGRAM_DIRECTORY "/libscsidev-simulator.so ";
 inline const std::string underRackServer =
     "export SCSIDEV_MACHINE=" + machines + "rack-server.json " + preloaded + "; ";
-// They want to be loaded before that library and are told to do without.
-inline const std::string underSanitizers = "export ASAN_OPTIONS=verify_asan_link_order=0; ";
 
 constexpr int anyInventory = -3; // the exit status of a complete one, or that of an incomplete one
 

@@ -2,7 +2,6 @@
 
 #include "minihost/cimcontent.h"
 #include "minihost/minihost.h"
-#include "system/recorder.h"
 #include "tests/scarcememory.h"
 
 #include <sys/wait.h>
@@ -15,8 +14,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-sys::kernel* installed = nullptr;
 
 /// The object that the plug-in created when this program was loaded, as it does for any host.
 struct loadedPlugin {
@@ -39,45 +36,32 @@ sys::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()};
 
 } // namespace
 
-sys::kernel* sys::activeKernel() { return installed; }
-sys::recorder* sys::activeRecorder() { return nullptr; }
-
-std::unique_ptr<sys::kernel> machineInUse::usualKernel() {
-    return std::make_unique<sys::kernel>(sys::machineAnswers(), sys::kernel::calls::kept);
-}
-
-machineInUse::machineInUse(std::unique_ptr<sys::kernel> kernel)
-    : descriptors_(openDescriptors()),
+simulation::simulation(sys::machineAnswers answers)
+    : simulated_(std::move(answers)),
+      descriptors_(openDescriptors()),
       before_(fs::current_path()),
-      directory_(fs::temp_directory_path() / ("scsidev-unit-test-" + std::to_string(::getpid()))),
-      kernel_(std::move(kernel)) {
+      directory_(fs::temp_directory_path() / ("scsidev-unit-test-" + std::to_string(::getpid()))) {
     fs::create_directory(directory_);
     fs::current_path(directory_);
-    installed = kernel_.get();
     minihost::setLogSink([this](int level, const std::string& text) {
         const scarceMemory::pause memory;
         log_.push_back(std::to_string(level) + ' ' + text);
     });
-    for (const int kind : {0, 1})
-        minihost::setVirtualDevices(kind, machine().virtualDevices[kind]);
     minihost::setRemarkSink([](const std::string& text) { ADD_FAILURE() << "the host remarks: " << text; });
 }
 
-machineInUse::~machineInUse() {
-    EXPECT_EQ(kernel_->openDescriptors(), 0U) << "every node is closed again";
+simulation::~simulation() {
+    EXPECT_EQ(simulated_.openDescriptors(), 0U) << "every node is closed again";
     EXPECT_EQ(openDescriptors(), descriptors_);
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "no child is left";
     EXPECT_THAT(calls(), testing::Not(testing::Contains(testing::HasSubstr("unknown"))));
-    installed = nullptr;
     minihost::setLogSink(nullptr);
     minihost::setRemarkSink(nullptr);
-    for (const int kind : {0, 1})
-        minihost::setVirtualDevices(kind, {});
     fs::current_path(before_);
     fs::remove_all(directory_);
 }
 
-sys::node& machineInUse::sgNode(const std::string& path, const sys::scsiAnswer& inquiry) {
+sys::node& simulation::sgNode(const std::string& path, const sys::scsiAnswer& inquiry) {
     sys::node& node = at(path);
     node.sgVersion = sys::numberAnswer{30536, 0};
     node.emulated = sys::numberAnswer{0, 0};
@@ -85,7 +69,7 @@ sys::node& machineInUse::sgNode(const std::string& path, const sys::scsiAnswer& 
     return node;
 }
 
-strings machineInUse::takeLog() { return std::exchange(log_, {}); }
+strings simulation::takeLog() { return std::exchange(log_, {}); }
 
 TScsidevPluginCallbacks::classList pluginInUse::classes(const strings& names) {
     TScsidevPluginCallbacks::classList list;

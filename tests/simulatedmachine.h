@@ -2,7 +2,8 @@
 
 #include "minihost/memorynamespace.h"
 #include "plugin/scsidev_linux.h"
-#include "system/kernel.h"
+#include "system/simulatedmachine.h"
+#include "tests/notedmachine.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,34 +16,35 @@
 
 using strings = std::vector<std::string>;
 
-/// A simulated machine under this process, one at a time, and the log of the host on it. At its end no node may be
-/// open, no descriptor more than at the start, and no child be left. Nobody may ask what the simulation does not know,
-/// nor give the host anything to remark on.
-class machineInUse {
+/// A simulated machine under this process, and the log of the host on it. At its end no node may be open, no descriptor
+/// more than at the start, and no child be left. Nobody may ask what the simulation does not know, nor give the host
+/// anything to remark on.
+class simulation {
 public:
-    explicit machineInUse(std::unique_ptr<sys::kernel> kernel = usualKernel());
-    ~machineInUse();
-    machineInUse(const machineInUse&) = delete;
-    machineInUse& operator=(const machineInUse&) = delete;
+    explicit simulation(sys::machineAnswers answers = {});
+    ~simulation();
+    simulation(const simulation&) = delete;
+    simulation& operator=(const simulation&) = delete;
 
-    sys::kernel& kernel() { return *kernel_; }
-    sys::machineAnswers& machine() { return kernel_->model(); }
+    sys::machineAnswers& machine() { return simulated_.answers(); }
     sys::node& at(const std::string& path) { return machine().nodes[path]; }
     /// A node of the sg driver, version 3.5, not emulated, that answers INQUIRY with `inquiry`.
     sys::node& sgNode(const std::string& path, const sys::scsiAnswer& inquiry);
 
-    const strings& calls() const { return kernel_->recordedCalls(); }
-    unsigned secondsSlept() const { return kernel_->secondsSkipped(); }
+    const strings& calls() const { return noted_.calls(); }
+    unsigned secondsSlept() const { return simulated_.secondsSkipped(); }
     /// The log so far, each line as "LEVEL TEXT"; empties it.
     strings takeLog();
 
-private:
-    static std::unique_ptr<sys::kernel> usualKernel();
+protected:
+    sys::simulatedMachine simulated_;
+    notedMachine noted_{simulated_};
 
+private:
+    sys::machineInUse inUse_{noted_};
     std::size_t descriptors_;      ///< of this process, at the start
     std::filesystem::path before_; ///< the working directory, which each test has for itself
     std::filesystem::path directory_;
-    std::unique_ptr<sys::kernel> kernel_;
     strings log_;
 };
 
@@ -50,9 +52,9 @@ private:
 using properties = std::map<std::string, std::string>;
 
 /// A plug-in object on the simulated machine, and a namespace for its instances.
-class pluginInUse : public machineInUse {
+class pluginInUse : public simulation {
 public:
-    using machineInUse::machineInUse;
+    using simulation::simulation;
 
     /// Runs one query.
     void ask(const strings& classNames);
@@ -70,7 +72,7 @@ public:
     std::unique_ptr<TScsidevPluginCallbacks> plugin_ = std::make_unique<TScsidevPluginCallbacks>();
 };
 
-class SimulatedMachine : public ::testing::Test, protected machineInUse {};
+class SimulatedMachine : public ::testing::Test, protected simulation {};
 class Plugin : public ::testing::Test, protected pluginInUse {};
 
 NHALDEN20::TCIMValue listOf(std::initializer_list<NHALDEN20::TCIMValue> elements);

@@ -1,4 +1,4 @@
-#include "inventory/sysfs.h"
+#include "system/sysfs.h"
 
 #include <gtest/gtest.h>
 
@@ -45,7 +45,7 @@ TEST(Sysfs, TellsWhatTheKernelCallsADevice) {
     };
     const fs::path root = testing::TempDir() + "scsidev-sysfs";
     const auto tell = [&root](const std::string& node) {
-        return inventory::readKernelNames({node}, true, (root / "scsi_generic/").string())[node];
+        return sys::readKernelNames({node}, true, (root / "scsi_generic/").string())[node];
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);

@@ -1,10 +1,12 @@
-#include "system/nodewatch.h"
+#include "system/watchedmachine.h"
 
+#include "system/boundary.h"
 #include "text/errorname.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
 #include <scsi/sg.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -78,28 +80,110 @@ outcome outcomeOf(unsigned long request, const void* argument, int result, int e
     }
 }
 
+/// What a shell command that can take long is for; "" of another.
+std::string purposeOf(shellCommand::kinds kind) {
+    switch (kind) {
+    case shellCommand::usbQuery:
+        return "looking for virtual USB media";
+    case shellCommand::modprobe:
+        return "loading the sg driver";
+    case shellCommand::removal:
+    case shellCommand::other:
+        break;
+    }
+    return "";
+}
+
 } // namespace
 
+void watchedMachine::begin(const std::string& step) const {
+    if (step_ && !step.empty())
+        step_(step);
+}
+
+int watchedMachine::open(const char* path, int flags, mode_t mode) {
+    const int fd = layer::open(path, flags, mode);
+    const int error = errno;
+    if (isNodePath(path))
+        opened(path, fd, error);
+    errno = error;
+    return fd;
+}
+
+int watchedMachine::close(int fd) {
+    open_.erase(fd);
+    return layer::close(fd);
+}
+
+int watchedMachine::ioctl(int fd, unsigned long request, void* argument) {
+    const int result = layer::ioctl(fd, request, argument);
+    const int error = errno;
+    asked(fd, request, argument, result, error);
+    errno = error;
+    return result;
+}
+
+unsigned watchedMachine::sleep(unsigned seconds) {
+    if (!visits_.empty())
+        begin(visits_.back().path + ": becoming ready, waiting " + std::to_string(seconds) + " s");
+    return layer::sleep(seconds);
+}
+
+int watchedMachine::system(const char* command) {
+    const shellCommand::kinds kind = commandOf(command).kind;
+    begin(purposeOf(kind));
+    if (kind == shellCommand::modprobe)
+        walk_ = visits_.size();
+    const int status = layer::system(command);
+    if (kind == shellCommand::modprobe && driverStatus_.value_or(0) == 0)
+        driverStatus_ = status;
+    // The query ends with grep, which ends with 1 where nothing is found.
+    if (kind == shellCommand::usbQuery && (!WIFEXITED(status) || WEXITSTATUS(status) > 1))
+        unread_.emplace_back("the USB listing could not be read: virtual USB media cannot be told apart");
+    return status;
+}
+
+serviceAnswer watchedMachine::spawn(const std::string& command, const std::vector<std::string>& arguments,
+                                    std::chrono::seconds limit) {
+    serviceAnswer answer = layer::spawn(command, arguments, limit);
+    if (!answer.failure.empty() && hasOpticalTable()) {
+        std::string words = command;
+        for (const auto& argument : arguments)
+            words += ' ' + argument;
+        unread_.push_back("the optical-drive table could not be read (" + words + ": " + answer.failure + ')');
+    }
+    return answer;
+}
+
+serviceAnswer watchedMachine::captureFile(const std::string& path) {
+    serviceAnswer answer = layer::captureFile(path);
+    if (!answer.failure.empty())
+        unread_.push_back("the USB listing could not be read (" + path + ": " + answer.failure + ')');
+    return answer;
+}
+
 /// The plug-in opens a node a second time when its driver does not answer at first: that is still the same visit.
-void nodeWatch::visited(const std::string& path, int error) {
+void watchedMachine::visited(const std::string& path, int error) {
     if (visits_.size() > walk_ && visits_.back().path == path)
         visits_.back().error = error;
     else
         visits_.push_back({path, error});
 }
 
-void nodeWatch::opened(std::string_view path, int fd, int error) {
+void watchedMachine::opened(std::string_view path, int fd, int error) {
     const bool opens = fd >= 0;
     const bool isSubstitute = isOfFamily(path, "/dev/sd");
     if ((!opens && isAbsent(error)) || !(isSubstitute || isOfFamily(path, "/dev/sg") || isOfFamily(path, "/dev/hd")))
         return;
     if (!opens || !isSubstitute)
         visited(std::string(path), opens ? 0 : error);
+    if (opens && !isSubstitute)
+        begin(std::string(path));
     if (opens && !visits_.empty())
         open_[fd] = {visits_.size() - 1, isSubstitute ? std::string(path) : ""};
 }
 
-void nodeWatch::asked(int fd, unsigned long request, const void* argument, int result, int error) {
+void watchedMachine::asked(int fd, unsigned long request, const void* argument, int result, int error) {
     const auto found = open_.find(fd);
     if (found == open_.end())
         return;
@@ -120,19 +204,19 @@ void nodeWatch::asked(int fd, unsigned long request, const void* argument, int r
     }
 }
 
-nodeReport nodeWatch::report() const {
+nodeReport watchedMachine::nodes() const {
     nodeReport report;
     std::set<std::string> present, refused, silent, detours;
     for (const auto& node : visits_) {
         present.insert(node.path);
         if (node.error != 0) {
             if (refused.insert(node.path).second)
-                report.refused.push_back({node.path, node.error});
+                report.refused.push_back({node.path, text::errorName(node.error)});
         } else if (!node.identified && silent.insert(node.path).second) {
             report.silent.push_back({node.path, node.failure});
         }
         if (!node.askedAt.empty() && detours.insert(node.path).second)
-            report.detours.push_back({node.path, node.askedAt});
+            report.askedElsewhere.emplace_back(node.path, node.askedAt);
     }
     report.present = present.size();
     return report;

@@ -2,7 +2,7 @@
 
 #include <csignal>
 
-namespace minihost {
+namespace sys {
 
 /// Holds all signals to this thread back while it lives.
 class heldSignals {
@@ -23,4 +23,4 @@ private:
     sigset_t before_;
 };
 
-} // namespace minihost
+} // namespace sys

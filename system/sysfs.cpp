@@ -1,4 +1,6 @@
-#include "inventory/sysfs.h"
+#include "system/sysfs.h"
+
+#include "system/boundary.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -6,15 +8,14 @@
 
 #include <algorithm>
 #include <climits>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <vector>
 
-namespace inventory {
+namespace sys {
 
 namespace {
-
-using sys::kernelNames;
 
 using directoryHandle = std::unique_ptr<DIR, int (*)(DIR*)>;
 
@@ -80,8 +81,7 @@ std::string startOf(int directory, const std::string& name) {
 
 } // namespace
 
-std::map<std::string, kernelNames> readKernelNames(const std::set<std::string>& nodes, bool wantsWwid,
-                                                   const std::string& directory) {
+kernelNameMap readKernelNames(const std::set<std::string>& nodes, bool wantsWwid, const std::string& directory) {
     const directoryHandle listing = listingOf(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!listing)
         return {};
@@ -89,9 +89,9 @@ std::map<std::string, kernelNames> readKernelNames(const std::set<std::string>& 
     namesOfDevices names;
     for (const char* kind : {"block", "scsi_changer", "scsi_tape"}) // block: optical drives as well
         addNames(sgClass, kind, names);
-    std::map<std::string, kernelNames> known;
+    kernelNameMap known;
     for (const auto& node : nodes) {
-        if (!sys::isSgNodePath(node))
+        if (!isSgNodePath(node))
             continue;
         const std::string entry = node.substr(node.rfind('/') + 1);
         kernelNames ofNode;
@@ -105,4 +105,4 @@ std::map<std::string, kernelNames> readKernelNames(const std::set<std::string>& 
     return known;
 }
 
-} // namespace inventory
+} // namespace sys

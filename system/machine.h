@@ -1,0 +1,101 @@
+#pragma once
+
+#include "system/machineanswers.h"
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <set>
+#include <string>
+#include <vector>
+
+/// Called sys, since system is the name of a function.
+namespace sys {
+
+/// What a service gave.
+struct serviceAnswer {
+    std::string text;    ///< as much as there is
+    std::string failure; ///< why that is not all; "" when it is
+};
+
+/// A machine, as the plug-in and the host around it ask it.
+///
+/// Two machines answer by themselves: this one and a simulated one. All others are layers around another machine.
+class machine {
+public:
+    // What the plug-in calls. Results and errno are those of the system calls. No path and no command is null.
+    virtual int open(const char* path, int flags, mode_t mode) = 0;
+    virtual int close(int fd) = 0;
+    virtual int ioctl(int fd, unsigned long request, void* argument) = 0;
+    virtual unsigned sleep(unsigned seconds) = 0;
+    virtual int system(const char* command) = 0;
+
+    // What the host's services are asked for.
+    virtual std::string hostName() = 0;
+    virtual std::vector<std::string> virtualDevices(virtualDeviceKind kind) = 0;
+    virtual bool hasOpticalTable() = 0;
+    /// The standard output of a command. One that runs longer than `limit` is ended.
+    virtual serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
+                                std::chrono::seconds limit) = 0;
+    /// The content of a file. That there is no such file is no failure.
+    virtual serviceAnswer captureFile(const std::string& path) = 0;
+
+    // What the kernel tells without being asked at a node.
+    /// The kernel's names of the devices behind those of these nodes of which it has any. To read the wwid takes longer
+    /// than the rest.
+    virtual kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) = 0;
+    /// The paths of all sg nodes.
+    virtual std::vector<std::string> sgNodes() = 0;
+
+    machine() = default;
+    machine(const machine&) = delete;
+    machine& operator=(const machine&) = delete;
+    virtual ~machine() = default;
+};
+
+/// A machine around another one, to which it passes on what a derived class does not do itself.
+class layer : public machine {
+public:
+    /// `below` has to outlive it.
+    explicit layer(machine& below) : below_(below) {}
+
+    int open(const char* path, int flags, mode_t mode) override { return below_.open(path, flags, mode); }
+    int close(int fd) override { return below_.close(fd); }
+    int ioctl(int fd, unsigned long request, void* argument) override { return below_.ioctl(fd, request, argument); }
+    unsigned sleep(unsigned seconds) override { return below_.sleep(seconds); }
+    int system(const char* command) override { return below_.system(command); }
+
+    std::string hostName() override { return below_.hostName(); }
+    std::vector<std::string> virtualDevices(virtualDeviceKind kind) override { return below_.virtualDevices(kind); }
+    bool hasOpticalTable() override { return below_.hasOpticalTable(); }
+    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
+                        std::chrono::seconds limit) override {
+        return below_.spawn(command, arguments, limit);
+    }
+    serviceAnswer captureFile(const std::string& path) override { return below_.captureFile(path); }
+
+    kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override {
+        return below_.kernelNames(nodes, wantsWwid);
+    }
+    std::vector<std::string> sgNodes() override { return below_.sgNodes(); }
+
+private:
+    machine& below_;
+};
+
+/// Makes a machine the one that this process asks, while it lives; then it is the one of before again.
+class machineInUse {
+public:
+    explicit machineInUse(machine& asked);
+    ~machineInUse();
+    machineInUse(const machineInUse&) = delete;
+    machineInUse& operator=(const machineInUse&) = delete;
+
+    /// The machine in use, or null: then calls go to the C library.
+    static machine* current();
+
+private:
+    machine* before_;
+};
+
+} // namespace sys

@@ -1,0 +1,125 @@
+#include "system/simulatedmachine.h"
+
+#include "system/boundary.h"
+#include "system/clibrary.h"
+#include "system/filecontent.h"
+#include "system/requests.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+
+namespace sys {
+
+namespace {
+
+int fail(int error) {
+    errno = error;
+    return -1;
+}
+
+/// Writes what the USB query finds into its file. Returns the exit status.
+int writeListing(const std::string& file, const std::string& listing) {
+    constexpr int writeError = 2; // of grep, with which the query ends
+    std::ofstream stream(file, std::ios::binary);
+    stream << listing;
+    stream.close();
+    return stream ? 0 : writeError;
+}
+
+} // namespace
+
+void simulatedMachine::rewind() {
+    answers_.modprobe.rewind();
+    for (auto& [path, node] : answers_.nodes)
+        eachAnswer(node, [](const char* /*name*/, auto& answers) { answers.rewind(); });
+}
+
+int simulatedMachine::open(const char* path, int flags, mode_t mode) {
+    if (!isNodePath(path))
+        return cLibrary::open(path, flags, mode);
+    const auto found = answers_.nodes.find(path);
+    if (found == answers_.nodes.end())
+        return fail(ENOENT);
+    auto& outcomes = found->second.open;
+    if (const int error = outcomes.empty() ? 0 : outcomes.next().error)
+        return fail(error);
+    const int fd = newDescriptor();
+    if (fd >= 0)
+        open_[fd] = &*found;
+    return fd;
+}
+
+int simulatedMachine::newDescriptor() {
+    constexpr int first = 1 << 30; // a process with so many files would need 8 GiB for their table alone
+    return open_.empty() ? first : std::max(first, open_.rbegin()->first + 1);
+}
+
+int simulatedMachine::close(int fd) { return open_.erase(fd) != 0 ? 0 : cLibrary::close(fd); }
+
+int simulatedMachine::ioctl(int fd, unsigned long request, void* argument) {
+    const auto found = open_.find(fd);
+    if (found == open_.end())
+        return cLibrary::ioctl(fd, request, argument);
+    auto& [path, node] = *found->second;
+    const requestResult result = answerRequest(path, node, request, argument);
+    return result.error == 0 ? result.value : fail(result.error);
+}
+
+unsigned simulatedMachine::sleep(unsigned seconds) {
+    secondsSkipped_ += seconds;
+    return 0;
+}
+
+int simulatedMachine::system(const char* command) {
+    constexpr int commandNotFound = 127;
+    const shellCommand known = commandOf(command);
+    int exitStatus = commandNotFound;
+    switch (known.kind) {
+    case shellCommand::modprobe:
+        exitStatus = answers_.modprobe.empty() ? 0 : answers_.modprobe.next();
+        break;
+    case shellCommand::usbQuery:
+        exitStatus = writeListing(known.file, answers_.usbListing);
+        break;
+    case shellCommand::removal:
+        std::remove(known.file.c_str());
+        exitStatus = 0;
+        break;
+    case shellCommand::other:
+        break;
+    }
+    return exitStatus << 8;
+}
+
+serviceAnswer simulatedMachine::spawn(const std::string& command, const std::vector<std::string>& arguments,
+                                      std::chrono::seconds /*limit*/) {
+    const bool readsTable = command == "cat" && arguments == std::vector<std::string>{opticalTablePath};
+    if (readsTable && answers_.opticalTable)
+        return {*answers_.opticalTable, ""};
+    return {"", std::strerror(ENOENT)};
+}
+
+serviceAnswer simulatedMachine::captureFile(const std::string& path) { return fileContent(path); }
+
+kernelNameMap simulatedMachine::kernelNames(const std::set<std::string>& nodes, bool /*wantsWwid*/) {
+    kernelNameMap known;
+    for (const auto& [path, node] : answers_.nodes) {
+        if (!node.knownAs.empty() && nodes.count(path) > 0)
+            known[path] = node.knownAs;
+    }
+    return known;
+}
+
+std::vector<std::string> simulatedMachine::sgNodes() {
+    std::vector<std::string> paths;
+    for (const auto& [path, node] : answers_.nodes) {
+        if (isSgNodePath(path))
+            paths.push_back(path);
+    }
+    return paths;
+}
+
+} // namespace sys

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "system/machine.h"
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <utility>
+
+namespace sys {
+
+/// The machine of a machine file: answers for its nodes, its driver, its USB query and its optical-drive table, and
+/// starts no process. All other files are the C library's.
+class simulatedMachine : public machine {
+public:
+    explicit simulatedMachine(machineAnswers answers) : answers_(std::move(answers)) {}
+
+    int open(const char* path, int flags, mode_t mode) override;
+    int close(int fd) override;
+    int ioctl(int fd, unsigned long request, void* argument) override;
+    /// Skips the time and adds it up.
+    unsigned sleep(unsigned seconds) override;
+    /// Does what modprobe, the USB query and the removal of its file would do. There are no other commands.
+    int system(const char* command) override;
+
+    std::string hostName() override { return answers_.name; }
+    std::vector<std::string> virtualDevices(virtualDeviceKind kind) override { return answers_.virtualDevices[kind]; }
+    bool hasOpticalTable() override { return answers_.opticalTable.has_value(); }
+    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
+                        std::chrono::seconds limit) override;
+    serviceAnswer captureFile(const std::string& path) override;
+
+    kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
+    std::vector<std::string> sgNodes() override;
+
+    /// Answers each request with its first answer again.
+    void rewind();
+
+    bool owns(int fd) const { return open_.count(fd) != 0; }
+    std::size_t openDescriptors() const { return open_.size(); }
+    unsigned secondsSkipped() const { return secondsSkipped_; }
+    machineAnswers& answers() { return answers_; }
+
+protected:
+    /// A new descriptor for a node. It is a number beyond every descriptor of this process, for a program that does no
+    /// more with it than this machine answers.
+    virtual int newDescriptor();
+
+private:
+    machineAnswers answers_;
+    std::map<int, std::pair<const std::string, node>*> open_; // descriptor to node, which stays where it is
+    unsigned secondsSkipped_ = 0;
+};
+
+} // namespace sys

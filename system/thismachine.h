@@ -1,0 +1,33 @@
+#pragma once
+
+#include "system/machine.h"
+
+namespace sys {
+
+/// The machine that this process runs on.
+class thisMachine : public machine {
+public:
+    /// Nobody here knows the management controller's virtual devices: these are named by the user.
+    explicit thisMachine(virtualDeviceLists named) : virtualDevices_(std::move(named)) {}
+
+    int open(const char* path, int flags, mode_t mode) override;
+    int close(int fd) override;
+    int ioctl(int fd, unsigned long request, void* argument) override;
+    unsigned sleep(unsigned seconds) override;
+    int system(const char* command) override;
+
+    std::string hostName() override;
+    std::vector<std::string> virtualDevices(virtualDeviceKind kind) override { return virtualDevices_[kind]; }
+    bool hasOpticalTable() override;
+    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
+                        std::chrono::seconds limit) override;
+    serviceAnswer captureFile(const std::string& path) override;
+
+    kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
+    std::vector<std::string> sgNodes() override;
+
+private:
+    virtualDeviceLists virtualDevices_;
+};
+
+} // namespace sys
