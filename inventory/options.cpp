@@ -63,7 +63,8 @@ void describeOutput(CLI::App& app, runOptions& options) {
 void describeMachine(CLI::App& app, runOptions& options) {
     const auto addVirtualDevices = [&options](const std::vector<std::string>& texts) {
         for (const auto& text : texts)
-            options.virtualDevices[text[0] - '0'].push_back(text.substr(2));
+            options.virtualDevices[text[0] == '0' ? sys::virtualDisk : sys::virtualOpticalDrive].push_back(
+                text.substr(2));
     };
     app.add_option_function<std::vector<std::string>>("--virtual-device", addVirtualDevices,
                                                       "Name a virtual device of the management controller that is\n"

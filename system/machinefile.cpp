@@ -268,7 +268,7 @@ machineAnswers machineAt(const jsonPlace& place) {
         result.opticalTable = linesAt(*table);
     if (const auto lists = place.find("virtualDevices")) {
         lists->allowMembers({"0", "1"});
-        for (const int kind : {0, 1}) {
+        for (const auto kind : virtualDeviceKinds) {
             if (const auto list = lists->find(std::to_string(kind).c_str()))
                 result.virtualDevices[kind] = textsAt(*list);
         }

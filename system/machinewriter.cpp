@@ -110,7 +110,7 @@ std::string machineFileText(const machineAnswers& recorded) {
     json document{{"name", bytesAsCodePoints(recorded.name)}};
     addUnlessNull(document, "modprobe", withoutRepeatedEnd(recorded.modprobe.all()));
     document["usb"] = linesToJson(recorded.usbListing);
-    for (const int kind : {0, 1}) {
+    for (const auto kind : virtualDeviceKinds) {
         json& names = document["virtualDevices"][std::to_string(kind)] = json::array();
         for (const auto& name : recorded.virtualDevices[kind])
             names.push_back(bytesAsCodePoints(name));
