@@ -1,6 +1,7 @@
 #include "inventory/askedmachine.h"
 
 #include "device/scsidevice_linux.h"
+#include "inventory/instancetext.h"
 #include "system/anonymize.h"
 #include "system/boundary.h"
 #include "system/machinefile.h"

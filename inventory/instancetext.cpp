@@ -2,19 +2,23 @@
 
 #include "minihost/cimcontent.h"
 
+#include <boost/algorithm/string.hpp>
+
 #include <variant>
 
 namespace inventory {
 
-std::string withoutPadding(std::string text) {
-    text.erase(text.find_last_not_of(' ') + 1);
-    text.erase(0, text.find_first_not_of(' '));
-    return text;
+namespace {
+
+std::string withoutPadding(const NHALDEN20::TCIMValue& value) {
+    return boost::trim_copy_if(minihost::valueText(value), boost::is_any_of(" "));
 }
+
+} // namespace
 
 std::string propertyOf(const minihost::memoryInstance& instance, std::string_view name) {
     const auto* value = instance.find(name);
-    return value == nullptr ? "" : withoutPadding(minihost::valueText(*value));
+    return value == nullptr ? "" : withoutPadding(*value);
 }
 
 std::string addressOf(const minihost::memoryInstance& device) {
@@ -31,7 +35,22 @@ std::string keyAt(const minihost::memoryInstance& association, std::string_view 
         return "";
     const auto& keys = reference->Content().keys;
     const auto found = keys.find(name);
-    return found == keys.end() ? "" : withoutPadding(minihost::valueText(found->second));
+    return found == keys.end() ? "" : withoutPadding(found->second);
+}
+
+std::string nodeOf(const minihost::memoryInstance& instance) {
+    const auto* const node = instance.find("DeviceID");
+    return node == nullptr ? "" : minihost::valueText(*node);
+}
+
+const sys::kernelNames* findKernelNames(const sys::kernelNameMap& known, const minihost::memoryInstance& instance) {
+    const auto found = known.find(nodeOf(instance));
+    return found == known.end() ? nullptr : &found->second;
+}
+
+std::string kernelNameText(const sys::kernelNameMap& known, const minihost::memoryInstance& instance) {
+    const auto* const found = findKernelNames(known, instance);
+    return found == nullptr ? "" : boost::join(found->names, " ");
 }
 
 } // namespace inventory

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "minihost/memorynamespace.h"
+#include "system/machineanswers.h"
 
 #include <string>
 #include <string_view>
 
 namespace inventory {
 
-/// The text without its outer blanks, with which devices pad it.
-std::string withoutPadding(std::string text);
-
-/// The text of a property without padding; "" where it is not set.
+/// The text of a property, without the outer blanks with which devices pad it; "" where it is not set.
 std::string propertyOf(const minihost::memoryInstance& instance, std::string_view name);
 
 /// HOST:CHANNEL:TARGET:LUN of a device; "" where the kernel did not tell the address, so that the node identifies it.
@@ -18,5 +16,15 @@ std::string addressOf(const minihost::memoryInstance& device);
 
 /// The key `name`, without padding, of the instance at the end `endName` of an association; "" where there is none.
 std::string keyAt(const minihost::memoryInstance& association, std::string_view endName, const char* name);
+
+/// The node at which the device of an instance is; "" for other instances. A disk that another node was asked for its
+/// own words is at the first one still.
+std::string nodeOf(const minihost::memoryInstance& instance);
+
+/// What the kernel calls the device of an instance, or null.
+const sys::kernelNames* findKernelNames(const sys::kernelNameMap& known, const minihost::memoryInstance& instance);
+
+/// The names of the device of an instance with blanks between them; "" if there are none.
+std::string kernelNameText(const sys::kernelNameMap& known, const minihost::memoryInstance& instance);
 
 } // namespace inventory

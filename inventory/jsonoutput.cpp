@@ -1,5 +1,6 @@
 #include "inventory/output.h"
 
+#include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
 #include "text/codepoints.h"
 

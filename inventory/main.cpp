@@ -1,5 +1,4 @@
 #include "inventory/askedmachine.h"
-#include "inventory/jsonschema.h"
 #include "inventory/options.h"
 #include "inventory/output.h"
 #include "inventory/outputfile.h"

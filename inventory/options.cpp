@@ -1,7 +1,6 @@
 #include "inventory/options.h"
 
-#include "inventory/classnames.h"
-#include "inventory/usage.h"
+#include "inventory/words.h"
 
 #include <CLI/CLI.hpp>
 

@@ -17,9 +17,13 @@ struct tableStyle {
 /// Writes a table for people: one for each class that a query asked for, with a heading and a count.
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output);
 
-/// Writes one JSON document (docs/json.md, schema/inventory.schema.json). Properties stand in the order in which they
+/// Writes one JSON document (docs/json.md). Properties stand in the order in which they
 /// were first set; every byte of a text becomes the code point of the same number.
 void writeJson(const runResult& result, std::ostream& output);
+
+/// Writes the JSON Schema (2020-12) of the documents that writeJson() writes: schema/inventory.schema.json. Members
+/// that it does not name are allowed: a later version may have more.
+void writeJsonSchema(std::ostream& output);
 
 /// Writes the declarations and the instances of a run as one MOF document that a CIM compiler takes whole.
 ///

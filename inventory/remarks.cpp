@@ -1,7 +1,8 @@
 #include "inventory/remarks.h"
 
 #include "device/scsidevice_linux.h"
-#include "inventory/firmwareremarks.h"
+
+#include <boost/algorithm/string.hpp>
 
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <sstream>
+#include <utility>
 
 namespace inventory {
 
@@ -27,12 +29,11 @@ bool isOnPath(const std::string& command) {
 }
 
 /// The first texts with commas between them, and how many more there are.
-std::string shortList(const texts& list) {
+std::string shortList(texts list) {
     constexpr std::size_t most = 5;
-    std::string text;
-    for (std::size_t i = 0; i < std::min(most, list.size()); ++i)
-        text += (i == 0 ? "" : ", ") + list[i];
-    return text + (list.size() > most ? " and " + std::to_string(list.size() - most) + " more" : "");
+    const std::size_t others = list.size() - std::min(most, list.size());
+    list.resize(list.size() - others);
+    return boost::join(list, ", ") + (others == 0 ? "" : " and " + std::to_string(others) + " more");
 }
 
 /// "2 of 3 device nodes", what happened to them, and which they are.
@@ -41,7 +42,7 @@ std::string nodesText(const std::vector<sys::nodeFailure>& nodes, const coverage
     for (const auto& node : nodes)
         names.push_back(node.path + (node.why.empty() ? "" : " (" + node.why + ')'));
     return std::to_string(nodes.size()) + " of " + std::to_string(seen.nodes.present) + ' ' + what + ": " +
-           shortList(names);
+           shortList(std::move(names));
 }
 
 /// A remark on what only root may do.
@@ -95,7 +96,7 @@ void remarkOnForeignWords(const runResult& result, texts& remarks) {
         disks.push_back(disk.append(" is ").append(names.front()).append(", but was asked at ").append(askedAt));
     }
     if (!disks.empty())
-        remarks.push_back("the words of ATA disks come from other disks: " + shortList(disks));
+        remarks.push_back("the words of ATA disks come from other disks: " + shortList(std::move(disks)));
 }
 
 /// Was the machine looked at, and has none?

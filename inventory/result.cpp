@@ -4,6 +4,14 @@
 
 namespace inventory {
 
+bool messageList::add(message::source from, int level, const std::string& text) {
+    const auto [place, isNew] = places_.try_emplace({from, level, text}, list_.size());
+    if (isNew)
+        list_.push_back({from, level, text, 0});
+    ++list_[place->second].count;
+    return isNew;
+}
+
 std::size_t runResult::instanceCount() const {
     std::size_t count = 0;
     for (const auto& query : queries)

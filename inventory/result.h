@@ -1,14 +1,15 @@
 #pragma once
 
-#include "inventory/kernelnames.h"
-#include "inventory/messages.h"
 #include "minihost/memorynamespace.h"
+#include "system/machineanswers.h"
 #include "system/watchedmachine.h"
 
 #include <cstddef>
 #include <ctime>
+#include <map>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace inventory {
@@ -18,6 +19,29 @@ struct queryResult {
     std::vector<std::string> classes;
     std::vector<boost::shared_ptr<minihost::memoryInstance>> instances; ///< committed during it, in commit order
     std::optional<std::string> error; ///< the text of the exception that escaped from it
+};
+
+/// A message of the plug-in's log, or a remark of the program.
+struct message {
+    enum source { plugin, program };
+
+    source from;
+    int level; ///< of the log; of a remark 0
+    std::string text;
+    std::size_t count; ///< how often it came
+};
+
+/// The messages of a run, equal ones once, in the order in which they came first.
+class messageList {
+public:
+    /// Takes a message; true when it is the first of its kind.
+    bool add(message::source from, int level, const std::string& text);
+
+    const std::vector<message>& all() const { return list_; }
+
+private:
+    std::map<std::tuple<message::source, int, std::string>, std::size_t> places_;
+    std::vector<message> list_;
 };
 
 /// What a run saw of the machine, and what it could not see.

@@ -11,11 +11,15 @@ struct usageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The words with commas between them.
-std::string joined(const std::vector<std::string>& words);
+/// Reads a query: class names with commas between them. A class can be called by its name or its short name, in any
+/// case. Returns the names of the classes in the same order. Throws usageError for an unknown class and an empty name.
+std::vector<std::string> parseQuery(const std::string& query);
 
-/// The text in lower-case ASCII letters.
-std::string inLowerCase(std::string text);
+/// One query for each class that can have instances.
+std::vector<std::vector<std::string>> defaultQueries();
+
+/// The classes that have short names, a line for each: "  SHORT  NAME", the names one below the other.
+std::string shortNameLines();
 
 /// " (did you mean ...?)" with the word of `known` that takes the fewest changed, added or removed characters to become
 /// `word`, in whatever case; "" when that is more than a third of it.
