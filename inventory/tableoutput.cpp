@@ -23,14 +23,8 @@ using minihost::memoryInstance;
 
 namespace {
 
-/// What a cell can need to know beside its own instance.
-struct knownDevices {
-    std::map<std::string, const memoryInstance*> byId; ///< by their DeviceID: the node is the device
-    const sys::kernelNameMap& kernelNames;
-};
-
 /// Makes the text of a column for an instance.
-using cellText = std::function<std::string(const memoryInstance&, const knownDevices&)>;
+using cellText = std::function<std::string(const memoryInstance&)>;
 
 struct column {
     std::string heading;
@@ -44,7 +38,7 @@ struct section {
 };
 
 cellText property(std::string_view name) {
-    return [name](const memoryInstance& instance, const knownDevices& /*devices*/) {
+    return [name](const memoryInstance& instance) {
         return propertyOf(instance, name);
     };
 }
@@ -58,14 +52,9 @@ std::string withoutDirectory(std::string path) {
 }
 
 cellText node(std::string_view name) {
-    return [name](const memoryInstance& instance, const knownDevices& /*devices*/) {
+    return [name](const memoryInstance& instance) {
         return withoutDirectory(propertyOf(instance, name));
     };
-}
-
-/// What the kernel calls the device that it also offers as an sg node.
-std::string kernelName(const memoryInstance& device, const knownDevices& devices) {
-    return kernelNameText(devices.kernelNames, device);
 }
 
 /// lsscsi's words for the peripheral device types by their numbers. It has none but their numbers for 10 and 11.
@@ -75,17 +64,15 @@ constexpr const char* typeWords[] = {"disk",    "tape",    "printer", "process",
 static_assert(std::size(typeWords) == std::size(peripheralTypes), "each type has a word");
 
 /// The word for a device's type, or the type's own name if it is not in the table.
-std::string shortTypeName(const memoryInstance& device, const knownDevices& /*devices*/) {
+std::string shortTypeName(const memoryInstance& device) {
     const std::string name = propertyOf(device, "DeviceType");
     const auto* const type = std::find(std::begin(peripheralTypes), std::end(peripheralTypes), name);
     return type == std::end(peripheralTypes) ? name : typeWords[type - std::begin(peripheralTypes)];
 }
 
-std::string address(const memoryInstance& device, const knownDevices& /*devices*/) { return addressOf(device); }
-
 /// The words for those of the 16-bit properties that are not 0.
 cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfProperty) {
-    return [wordOfProperty](const memoryInstance& drive, const knownDevices& /*devices*/) {
+    return [wordOfProperty](const memoryInstance& drive) {
         std::string words;
         for (const auto& [name, word] : wordOfProperty) {
             if (propertyOf(drive, name) != "0")
@@ -95,33 +82,28 @@ cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfPro
     };
 }
 
-std::string deviceNode(const memoryInstance& association, const knownDevices& /*devices*/) {
+std::string deviceNode(const memoryInstance& association) {
     return withoutDirectory(keyAt(association, "Dependent", "DeviceID"));
 }
 
 cellText keyOf(std::string_view endName, const char* name) {
-    return [endName, name](const memoryInstance& association, const knownDevices& /*devices*/) {
+    return [endName, name](const memoryInstance& association) {
         return keyAt(association, endName, name);
     };
 }
 
-std::string deviceName(const memoryInstance& association, const knownDevices& devices) {
-    const auto found = devices.byId.find(keyAt(association, "Dependent", "DeviceID"));
-    return found == devices.byId.end() ? "" : propertyOf(*found->second, "ElementName");
-}
+using sectionTable = std::map<std::string_view, section>;
 
-const std::map<std::string_view, section>& sections() {
-    static const std::vector<column> deviceColumns{{"Node", node("Name")},           {"Kernel", kernelName},
-                                                   {"Vendor", property("VendorID")}, {"Product", property("ProductID")},
-                                                   {"Rev", property("Revision")},    {"Serial", property("serialNum")},
-                                                   {"Type", shortTypeName},          {"H:C:T:L", address}};
+/// The sections of all classes. `kernelName` and `deviceName` need to know more than an instance.
+sectionTable sections(const cellText& kernelName, const cellText& deviceName) {
+    const std::vector<column> ideColumns{
+        {"Node", node("Name")},        {"Vendor", property("VendorID")},  {"Product", property("ProductID")},
+        {"Rev", property("Revision")}, {"Serial", property("serialNum")}, {"Type", shortTypeName},
+        {"H:C:T:L", addressOf}};
     // The name of an IDE node is the kernel's own.
-    static const std::vector<column> ideColumns = [] {
-        auto columns = deviceColumns;
-        columns.erase(columns.begin() + 1);
-        return columns;
-    }();
-    static const std::map<std::string_view, section> table{
+    std::vector<column> deviceColumns = ideColumns;
+    deviceColumns.insert(deviceColumns.begin() + 1, {"Kernel", kernelName});
+    return {
         {busDeviceClass, {"Bus devices", deviceColumns}},
         {scsiDeviceClass, {"SCSI devices", deviceColumns}},
         {tapeDriveClass, {"SCSI tape drives", deviceColumns}},
@@ -146,15 +128,14 @@ const std::map<std::string_view, section>& sections() {
            {"Firmware", keyOf("Antecedent", "Version")},
            {"Device identity", keyOf("Antecedent", "SoftwareElementId")}}}},
     };
-    return table;
 }
 
 /// The columns of a class: those of its section, or else of the nearest superclass that has one, or else a column for
 /// each property.
-std::vector<column> columnsOf(const minihost::classDeclaration& declaration) {
+std::vector<column> columnsOf(const minihost::classDeclaration& declaration, const sectionTable& table) {
     for (const auto* owner = &declaration; owner != nullptr; owner = minihost::findClass(owner->base)) {
-        const auto own = sections().find(owner->name);
-        if (own != sections().end())
+        const auto own = table.find(owner->name);
+        if (own != table.end())
             return own->second.columns;
     }
     std::vector<column> plain;
@@ -175,29 +156,28 @@ void writeProperties(const memoryInstance& instance, std::ostream& output) {
 using instanceList = std::vector<const memoryInstance*>;
 
 /// Writes a row for each instance and, if the style wants them, the properties of each below the table.
-void writeRows(const instanceList& instances, const std::vector<column>& shown, const knownDevices& devices,
-               const tableStyle& style, std::ostream& output) {
+void writeRows(const instanceList& instances, const std::vector<column>& shown, const tableStyle& style,
+               std::ostream& output) {
     std::vector<std::string> headings;
     for (const auto& each : shown)
         headings.push_back(each.heading);
     columns rows(headings);
     for (const auto* instance : instances) {
         std::vector<std::string> row;
-        row.reserve(shown.size());
         for (const auto& each : shown)
-            row.push_back(each.text(*instance, devices));
+            row.push_back(each.text(*instance));
         rows.add(std::move(row));
     }
     rows.write(output, style.width);
     if (!style.allProperties)
         return;
     for (const auto* instance : instances) {
-        output << "\n  " << escaped(shown.front().text(*instance, devices)) << '\n';
+        output << "\n  " << escaped(shown.front().text(*instance)) << '\n';
         writeProperties(*instance, output);
     }
 }
 
-void writeSection(const std::string& className, const queryResult& query, const knownDevices& devices,
+void writeSection(const std::string& className, const queryResult& query, const sectionTable& table,
                   const tableStyle& style, std::ostream& output) {
     instanceList instances;
     for (const auto& instance : query.instances) {
@@ -205,33 +185,40 @@ void writeSection(const std::string& className, const queryResult& query, const 
             instances.push_back(instance.get());
     }
     const std::string count = instances.empty() ? "none" : std::to_string(instances.size());
-    const auto own = sections().find(className);
-    output << (own == sections().end() ? className : own->second.title + " (" + className + ')') << ": " << count
-           << '\n';
+    const auto own = table.find(className);
+    output << (own == table.end() ? className : own->second.title + " (" + className + ')') << ": " << count << '\n';
     if (instances.empty())
         return;
-    const std::vector<column> shown = columnsOf(instances.front()->declaration());
+    const std::vector<column> shown = columnsOf(instances.front()->declaration(), table);
     if (!shown.empty())
-        writeRows(instances, shown, devices, style, output);
+        writeRows(instances, shown, style, output);
 }
 
 } // namespace
 
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output) {
-    knownDevices devices{{}, result.kernelNames};
-    bool first = true;
+    std::map<std::string, std::string> deviceNames; // by DeviceID: the node is the device
+    const cellText kernelName = [&result](const memoryInstance& device) {
+        return kernelNameText(result.kernelNames, device);
+    };
+    const cellText deviceName = [&deviceNames](const memoryInstance& association) {
+        const auto found = deviceNames.find(keyAt(association, "Dependent", "DeviceID"));
+        return found == deviceNames.end() ? "" : found->second;
+    };
+    const sectionTable table = sections(kernelName, deviceName);
+    const char* gap = "";
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
             if (isKindOf(instance->declaration(), busDeviceClass))
-                devices.byId[propertyOf(*instance, "DeviceID")] = instance.get();
+                deviceNames[propertyOf(*instance, "DeviceID")] = propertyOf(*instance, "ElementName");
         }
         std::set<std::string> shown;
         for (const auto& className : query.classes) {
             if (!shown.insert(className).second)
                 continue;
-            output << (first ? "" : "\n");
-            first = false;
-            writeSection(className, query, devices, style, output);
+            output << gap;
+            gap = "\n";
+            writeSection(className, query, table, style, output);
         }
     }
 }
