@@ -1,9 +1,6 @@
 // In which class a stored record appears, and whether it does at all.
 
-#include "tests/scarcememory.h"
 #include "tests/simulatedmachine.h"
-
-#include <new>
 
 namespace {
 
@@ -87,26 +84,4 @@ TEST_F(Records, AreKeptOnceForANodeAndConsumed) {
     EXPECT_EQ(each(kept, "DeviceID"), (strings{"/dev/sg10", "/dev/sg2", "/dev/sg1"}));
     EXPECT_EQ(each(kept, "ProductID"), (strings{"++", "+++", "++++"}));
     EXPECT_TRUE(written({scsi}).empty());
-}
-
-TEST_F(Records, AreStoredWholeOrNotAtAll) {
-    for (const char* path : {"/dev/sg0", "/dev/sg2"}) {
-        std::size_t failures = 0;
-        for (bool stored = false; !stored; failures += stored ? 0 : 1) {
-            plugin_ = std::make_unique<TScsidevPluginCallbacks>();
-            store(0, "first", "", "/dev/sg0");
-            store(0, "second", "", "/dev/sg1");
-            const std::size_t before = scarceMemory::living();
-            try {
-                const scarceMemory memory(failures, true);
-                store(0, "a product whose name needs memory of its own", "", path);
-                stored = true;
-            } catch (const std::bad_alloc&) {
-                EXPECT_EQ(scarceMemory::living(), before);
-                EXPECT_EQ(each(written({scsi}), "ElementName"), (strings{" first", " second"}));
-            }
-            written({scsi}); // the store does not free what nobody asks for
-        }
-        EXPECT_GT(failures, 2U);
-    }
 }

@@ -2,9 +2,8 @@
 
 #include "system/machinefile.h"
 #include "system/recordedmachine.h"
-#include "system/replayedmachine.h"
+#include "system/simulatedmachine.h"
 #include "system/watchedmachine.h"
-#include "tests/notedmachine.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
@@ -60,26 +59,6 @@ TEST(RecordedMachine, WritesDownWhatARunSeldomMeets) {
     recorded.close(fd);
     recorded.system(loadDriver);
     EXPECT_EQ(sys::machineFileText(recorded.answers()), sys::machineFileText(sys::parseMachine(rare, "")));
-}
-
-TEST(ReplayedMachine, AsksTheMachineBelowOnce) {
-    sys::simulatedMachine machine(sys::parseMachine(R"({"modprobe": [0, 1], "nodes": {
-        "/dev/hda": {"opticalCapability": [0, "EIO"]}, "/dev/hdb": {"open": ["EACCES", true]}}})",
-                                                    ""));
-    notedMachine noted(machine);
-    sys::recordedMachine recorded(noted);
-    sys::replayedMachine replayed(recorded, recorded);
-    std::size_t calls = 0;
-    for (int walk = 0; walk < 3; ++walk) {
-        EXPECT_EQ(replayed.system(loadDriver), 0);
-        EXPECT_EQ(ask(replayed, "/dev/hda"), 0);
-        EXPECT_EQ(ask(replayed, "/dev/hdb"), EACCES);
-        EXPECT_EQ(ask(replayed, "/dev/hdc"), ENOENT);
-        EXPECT_EQ(replayed.sleep(5), 0U);
-        calls = walk == 0 ? noted.calls().size() : calls;
-    }
-    EXPECT_EQ(noted.calls().size(), calls);
-    EXPECT_EQ(machine.secondsSkipped(), 5U);
 }
 
 TEST(WatchedMachine, TellsEachStepAndWhatAWalkCameTo) {

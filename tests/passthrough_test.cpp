@@ -51,28 +51,6 @@ TEST_F(PassThrough, RefusesEmulatedHostsButForTapesAndCartridges) {
     EXPECT_EQ(cdb_[8], 0xFF) << "the caller's command is changed";
 }
 
-TEST_F(PassThrough, SendsTheCommandsForTapesToo) {
-    open();
-    at("/dev/sg0").emulated = sys::numberAnswer{0, 0};
-    const std::pair<const unsigned char*, std::string> commands[] = {
-        {test_unit_ready, "00 00 00 00 00 00"},
-        {load_cmd, "1b 00 00 00 01 00"},
-        {unload_cmd, "1b 00 00 00 00 00"},
-        {prevent_cmd, "1e 00 00 00 01 00"},
-        {allow_cmd, "1e 00 00 00 00 00"},
-        {send_diags, "1d 00 00 00 00 00"},
-        {rewind_cmd, "01 01 00 00 00 00"},
-        {tapeAlert_cmd, "4d 00 6e 00 00 00 00 02 00 00"},
-        {driveUsage_cmd, "4d 00 40 00 00 00 00 ff ff 00"},
-        {deviceStatus_cmd, "4d 00 33 00 00 00 01 02 00 00"},
-    };
-    for (const auto& [command, bytes] : commands) {
-        EXPECT_EQ(send(command, static_cast<int>(bytes.size() + 1) / 3), -1) << "the simulated device refuses it";
-        EXPECT_EQ(passThrough_.getASC(), 0x20) << "as an unknown command";
-        EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO " + bytes + " length 65535");
-    }
-}
-
 TEST_F(PassThrough, LogsTheSenseThatItHasRoomFor) {
     sys::scsiAnswer answer = check(5, 0, 0);
     answer.info |= SG_INFO_DIRECT_IO;
