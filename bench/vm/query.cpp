@@ -3,6 +3,7 @@
 
 #include "minihost/memorynamespace.h"
 #include "minihost/pluginlibrary.h"
+#include "system/thismachine.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -10,10 +11,12 @@
 #include <iostream>
 #include <vector>
 
-/// Stands before the C library's, for the plug-in too: no shell runs.
-extern "C" [[gnu::visibility("default")]] int system(const char* /*command*/) { return 0; }
-
 namespace {
+
+struct machineWithoutShell : sys::thisMachine {
+    using thisMachine::thisMachine;
+    int system(const char* /*command*/) override { return 0; }
+};
 
 constexpr std::size_t disks = 32; // as the guest has
 
@@ -39,6 +42,8 @@ bool query(minihost::pluginLibrary& plugin) {
 int main(int argc, char** argv) {
     if (argc != 2)
         return 2;
+    machineWithoutShell machine(sys::virtualDeviceLists{});
+    const sys::machineInUse inUse(machine);
     const long long before = processNanoseconds();
     minihost::pluginLibrary plugin(argv[1], argv[1]);
     std::cout << processNanoseconds() - before << '\n';
