@@ -8,16 +8,17 @@
 
 namespace sys {
 
-/// Runs `command`, found on the path, without a shell, and gives its standard output. That it could not be started, was
-/// ended after `limit`, or ended by a signal or with another exit status than 0, is a failure.
+/// Runs `command`, found on PATH, without a shell, and returns its standard output. It is a failure when the command
+/// cannot be started, is ended after `limit`, or ends by a signal or with another exit status than 0.
 serviceAnswer outputOf(const std::string& command, const std::vector<std::string>& arguments,
                        std::chrono::milliseconds limit);
 
-/// What std::system does, but interrupts stay with this process, which can end the command by endChildAtOnce().
+/// Does what std::system does, but this process does not ignore interrupts meanwhile: its handler can end the command
+/// by endChildAtOnce().
 int shellStatus(const char* command);
 
-/// Ends the child that one of these runs right now, if there is one, and all that it has started. Safe in a signal
-/// handler.
+/// Ends the child that one of these functions waits for, if there is one, and everything that the child started. Safe
+/// in a signal handler.
 void endChildAtOnce();
 
 } // namespace sys

@@ -3,8 +3,8 @@
 #include <dlfcn.h>
 #include <sys/types.h>
 
-/// The C library's functions of these names. Called by name they would be those that this process puts before it, which
-/// ask the machine in use.
+/// The C library's own functions. A plain call by one of these names reaches this process's definition of it instead,
+/// which asks the machine in use.
 namespace sys::cLibrary {
 
 /// The definition of `name` that comes after this program's own.

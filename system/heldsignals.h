@@ -4,7 +4,7 @@
 
 namespace sys {
 
-/// Holds all signals to this thread back while it lives.
+/// Blocks all signals to this thread while it lives.
 class heldSignals {
 public:
     heldSignals() {
@@ -16,7 +16,7 @@ public:
     heldSignals(const heldSignals&) = delete;
     heldSignals& operator=(const heldSignals&) = delete;
 
-    /// Those that were held back before it.
+    /// The signals that were blocked before it.
     const sigset_t& before() const { return before_; }
 
 private:

@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
-/// Called sys, since system is the name of a function.
+/// This namespace is called sys because `system` is the name of a function.
 namespace sys {
 
-/// What a service gave.
+/// What a service answers.
 struct serviceAnswer {
-    std::string text;    ///< as much as there is
-    std::string failure; ///< why that is not all; "" when it is
+    std::string text;    ///< what could be read
+    std::string failure; ///< why that is not everything; "" when it is
 };
 
 /// A machine, as the plug-in and the host around it ask it.
@@ -41,8 +41,8 @@ public:
     virtual serviceAnswer captureFile(const std::string& path) = 0;
 
     // What the kernel tells without being asked at a node.
-    /// The kernel's names of the devices behind those of these nodes of which it has any. To read the wwid takes longer
-    /// than the rest.
+    /// What the kernel calls the devices at these nodes. A node for which it has no names is left out. Reading the wwid
+    /// takes longer than the rest.
     virtual kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) = 0;
     /// The paths of all sg nodes.
     virtual std::vector<std::string> sgNodes() = 0;
@@ -53,7 +53,7 @@ public:
     virtual ~machine() = default;
 };
 
-/// A machine around another one, to which it passes on what a derived class does not do itself.
+/// A machine around another one. It passes on every call that a derived class does not handle.
 class layer : public machine {
 public:
     /// `below` has to outlive it.
@@ -83,7 +83,7 @@ private:
     machine& below_;
 };
 
-/// Makes a machine the one that this process asks, while it lives; then it is the one of before again.
+/// While it lives, this process asks the machine `asked`. At its end the process asks the machine of before again.
 class machineInUse {
 public:
     explicit machineInUse(machine& asked);

@@ -70,11 +70,11 @@ struct scsiAnswer {
     unsigned short hostStatus = 0;
     unsigned short driverStatus = 0;
     unsigned info = 0;
-    std::optional<int> residual; ///< none: the part of the buffer that the data does not fill
+    std::optional<int> residual; ///< none: as much as the data leaves of the buffer
 };
 
-/// Calls `visit` with the name and the value of each number that the driver reports beside data and sense. Whatever
-/// reads, writes or makes answers walks this list.
+/// Calls `visit` with the name and the value of each number that the driver reports beside data and sense. All code
+/// that reads, writes or makes answers walks this list.
 template <typename ScsiAnswer, typename Visit>
 void eachStatus(ScsiAnswer& answer, Visit visit) {
     visit("status", answer.status);
@@ -102,7 +102,7 @@ struct kernelNames {
     bool empty() const { return names.empty() && wwid.empty(); }
 };
 
-/// By the path of the node. Has no entry for a node that the kernel calls nothing.
+/// By the path of the node. A node for which the kernel has no names has no entry.
 using kernelNameMap = std::map<std::string, kernelNames>;
 
 /// One device node. A request for which there are no answers is refused as a node of its family refuses it.
@@ -119,7 +119,7 @@ struct node {
     answerList<numberAnswer> opticalCapability; ///< CDROM_GET_CAPABILITY
 };
 
-/// Calls `visit` with the name and the answers of all that a node is asked. Whatever reads, writes or makes answers
+/// Calls `visit` with the name and the answers of each request to a node. All code that reads, writes or makes answers
 /// walks this list: a new request is added here and to requests.cpp.
 template <typename Node, typename Visit>
 void eachAnswer(Node& node, Visit visit) {

@@ -10,7 +10,7 @@ namespace sys {
 /// (system/jsonplace.h).
 machineAnswers readMachineFile(const std::string& path);
 
-/// The same from a text; `name` stands for the file in errors.
+/// The same from a text. Errors name the file `name`.
 machineAnswers parseMachine(const std::string& text, const std::string& name);
 
 /// The text of the machine file (docs/machine-files.md) for a machine. Leaves out nodes that never existed, and answers

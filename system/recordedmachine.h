@@ -6,8 +6,8 @@
 
 namespace sys {
 
-/// Keeps every answer of the machine below, for a simulated machine that answers the same. It makes no call on a device
-/// node itself: that would be one access too many.
+/// Keeps every answer of the machine below, so that a simulated machine can give the same answers. It never calls a
+/// device node by itself: a recorded run asks a device no more than a plain one.
 class recordedMachine : public layer {
 public:
     using layer::layer;
@@ -23,7 +23,7 @@ public:
     /// The answers so far, of device nodes, shell commands and services.
     const machineAnswers& answers() const { return answers_; }
 
-    /// These with what else the machine below tells of itself: what a machine file holds.
+    /// All that a machine file holds: these answers and what else the machine below tells of itself.
     machineAnswers wholeMachine();
 
 private:

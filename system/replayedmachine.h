@@ -7,13 +7,12 @@
 
 namespace sys {
 
-/// Lets a plug-in walk the device nodes of the machine below once and gives it the same answers in every later walk,
-/// without waiting; of a command that was retried, the last. All but nodes and their driver is the machine's below.
-///
-/// Loading the driver begins a walk.
+/// Lets a plug-in walk the device nodes of the machine below once. In every later walk it gives the same answers,
+/// without waiting; of a command that was retried it gives the last. Loading the driver begins a walk. Whatever is no
+/// node and not the driver is always asked of the machine below.
 class replayedMachine : public layer {
 public:
-    /// `walk` is a layer below `below`, or `below` itself: it keeps the answers of the first walk.
+    /// `walk` is `below` or a layer under it, and keeps the answers of the first walk.
     replayedMachine(machine& below, const recordedMachine& walk) : layer(below), walk_(walk) {}
 
     int open(const char* path, int flags, mode_t mode) override;
@@ -24,7 +23,7 @@ public:
 
 private:
     const recordedMachine& walk_;
-    std::optional<simulatedMachine> again_; ///< what answered in the first walk; none: that is not over yet
+    std::optional<simulatedMachine> again_; ///< answers all walks but the first; none: that one is not over
 };
 
 } // namespace sys

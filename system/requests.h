@@ -7,7 +7,7 @@
 
 namespace sys {
 
-/// Register bytes of HDIO_DRIVE_TASK (linux/hdreg.h), before and after.
+/// How many register bytes HDIO_DRIVE_TASK (linux/hdreg.h) takes, and how many it returns.
 constexpr std::size_t taskBytes = 7;
 
 /// The result of a request: a value, or an errno.
@@ -20,8 +20,8 @@ struct requestResult {
 /// data in `argument`. Refuses requests and SCSI commands that it does not know as a driver or a device would.
 requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument);
 
-/// The other way round: adds to the answers of a node what a request has come to. `argument` is as the driver left it;
-/// `error` is the errno if the request failed, or 0.
+/// The other way round: adds the outcome of a request to the answers of a node. `argument` is as the driver left it;
+/// `error` is the errno of a request that failed, or 0.
 void keepAnswer(node& asked, unsigned long request, const void* argument, int result, int error);
 
 } // namespace sys

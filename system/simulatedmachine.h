@@ -9,8 +9,8 @@
 
 namespace sys {
 
-/// The machine of a machine file: answers for its nodes, its driver, its USB query and its optical-drive table, and
-/// starts no process. All other files are the C library's.
+/// The machine of a machine file. It answers for its nodes, its driver, its USB query and its optical-drive table, and
+/// starts no process. Calls on any other file go to the C library.
 class simulatedMachine : public machine {
 public:
     explicit simulatedMachine(machineAnswers answers) : answers_(std::move(answers)) {}
@@ -33,7 +33,7 @@ public:
     kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
     std::vector<std::string> sgNodes() override;
 
-    /// Answers each request with its first answer again.
+    /// From now on each request gets its first answer again.
     void rewind();
 
     bool owns(int fd) const { return open_.count(fd) != 0; }
@@ -42,8 +42,8 @@ public:
     machineAnswers& answers() { return answers_; }
 
 protected:
-    /// A new descriptor for a node. It is a number beyond every descriptor of this process, for a program that does no
-    /// more with it than this machine answers.
+    /// A new descriptor for a node: a number larger than any real descriptor of this process. That is enough for a
+    /// program that gives it to the calls above only.
     virtual int newDescriptor();
 
 private:

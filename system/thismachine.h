@@ -7,7 +7,7 @@ namespace sys {
 /// The machine that this process runs on.
 class thisMachine : public machine {
 public:
-    /// Nobody here knows the management controller's virtual devices: these are named by the user.
+    /// `named` are the management controller's virtual devices. Nothing here can find them out, so the user names them.
     explicit thisMachine(virtualDeviceLists named) : virtualDevices_(std::move(named)) {}
 
     int open(const char* path, int flags, mode_t mode) override;

@@ -20,16 +20,16 @@ struct nodeFailure {
     std::string why;
 };
 
-/// What opening and asking told of the device nodes that were looked at, each list in the order of the walk.
+/// What was seen of the device nodes that a plug-in looked at. Each list is in the order of the walk.
 struct nodeReport {
-    std::size_t present = 0;                                         ///< nodes that opened or were refused
-    std::vector<nodeFailure> refused;                                ///< that are there and did not open
-    std::vector<nodeFailure> silent;                                 ///< that opened and did not identify themselves
-    std::vector<std::pair<std::string, std::string>> askedElsewhere; ///< sg nodes, and the nodes of their disks' words
+    std::size_t present = 0;          ///< number of nodes that opened or refused to
+    std::vector<nodeFailure> refused; ///< nodes that are there and did not open
+    std::vector<nodeFailure> silent;  ///< nodes that opened and did not identify themselves
+    std::vector<std::pair<std::string, std::string>> askedElsewhere; ///< sg nodes, and the nodes that identified them
 };
 
-/// Watches what a plug-in asks of the machine below: which device nodes are there, which refuse to open, and which open
-/// but do not identify themselves; whether the driver could be loaded, and what could not be read.
+/// Watches what a plug-in asks the machine below. It notes which device nodes are there, which refuse to open and which
+/// open but do not identify themselves, whether the driver could be loaded, and what could not be read.
 ///
 /// A node is there when opening it succeeds or fails with another error than ENOENT, ENXIO and ENODEV. It has
 /// identified itself once INQUIRY, IDENTIFY DEVICE or CDROM_GET_CAPABILITY has succeeded. A /dev/sd node is opened in
@@ -39,7 +39,7 @@ class watchedMachine : public layer {
 public:
     using layer::layer;
 
-    /// From now on `step` is told what begins that can take long: a node, a pause, a shell command.
+    /// From now on `step` is called before everything that can take long: a node, a pause, a shell command.
     void onStep(std::function<void(const std::string& step)> step) { step_ = std::move(step); }
 
     int open(const char* path, int flags, mode_t mode) override;
@@ -51,13 +51,14 @@ public:
                         std::chrono::seconds limit) override;
     serviceAnswer captureFile(const std::string& path) override;
 
-    /// What the device nodes told so far.
+    /// What was seen so far.
     nodeReport nodes() const;
 
-    /// The wait status of loading the driver; of several, that of the first that failed. None: nobody tried.
+    /// The wait status of loading the driver. If the driver was loaded several times, the first failure counts. None:
+    /// nobody loaded it.
     std::optional<int> driverStatus() const { return driverStatus_; }
 
-    /// What could not be read, though it is there, with the reason.
+    /// What is there but could not be read, with the reason.
     const std::vector<std::string>& unread() const { return unread_; }
 
 private:
