@@ -41,7 +41,7 @@ private:
     int fd_;
 };
 
-/// The child that is waited for, which leads a process group of its own; 0: none. For signal handlers too.
+/// The child that this process waits for, which leads a process group of its own; 0: none. Signal handlers read it.
 std::atomic<pid_t> running{0};
 static_assert(std::atomic<pid_t>::is_always_lock_free);
 
@@ -88,8 +88,8 @@ bool hasEnded(pid_t child, int options) {
     return result == -1 || end.si_pid == child;
 }
 
-/// A command from its start until it is reaped, by the destructor at the latest: no way out, an exception because
-/// memory runs out included, leaves a zombie.
+/// A command from its start until it is reaped. The destructor reaps it at the latest, so even an exception, as when
+/// memory runs out, leaves no zombie.
 class childProcess {
 public:
     /// `output` becomes the command's standard output.
@@ -196,7 +196,8 @@ void endChildAtOnce() {
     if (group == 0)
         return;
     ::kill(-group, SIGKILL);
-    // What it is writing may come into being until it has gone; a process that hangs in a driver is not waited for.
+    // Until it has gone it can still create the file that it writes. A process that hangs in a driver is not waited for
+    // any longer.
     for (int milliseconds = 0; milliseconds < 100 && ::kill(-group, 0) == 0; ++milliseconds) {
         ::waitpid(group, nullptr, WNOHANG);
         ::poll(nullptr, 0, 1);

@@ -1,6 +1,6 @@
 // Defines functions that the C library has too. The dynamic loader finds these first, also for the plug-in and other
-// libraries: each is that of the machine in use, or the C library's where there is none. Programs that are fortified or
-// built for large files call the same functions by other names (__open_2, open64), so these are here too.
+// libraries. Each calls the machine in use, or the C library where there is none. Programs that are fortified or built
+// for large files call the same functions by other names (__open_2, open64), so those are here too.
 
 #include "system/clibrary.h"
 #include "system/machine.h"

@@ -70,7 +70,7 @@ public:
         return fd;
     }
 
-    // What makes calls here while another does, such as a file that is written, does so on the same thread.
+    // Recursive: a call can lead to another one on the same thread, for example while a file is written.
     using lock = std::lock_guard<std::recursive_mutex>;
     static inline std::recursive_mutex inUse;
 };
@@ -90,8 +90,8 @@ preloadedMachine* loaded = nullptr;
         std::fprintf(stderr, "simulated machine: %s\n", text::escaped(failure.what()).c_str());
         ::_exit(1);
     }
-    // No other thread is at the machine while one forks. In the child, whose only thread is another one to the mutex,
-    // it begins anew.
+    // No other thread uses the machine while one forks. The child gets a new mutex, since the one that it inherits is
+    // held by a thread that it does not have.
     ::pthread_atfork([] { preloadedMachine::inUse.lock(); }, [] { preloadedMachine::inUse.unlock(); },
                      [] { new (&preloadedMachine::inUse) std::recursive_mutex; });
     new sys::machineInUse(*loaded);
