@@ -1,12 +1,17 @@
 #include "system/anonymize.h"
 
-#include "system/anonymoustexts.h"
 #include "system/pseudonyms.h"
 #include "system/requests.h"
+
+#include <boost/algorithm/string.hpp>
 
 #include <algorithm>
 #include <initializer_list>
 #include <iterator>
+#include <regex>
+#include <set>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -19,7 +24,7 @@ struct range {
 };
 
 // INQUIRY (SPC-4, 6.4.2), its unit serial number page (7.8.19) and sense data of fixed format (4.5.3).
-constexpr range inquiryData{0, 36};
+constexpr range inquiryData{0, 36}, inquiryVendor{8, 16}, inquiryProduct{16, 32};
 constexpr std::size_t pageLength = 3, pageText = 4;
 constexpr range fixedSense{0, 18};
 // IDENTIFY DEVICE (ACS-3, 7.12): words 0, 10 to 19 and 23 to 46.
@@ -107,11 +112,111 @@ void anonymizeNode(node& target, const pseudonyms& names) {
     changeEach(target.task, [](driveAnswer& answer) { keepOnly(answer.data, {{0, taskBytes}}); });
 }
 
+using nameSet = std::set<std::string>;
+
+/// Those of `names` that stand somewhere in one of the texts, in the order in which they are found. Names by the
+/// thousand take no more time than one.
+std::vector<std::string> namesIn(const std::vector<std::string>& texts, const nameSet& names) {
+    constexpr std::size_t longestName = 18; // a product in quotes; paths and names of drives are shorter
+    std::unordered_set<std::string_view> missing(names.begin(), names.end());
+    std::vector<std::string> found;
+    for (const std::string_view text : texts) {
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            for (std::size_t length = 1; length <= longestName; ++length) {
+                if (const auto candidate = text.substr(at, length); missing.erase(candidate) != 0)
+                    found.emplace_back(candidate);
+            }
+        }
+    }
+    return found;
+}
+
+/// The product that an INQUIRY answer names, or else the vendor, in quotes as the USB listing has it.
+std::string quotedProduct(const bytes& inquiry) {
+    std::string named;
+    for (const range field : {inquiryVendor, inquiryProduct}) {
+        const std::string text = textAt(inquiry, field);
+        if (text[0] != '\0')
+            named = text.substr(0, text.find('\0'));
+    }
+    return '"' + boost::trim_copy_if(named, boost::is_any_of(" \t")) + '"';
+}
+
+/// Leaves a line for each product in quotes that a device of the machine has.
+void anonymizeUsbListing(machineAnswers& machine) {
+    nameSet products;
+    for (const auto& [path, node] : machine.nodes) {
+        for (const auto& answer : node.inquiry.all())
+            products.insert(quotedProduct(answer.data));
+    }
+    const auto listed = namesIn({machine.usbListing}, products);
+    machine.usbListing.clear();
+    for (const auto& product : listed) // the lines are so long that no product stands in the quotes of two
+        machine.usbListing += "  Device: usb 0x4012 " + product + '\n';
+}
+
+// What the kernel writes before the columns (drivers/cdrom/cdrom.c, cdrom_sysctl_info).
+constexpr std::string_view tableHeading = "CD-ROM information, Id: cdrom.c 3.20 2003/12/17";
+constexpr std::string_view tableLabels[] = {tableHeading,       "drive name:",
+                                            "drive speed:",     "drive # of slots:",
+                                            "Can close tray:",  "Can open tray:",
+                                            "Can lock tray:",   "Can change speed:",
+                                            "Can select disk:", "Can read multisession:",
+                                            "Can read MCN:",    "Reports media changed:",
+                                            "Can play audio:",  "Can write CD-R:",
+                                            "Can write CD-RW:", "Can read DVD:",
+                                            "Can write DVD-R:", "Can write DVD-RAM:",
+                                            "Can read MRW:",    "Can write MRW:",
+                                            "Can write RAM:"};
+
+/// Writes x over what no kernel writes in a line of the table, so that lines and columns stay where they are. Adds the
+/// names of drives to `drives`.
+void hideForeignWords(std::string& line, nameSet& drives) {
+    static const std::regex driveName("(sr|scd|pcd)[0-9]{1,5}|hd[a-z]"), number("[-0-9]{0,5}");
+    const auto* const label = std::find_if(std::begin(tableLabels), std::end(tableLabels),
+                                           [&line](std::string_view known) { return boost::starts_with(line, known); });
+    if (label == std::end(tableLabels)) {
+        line.assign(line.size(), 'x');
+        return;
+    }
+    for (std::size_t begin = label->size(), end = 0; begin < line.size(); begin = end + 1) {
+        end = std::min(line.find_first_of("\t/", begin), line.size()); // the plug-in takes what follows the last slash
+        const std::string word = line.substr(begin, end - begin);
+        if (std::regex_match(word, driveName))
+            drives.insert(word);
+        else if (!std::regex_match(word, number))
+            line.replace(begin, word.size(), word.size(), 'x');
+    }
+}
+
+/// Returns the names of the drives.
+nameSet anonymizeOpticalTable(std::string& table) {
+    nameSet drives;
+    std::vector<std::string> lines;
+    boost::split(lines, table, [](char c) { return c == '\n'; });
+    for (auto& line : lines)
+        hideForeignWords(line, drives);
+    table = boost::join(lines, "\n");
+    return drives;
+}
+
+/// Leaves of the other texts than those of devices what the plug-in needs to leave out the same devices.
+void anonymizeLists(machineAnswers& machine) {
+    anonymizeUsbListing(machine);
+    const nameSet drives = machine.opticalTable ? anonymizeOpticalTable(*machine.opticalTable) : nameSet();
+    nameSet paths;
+    for (const auto& [path, node] : machine.nodes)
+        paths.insert(path);
+    auto& [disks, opticalDrives] = machine.virtualDevices;
+    disks = namesIn(disks, paths);
+    opticalDrives = namesIn(opticalDrives, drives);
+}
+
 } // namespace
 
 machineAnswers anonymize(machineAnswers machine, const std::string& key) {
     const pseudonyms names(key);
-    anonymizeTexts(machine);
+    anonymizeLists(machine);
     machine.name = names.of(machine.name);
     for (auto& [path, node] : machine.nodes)
         anonymizeNode(node, names);

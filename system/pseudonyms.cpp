@@ -1,5 +1,7 @@
 #include "system/pseudonyms.h"
 
+#include <boost/algorithm/string.hpp>
+#include <gcrypt.h>
 #include <sys/random.h>
 
 #include <cerrno>
@@ -27,12 +29,22 @@ char chosen(const char* characters, char random) {
 
 /// A character of the same kind as `original`, which `random` chooses.
 char likeness(char original, char random) {
-    if (std::strchr(" -.", original) != nullptr) // the terminating zero byte among them
+    if (original == ' ' || original == '-' || original == '.')
         return original;
     if (original >= '0' && original <= '9')
         return chosen("0123456789", random);
     return chosen(original >= 'A' && original <= 'Z' ? "ABCDEFGHIJKLMNOPQRSTUVWXYZ" : "abcdefghijklmnopqrstuvwxyz",
                   random);
+}
+
+/// The keyed hash (HMAC with SHA-256) of a text. The library takes the key as the first part of what it hashes.
+std::string hash(std::string key, std::string text) {
+    gcry_check_version(nullptr); // makes the library ready
+    const gcry_buffer_t parts[] = {{key.size(), 0, key.size(), key.data()}, {text.size(), 0, text.size(), text.data()}};
+    std::string made(gcry_md_get_algo_dlen(GCRY_MD_SHA256), '\0');
+    if (const auto error = gcry_md_hash_buffers(GCRY_MD_SHA256, GCRY_MD_FLAG_HMAC, made.data(), parts, 2))
+        throw std::runtime_error(std::string("no pseudonyms can be made: ") + gcry_strerror(error));
+    return made;
 }
 
 } // namespace
@@ -54,26 +66,13 @@ std::string pseudonymKey(const std::string& path) {
     return key;
 }
 
-pseudonyms::pseudonyms(const std::string& key) {
-    gcry_check_version(nullptr); // makes the library ready
-    gcry_md_hd_t opened = nullptr;
-    gcry_error_t error = gcry_md_open(&opened, GCRY_MD_SHA256, GCRY_MD_FLAG_HMAC);
-    hash_.reset(opened);
-    if (error == 0)
-        error = gcry_md_setkey(opened, key.data(), key.size());
-    if (error != 0)
-        throw std::runtime_error(std::string("no pseudonyms can be made: ") + gcry_strerror(error));
-}
-
 std::string pseudonyms::of(const std::string& text) const {
-    std::string made(text.size(), '\0');
-    const std::string read = text.substr(0, text.find('\0'));
-    const std::size_t begin = read.find_first_not_of(' ');
-    const std::string inner =
-        begin == std::string::npos ? "" : read.substr(begin, read.find_last_not_of(' ') + 1 - begin);
-    const std::string random = randomBytes(inner);
-    for (std::size_t i = 0; i < read.size(); ++i)
-        made[i] = i >= begin && i < begin + inner.size() ? likeness(read[i], random[i - begin]) : ' ';
+    std::string made = text.substr(0, text.find('\0'));
+    const std::string random = randomBytes(boost::trim_copy_if(made, boost::is_any_of(" ")));
+    const std::size_t begin = made.find_first_not_of(' ');
+    for (std::size_t i = 0; i < random.size(); ++i)
+        made[begin + i] = likeness(made[begin + i], random[i]);
+    made.resize(text.size());
     return made;
 }
 
@@ -84,17 +83,10 @@ std::string pseudonyms::ofHexadecimal(const std::string& digits) const {
     return made;
 }
 
-std::string pseudonyms::hash(const std::string& text) const {
-    gcry_md_reset(hash_.get()); // keeps the key
-    gcry_md_write(hash_.get(), text.data(), text.size());
-    return {reinterpret_cast<const char*>(gcry_md_read(hash_.get(), GCRY_MD_SHA256)),
-            gcry_md_get_algo_dlen(GCRY_MD_SHA256)};
-}
-
 /// As many bytes as `text` has, which follow from it and the key. Beyond the first hash each is that of the one before.
 std::string pseudonyms::randomBytes(const std::string& text) const {
     std::string bytes;
-    for (std::string block = hash(text); bytes.size() < text.size(); block = hash(block))
+    for (std::string block = hash(key_, text); bytes.size() < text.size(); block = hash(key_, block))
         bytes += block;
     return bytes.substr(0, text.size());
 }

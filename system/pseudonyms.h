@@ -1,9 +1,7 @@
 #pragma once
 
-#include <gcrypt.h>
-
-#include <memory>
 #include <string>
+#include <utility>
 
 namespace sys {
 
@@ -14,11 +12,10 @@ std::string pseudonymKey(const std::string& path);
 /// Makes texts that stand for others and do not tell which: keyed hashes (HMAC with SHA-256) of them.
 ///
 /// With one key, equal texts have equal pseudonyms. Different texts have different ones, except for short texts, of
-/// which there are too few.
+/// which there are too few. Throws std::runtime_error when the library refuses to make hashes.
 class pseudonyms {
 public:
-    /// Throws std::runtime_error when the library refuses to make hashes.
-    explicit pseudonyms(const std::string& key);
+    explicit pseudonyms(std::string key) : key_(std::move(key)) {}
 
     /// The pseudonym of a text as devices send it, of the same length. The text ends at its first zero byte, and zero
     /// bytes follow. Blanks, hyphens and full stops stay, a digit or a capital becomes another one, any other byte a
@@ -29,10 +26,9 @@ public:
     std::string ofHexadecimal(const std::string& digits) const;
 
 private:
-    std::string hash(const std::string& text) const;
     std::string randomBytes(const std::string& text) const;
 
-    std::unique_ptr<gcry_md_handle, void (*)(gcry_md_hd_t)> hash_{nullptr, gcry_md_close};
+    std::string key_;
 };
 
 } // namespace sys
