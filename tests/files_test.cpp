@@ -2,19 +2,10 @@
 
 #include "tests/program.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <csignal>
-#include <string>
-#include <utility>
-
-using testing::AllOf;
-using testing::EndsWith;
-using testing::HasSubstr;
 
 namespace {
 

@@ -2,27 +2,10 @@
 
 #include "tests/program.h"
 
-#include <nlohmann/json.hpp>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <map>
 #include <sstream>
-#include <string>
-#include <utility>
-
-namespace fs = std::filesystem;
-using testing::AnyOf;
-using testing::EndsWith;
-using testing::HasSubstr;
-
-namespace {
 
 using Recording = Program;
-
-} // namespace
 
 TEST_F(Recording, ARecordingReplaysToTheSameOutput) {
     const std::string recording = fileWith("");

@@ -2,22 +2,10 @@
 
 #include "tests/program.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <csignal>
 #include <ctime>
-#include <string>
-
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-
-namespace {
 
 using Terminal = Program;
-
-} // namespace
 
 TEST_F(Terminal, ShowsTheNewestStepBelowTheLog) {
     const std::string command = "% KORVA_SCSITapeDrive --log-level 3" + onRackServer;

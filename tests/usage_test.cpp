@@ -2,22 +2,9 @@
 
 #include "tests/program.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <unistd.h>
 
-#include <string>
-#include <utility>
-
-using testing::AllOf;
-using testing::HasSubstr;
-
-namespace {
-
 using Usage = Program;
-
-} // namespace
 
 TEST_F(Usage, RefusesWrongUsage) {
     const std::pair<const char*, const char*> cases[] = {

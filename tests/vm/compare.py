@@ -55,8 +55,7 @@ def compareInventory(results, answers, programs):
     document, log, _ = expected.run(answers, ("KORVA_SCSIDevice", "KORVA_ATADevice", "KORVA_CDVDDevice"),
                                     virtualEntries(results, 0), virtualEntries(results, 1))
     yield from compareRun(program, "virtual", document, log, beyond=beyond)
-    yield from replay.compareRecording(program)
-    yield from replay.compareReplay(programs, program, "inventory")
+    yield from replay.compareReplay(programs, program, "traced")
     yield from replay.compareTools(programs, results, answers)
 
 
@@ -65,8 +64,6 @@ def compareFaults(results, answers, programs):
     document, log, calls = expected.run(answers, ("KORVA_SCSIDevice",))
     shown = [instance["properties"]["DeviceID"] for instance in document["queries"][0]["instances"]]
     yield from compareTraced(program, document, log, calls, [n.path for n in answers.nodes if n.path not in shown])
-    slept = 5 * calls.count("sleep 5 s")
-    yield f"at least {slept} s of sleep", [True], [int((program / "traced.seconds").read_text()) >= slept]
     yield from replay.compareReplay(programs, program, "traced", "KORVA_SCSIDevice")
 
 

@@ -19,13 +19,6 @@ def outputOf(command, **environment):
                           encoding="ascii", errors="backslashreplace")
 
 
-# Recording changes nothing of what a run prints.
-def compareRecording(runs):
-    yield "recorded: json as without recording", linesOf(runs / "inventory.json"), linesOf(runs / "recorded.json")
-    yield ("recorded: log as without recording", logLines(linesOf(runs / "inventory.log")),
-           logLines(linesOf(runs / "recorded.log")))
-
-
 # The run NAME again, with the recording in the place of the test machine.
 def compareReplay(programs, runs, name, *queries):
     replayed = outputOf([programs / "scsidev-inventory", "--machine", runs / "machine.json", "--format", "json",
