@@ -98,24 +98,12 @@ TEST_F(Documents, MofIsWholeWhateverThePluginDoes) {
 }
 
 TEST_F(Documents, ARunThatFailsPrintsADocumentAllTheSame) {
-    const std::string large = fileWith("{\"name\": \"" + std::string(15 << 20, 'x') + "\"}", "large.json");
-    const std::pair<std::string, const char*> cases[] = {
-        {"% --machine missing.json", "missing.json: cannot be read: No such file or directory"},
-        {"% --plugin missing.so" + onEmptyMachine, "the plug-in cannot be loaded: "},
-        {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \x1b[2J init"},
-        {"ODD_PLUGIN=query %" + oddPlugin, "the query failed: odd \x1b[2J query"},
-        {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: "},
-        {"% --record /nonexistent/x.json" + onEmptyMachine, "/nonexistent/x.json: cannot be written: "},
-#ifndef __SANITIZE_ADDRESS__ // which reserves terabytes
-        {"ulimit -v 40000; % --machine " + large, "out of memory"},
-#endif
-    };
-    for (const auto& [command, message] : cases) {
+    for (const char* command : {"% --machine missing.json", "TMPDIR=/nonexistent %"}) {
         mofLikeJson(command, 1);
         EXPECT_THAT(output, HasSubstr("\n// The run failed: ")) << "as MOF";
         const auto document = jsonOf(command, 1);
         EXPECT_EQ(document["exitStatus"], 1);
-        EXPECT_THAT(document["error"], HasSubstr(message));
+        EXPECT_EQ("scsidev-inventory: " + std::string(document["error"]) + '\n', errors);
     }
 }
 

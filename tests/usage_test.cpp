@@ -60,7 +60,6 @@ TEST_F(Usage, SaysInOneLineWhyARunFailed) {
         {"% --output missing/x --format json" + onEmptyMachine, "missing/x: cannot be written: No such file or dir"},
         {"% --output '../\x1b[2J/' " + onEmptyMachine, "../\\x1b[2J/: cannot be written: No such file or"},
         {"% --plugin missing.so", "loaded: missing.so: cannot open shared object file"},
-        {"% --plugin " + machines + "empty.json", "empty.json: file too short"},
         {"ODD_PLUGIN=nothing %" + oddPlugin, "to register one plug-in that collects data, it registered 0"},
         {"ODD_PLUGIN=twice %" + oddPlugin, "to register one plug-in that collects data, it registered 2\n"},
         {"ODD_PLUGIN=load %" + oddPlugin, "scsidev-inventory: odd \\x1b[2J load\n"},
