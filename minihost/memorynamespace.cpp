@@ -45,13 +45,16 @@ private:
     std::string name_;
 };
 
+/// Refers to the value of a property; to none when the property was never set.
 class memoryPropertyHandle : public NHALDEN20::ICIMPropertyHandle {
 public:
-    explicit memoryPropertyHandle(const TCIMValue& value) : value_(value) {}
-    TCIMValue GetValue() override { return value_; }
+    memoryPropertyHandle(boost::shared_ptr<const memoryInstance> instance, const TCIMValue* value)
+        : instance_(std::move(instance)), value_(value) {}
+    TCIMValue GetValue() override { return value_ == nullptr ? TCIMValue() : *value_; }
 
 private:
-    TCIMValue value_;
+    boost::shared_ptr<const memoryInstance> instance_; // whose value it is
+    const TCIMValue* value_;
 };
 
 remarkSink& currentSink() {
@@ -84,8 +87,7 @@ boost::shared_ptr<ICIMClass> memoryInstance::GetInstanceClass(const TContext& co
 
 boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> memoryInstance::GetPropertyHandle(const std::string& name,
                                                                                    const TContext& /*context*/) {
-    const TCIMValue* value = find(name);
-    return boost::make_shared<memoryPropertyHandle>(value == nullptr ? TCIMValue() : *value);
+    return boost::make_shared<memoryPropertyHandle>(shared_from_this(), find(name));
 }
 
 void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value, const TContext& /*context*/) {

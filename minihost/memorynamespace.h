@@ -23,6 +23,7 @@ class memoryNamespace;
 /// An instance: its properties in the order in which they were first set.
 class memoryInstance : public NHALDEN20::ICIMInstance, public boost::enable_shared_from_this<memoryInstance> {
 public:
+    /// A deque, because handles refer to its elements while properties are added.
     using propertyList = std::deque<std::pair<std::string, NHALDEN20::TCIMValue>>;
 
     memoryInstance(memoryNamespace& ns, const classDeclaration& declaration);
