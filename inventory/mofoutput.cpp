@@ -58,19 +58,11 @@ std::string descriptionOf(const std::string& text, const std::string& indentatio
 
 std::string declarationOf(const propertyDeclaration& property) {
     const std::string name(property.name);
-    switch (property.type) {
-    case cimType::string:
-        return "string " + name;
-    case cimType::uint16:
-        return "uint16 " + name;
-    case cimType::boolean:
-        return "boolean " + name;
-    case cimType::stringArray:
+    if (property.type == cimType::reference)
+        return std::string(property.referenced) + " REF " + name;
+    if (property.type == cimType::stringArray)
         return "string " + name + "[]";
-    case cimType::reference:
-        break;
-    }
-    return std::string(property.referenced) + " REF " + name;
+    return std::string(nameOf(property.type)) + ' ' + name;
 }
 
 /// The qualifiers that say which values a property has and what each means; "" for any value.
@@ -83,21 +75,11 @@ std::string valuesOf(const propertyDeclaration& property) {
     return values.empty() ? "" : "ValueMap{" + values + "}, Values{" + meanings + "}, ";
 }
 
-/// The qualifier that comes before all others.
-const char* qualifierOf(classKind kind) {
-    switch (kind) {
-    case classKind::abstract:
-        return "Abstract, ";
-    case classKind::association:
-        return "Association, ";
-    case classKind::concrete:
-        break;
-    }
-    return "";
-}
-
 void writeClass(const classDeclaration& declaration, std::ostream& output) {
-    output << "\n[" << qualifierOf(declaration.kind) << "Version(" << mofQuoted(minihost::classVersion) << "), "
+    const char* const kind = declaration.kind == classKind::abstract      ? "Abstract, "
+                             : declaration.kind == classKind::association ? "Association, "
+                                                                          : "";
+    output << "\n[" << kind << "Version(" << mofQuoted(minihost::classVersion) << "), "
            << descriptionOf(declaration.description, "") << "]\n"
            << "class " << declaration.name << (declaration.base.empty() ? "" : " : ") << declaration.base << "\n{\n";
     for (const auto& property : declaration.properties)

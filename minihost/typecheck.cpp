@@ -31,8 +31,20 @@ struct typeOfContent {
 
 std::string_view typeOf(const TCIMValue& value) { return std::visit(typeOfContent(), value.Content().value); }
 
-std::string_view typeOf(const propertyDeclaration& property) {
-    switch (property.type) {
+/// The class that a reference names; "" for another value.
+std::string_view referencedClass(const TCIMValue& value) {
+    const auto* reference = std::get_if<TCIMReference>(&value.Content().value);
+    return reference == nullptr ? std::string_view() : reference->Content().className;
+}
+
+std::string typeText(std::string_view type, std::string_view referenced) {
+    return std::string(type) + (type == "reference" ? " to " : "") + std::string(referenced);
+}
+
+} // namespace
+
+std::string_view nameOf(cimType type) {
+    switch (type) {
     case cimType::string:
         return "string";
     case cimType::uint16:
@@ -47,23 +59,11 @@ std::string_view typeOf(const propertyDeclaration& property) {
     return "reference";
 }
 
-/// The class that a reference names; "" for another value.
-std::string_view referencedClass(const TCIMValue& value) {
-    const auto* reference = std::get_if<TCIMReference>(&value.Content().value);
-    return reference == nullptr ? std::string_view() : reference->Content().className;
-}
-
-std::string typeText(std::string_view type, std::string_view referenced) {
-    return std::string(type) + (type == "reference" ? " to " : "") + std::string(referenced);
-}
-
-} // namespace
-
 bool suits(const TCIMValue& value, const propertyDeclaration& property) {
     if (value.Content().isEmpty())
         return true;
     if (property.type != cimType::reference)
-        return typeOf(value) == typeOf(property);
+        return typeOf(value) == nameOf(property.type);
     const classDeclaration* target = findClass(referencedClass(value));
     return target != nullptr && isKindOf(*target, property.referenced);
 }
@@ -75,7 +75,7 @@ std::string mismatch(const classDeclaration& declaration, std::string_view name,
     if (suits(value, *property))
         return "";
     return std::string(declaration.name) + " declares " + std::string(name) + " as " +
-           typeText(typeOf(*property), property->referenced) + ", it is set as " +
+           typeText(nameOf(property->type), property->referenced) + ", it is set as " +
            typeText(typeOf(value), referencedClass(value));
 }
 
