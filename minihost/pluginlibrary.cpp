@@ -4,6 +4,8 @@
 
 #include <dlfcn.h>
 
+#include <stdexcept>
+
 namespace minihost {
 
 namespace {
@@ -17,7 +19,20 @@ void* load(const std::string& path, const std::string& name) {
     std::string why = ::dlerror();
     if (why.rfind(path, 0) == 0)
         why.replace(0, path.size(), name);
-    throw pluginError("the plug-in cannot be loaded: " + why);
+    throw std::runtime_error("the plug-in cannot be loaded: " + why);
+}
+
+/// The plug-in that the library has registered; it collects data.
+NHALDEN20::IPluginCallbacks* onlyPlugin(const std::string& name) {
+    const auto& registered = registeredPlugins();
+    const std::size_t count = registered.size();
+    if (count == 1 && dynamic_cast<NHALDEN20::IPluginBasicQueryCallbacks*>(registered.front()) != nullptr)
+        return registered.front();
+    for (NHALDEN20::IPluginCallbacks* unused : registered)
+        unused->PrepareForUnload();
+    throw std::runtime_error(name +
+                             ": expected the library to register one plug-in that collects data, it registered " +
+                             std::to_string(count) + (count == 1 ? " that does not" : ""));
 }
 
 } // namespace
@@ -32,40 +47,23 @@ std::string whatWasThrown() {
     }
 }
 
-pluginLibrary::handle::handle(const std::string& path, const std::string& name) : library_(load(path, name)) {}
-pluginLibrary::handle::~handle() { ::dlclose(library_); }
-
-pluginLibrary::object::object(const std::string& name) {
-    const auto& registered = registeredPlugins();
-    if (registered.size() == 1) {
-        callbacks_ = registered.front();
-        queries_ = dynamic_cast<NHALDEN20::IPluginBasicQueryCallbacks*>(callbacks_);
-    }
-    if (queries_ != nullptr)
-        return;
-    const std::size_t count = registered.size();
-    for (NHALDEN20::IPluginCallbacks* unused : registered)
-        unused->PrepareForUnload();
-    throw pluginError(name + ": expected the library to register one plug-in that collects data, it registered " +
-                      std::to_string(count) + (count == 1 ? " that does not" : ""));
-}
-
-pluginLibrary::object::~object() { callbacks_->PrepareForUnload(); }
-
-pluginLibrary::pluginLibrary(const std::string& path, const std::string& name) : handle_(path, name), object_(name) {
+pluginLibrary::pluginLibrary(const std::string& path, const std::string& name)
+    : library_(load(path, name), ::dlclose),
+      plugin_(onlyPlugin(name)),
+      queries_(dynamic_cast<NHALDEN20::IPluginBasicQueryCallbacks*>(plugin_.get())) {
     // Read here, while the library is loaded: the type of what was thrown may be the library's own.
     try {
-        object_.callbacks().Init();
+        plugin_->Init();
     } catch (...) {
-        throw pluginError(name + ": Init failed: " + whatWasThrown());
+        throw std::runtime_error(name + ": Init failed: " + whatWasThrown());
     }
 }
 
-pluginLibrary::~pluginLibrary() { object_.callbacks().DeInit(); }
+pluginLibrary::~pluginLibrary() { plugin_->DeInit(); }
 
 void pluginLibrary::getData(boost::shared_ptr<NHALDEN20::ICIMNamespace> ns,
                             std::vector<boost::shared_ptr<NHALDEN20::ICIMClass>>& requested) {
-    object_.queries().GetData(ns, requested);
+    queries_->GetData(ns, requested);
 }
 
 } // namespace minihost

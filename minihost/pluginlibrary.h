@@ -2,16 +2,11 @@
 
 #include "plugin/host/plugincallbacks.h"
 
-#include <stdexcept>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace minihost {
-
-/// A plug-in that cannot be used; the text names the file and the reason.
-class pluginError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// The text of the exception that is being handled; call it in a catch block.
 std::string whatWasThrown();
@@ -20,8 +15,9 @@ std::string whatWasThrown();
 /// PrepareForUnload and unloading.
 class pluginLibrary {
 public:
-    /// Loads the library at `path`, which errors call by `name`, and calls Init. Throws pluginError when it does not
-    /// load, or does not register exactly one plug-in that collects data, or when Init fails.
+    /// Loads the library at `path`, which errors call by `name`, and calls Init. Throws std::runtime_error,
+    /// with the name and the reason, when it does not load, or does not register exactly one plug-in that collects
+    /// data, or when Init fails.
     pluginLibrary(const std::string& path, const std::string& name);
     ~pluginLibrary();
     pluginLibrary(const pluginLibrary&) = delete;
@@ -32,33 +28,13 @@ public:
                  std::vector<boost::shared_ptr<NHALDEN20::ICIMClass>>& requested);
 
 private:
-    class handle {
-    public:
-        handle(const std::string& path, const std::string& name);
-        ~handle();
-        handle(const handle&) = delete;
-        handle& operator=(const handle&) = delete;
-
-    private:
-        void* library_;
-    };
-    class object {
-    public:
-        explicit object(const std::string& name);
-        ~object();
-        object(const object&) = delete;
-        object& operator=(const object&) = delete;
-
-        NHALDEN20::IPluginCallbacks& callbacks() { return *callbacks_; }
-        NHALDEN20::IPluginBasicQueryCallbacks& queries() { return *queries_; }
-
-    private:
-        NHALDEN20::IPluginCallbacks* callbacks_ = nullptr;
-        NHALDEN20::IPluginBasicQueryCallbacks* queries_ = nullptr;
+    struct unloading {
+        void operator()(NHALDEN20::IPluginCallbacks* plugin) const { plugin->PrepareForUnload(); }
     };
 
-    handle handle_; // before object_, whose code it holds: members are destroyed from the last to the first
-    object object_;
+    std::unique_ptr<void, int (*)(void*)> library_; // first and thus destroyed last: it holds the code of plugin_
+    std::unique_ptr<NHALDEN20::IPluginCallbacks, unloading> plugin_;
+    NHALDEN20::IPluginBasicQueryCallbacks* queries_; // the same object
 };
 
 } // namespace minihost
