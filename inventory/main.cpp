@@ -1,4 +1,3 @@
-#include "inventory/askedmachine.h"
 #include "inventory/options.h"
 #include "inventory/output.h"
 #include "inventory/outputfile.h"
@@ -21,7 +20,6 @@
 #include <exception>
 #include <iostream>
 #include <new>
-#include <optional>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -30,50 +28,6 @@
 namespace {
 
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << text::escaped(text) << '\n'; }
-
-/// Takes a message of the log. Is it to be shown? Equal ones are shown once, unless the trace is, which is whole.
-bool takeMessage(int level, const std::string& text, int shownLevel, inventory::messageList& messages) {
-    constexpr int trace = 3;
-    const bool isFirst = level < trace && messages.add(inventory::message::plugin, level, text);
-    return level <= shownLevel && (isFirst || shownLevel >= trace);
-}
-
-/// Runs the queries. The log goes to standard error and, on a terminal, a line that says what is done right now.
-void runVisibly(const inventory::runOptions& options, inventory::askedMachine& machine, minihost::memoryNamespace& ns,
-                inventory::runResult& result) {
-    inventory::statusLine status;
-    inventory::run(options, machine, ns,
-                   {[&](const std::string& step) { status.show(step); },
-                    [&](int level, const std::string& text) {
-                        if (takeMessage(level, text, options.logLevel, result.messages))
-                            status.write('[' + std::to_string(level) + "] " + text::escaped(text) + '\n');
-                    },
-                    [&](const std::string& text) {
-                        if (result.messages.add(inventory::message::program, 0, text))
-                            status.write("remark: " + text::escaped(text) + '\n');
-                    }},
-                   result);
-}
-
-/// Runs what the options ask for and returns what to say of the recording that was made. An exception ends the run, and
-/// becomes its error.
-std::string runToTheEnd(const inventory::runOptions& options, minihost::memoryNamespace& ns,
-                        inventory::runResult& result) {
-    std::string recorded;
-    std::optional<inventory::askedMachine> machine;
-    try {
-        machine.emplace(options);
-        runVisibly(options, *machine, ns, result);
-        recorded = machine->writeRecording();
-    } catch (const std::bad_alloc&) {
-        result.error = "out of memory";
-    } catch (...) {
-        result.error = minihost::whatWasThrown();
-    }
-    if (machine)
-        machine->report(result);
-    return recorded;
-}
 
 void writeDocument(const inventory::runResult& result, const inventory::runOptions& options, std::ostream& output) {
     const bool isFile = !options.outputFile.empty();
@@ -99,7 +53,7 @@ int show(const inventory::runOptions& options, std::ostream& output) {
     minihost::memoryNamespace ns;
     inventory::runResult result;
     result.simulated = !options.machineFile.empty();
-    const std::string recorded = runToTheEnd(options, ns, result);
+    const std::string recorded = inventory::run(options, ns, result);
     result.endedAt = std::time(nullptr);
     const std::vector<std::string> remarks = inventory::remarksOn(result, inventory::exampleMachineFile);
     for (const auto& remark : remarks)
@@ -125,14 +79,6 @@ int printTo(const std::string& file, Print print) {
     if (!document.str().empty()) // as tables are when the run fails before its first query
         whole.write(document.str());
     return status;
-}
-
-/// Prints a text that is the same in every run.
-auto printed(void (*write)(std::ostream&)) {
-    return [write](std::ostream& output) {
-        write(output);
-        return inventory::completeInventory;
-    };
 }
 
 /// Ends the program where nothing catches an exception, such as one that leaves a plug-in while it is loaded.
@@ -171,10 +117,11 @@ int runCommandLine(int argc, char** argv) {
     case inventory::commandLine::outcome::help:
         std::cout << line.text << '\n';
         return inventory::completeInventory;
-    case inventory::commandLine::outcome::mofSchema:
-        return printTo(line.options.outputFile, printed(inventory::writeMofSchema));
-    case inventory::commandLine::outcome::jsonSchema:
-        return printTo(line.options.outputFile, printed(inventory::writeJsonSchema));
+    case inventory::commandLine::outcome::schema:
+        return printTo(line.options.outputFile, [&](std::ostream& output) {
+            line.schema(output);
+            return inventory::completeInventory;
+        });
     case inventory::commandLine::outcome::wrong:
         writeError(line.text + " (try --help)");
         return inventory::wrongUsage;

@@ -1,5 +1,6 @@
 #include "inventory/options.h"
 
+#include "inventory/output.h"
 #include "inventory/words.h"
 
 #include <CLI/CLI.hpp>
@@ -101,7 +102,8 @@ void describe(CLI::App& app, commandLine& line, std::vector<std::string>& querie
     describeMachine(app, line.options);
     addFile(app, "--plugin", line.options.plugin, "Load this plug-in instead of libscsidev.pi.so");
     const auto setSchema = [&line](const std::string& format) {
-        line.what = format == "json" ? commandLine::outcome::jsonSchema : commandLine::outcome::mofSchema;
+        line.what = commandLine::outcome::schema;
+        line.schema = format == "json" ? writeJsonSchema : writeMofSchema;
     };
     app.add_option_function<std::string>("--schema", setSchema,
                                          "Print the class declarations (mof, the default) or the\n"
@@ -138,9 +140,9 @@ bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& o
 /// Refuses what the parser cannot know.
 void checkTogether(const runOptions& options) {
     if (options.allProperties && options.format != outputFormat::table)
-        throw usageError("--all-properties goes with tables only");
+        throw std::runtime_error("--all-properties goes with tables only");
     if (!options.outputFile.empty() && isSameFile(options.outputFile, options.recordFile))
-        throw usageError("--output: names the file of --record");
+        throw std::runtime_error("--output: names the file of --record");
 }
 
 commandLine parse(int argc, const char* const* argv) {

@@ -2,6 +2,7 @@
 
 #include "system/machineanswers.h"
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -27,14 +28,14 @@ struct runOptions {
     bool askAgain = false;        ///< the devices, for every query
 };
 
-/// What a command line comes to: a run with options, the class declarations as MOF, the schema of JSON documents, or a
-/// text to print.
+/// What a command line comes to: a run with options, a schema, or a text to print.
 struct commandLine {
-    enum class outcome { run, mofSchema, jsonSchema, help, wrong };
+    enum class outcome { run, schema, help, wrong };
 
     outcome what = outcome::run;
     runOptions options;
     std::string text; ///< help or version for standard output, or what is wrong, without line end
+    void (*schema)(std::ostream& output) = nullptr; ///< writes it
 };
 
 /// A machine file to try: where one is installed, or else where it is in the repository.

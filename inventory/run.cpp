@@ -1,14 +1,26 @@
 #include "inventory/run.h"
 
+#include "inventory/askedmachine.h"
 #include "inventory/scratchdirectory.h"
+#include "inventory/statusline.h"
 #include "minihost/minihost.h"
 #include "minihost/pluginlibrary.h"
+#include "text/escape.h"
 
+#include <new>
+#include <optional>
 #include <stdexcept>
 
 namespace inventory {
 
 namespace {
+
+/// Takes a message of the log. Is it to be shown? Equal ones are shown once, unless the trace is, which is whole.
+bool takeMessage(int level, const std::string& text, int shownLevel, messageList& messages) {
+    constexpr int trace = 3;
+    const bool isFirst = level < trace && messages.add(message::plugin, level, text);
+    return level <= shownLevel && (isFirst || shownLevel >= trace);
+}
 
 queryResult runQuery(const std::vector<std::string>& classNames, minihost::pluginLibrary& plugin,
                      minihost::memoryNamespace& ns) {
@@ -26,10 +38,28 @@ queryResult runQuery(const std::vector<std::string>& classNames, minihost::plugi
     return result;
 }
 
-void runQueries(const runOptions& options, minihost::pluginLibrary& plugin, minihost::memoryNamespace& ns,
-                const runEvents& events, runResult& result) {
+void runQueries(const runOptions& options, askedMachine& machine, minihost::memoryNamespace& ns, runResult& result) {
+    statusLine status;
+    const auto showStep = [&](const std::string& step) {
+        status.show(step);
+    };
+    const auto showLog = [&](int level, const std::string& text) {
+        if (takeMessage(level, text, options.logLevel, result.messages))
+            status.write('[' + std::to_string(level) + "] " + text::escaped(text) + '\n');
+    };
+    const auto showRemark = [&](const std::string& text) {
+        if (result.messages.add(message::program, 0, text))
+            status.write("remark: " + text::escaped(text) + '\n');
+    };
+    result.machineName = machine.machine().hostName();
+    minihost::setLogSink(showLog);
+    minihost::setRemarkSink(showRemark);
+    const scratchDirectory scratch(showRemark);
+    machine.watched().onStep(showStep);
+    showStep("loading the plug-in");
+    minihost::pluginLibrary plugin(options.pluginPath, options.plugin);
     for (const auto& classNames : options.queries) {
-        events.step(classNames.front());
+        showStep(classNames.front());
         result.queries.push_back(runQuery(classNames, plugin, ns));
         if (const auto& error = result.queries.back().error)
             throw std::runtime_error("the query failed: " + *error);
@@ -38,16 +68,21 @@ void runQueries(const runOptions& options, minihost::pluginLibrary& plugin, mini
 
 } // namespace
 
-void run(const runOptions& options, askedMachine& machine, minihost::memoryNamespace& ns, const runEvents& events,
-         runResult& result) {
-    result.machineName = machine.machine().hostName();
-    minihost::setLogSink(events.logged);
-    minihost::setRemarkSink(events.remarked);
-    const scratchDirectory scratch(events.remarked);
-    machine.watched().onStep(events.step);
-    events.step("loading the plug-in");
-    minihost::pluginLibrary plugin(options.pluginPath, options.plugin);
-    runQueries(options, plugin, ns, events, result);
+std::string run(const runOptions& options, minihost::memoryNamespace& ns, runResult& result) {
+    std::string recorded;
+    std::optional<askedMachine> machine;
+    try {
+        machine.emplace(options);
+        runQueries(options, *machine, ns, result);
+        recorded = machine->writeRecording();
+    } catch (const std::bad_alloc&) {
+        result.error = "out of memory";
+    } catch (...) {
+        result.error = minihost::whatWasThrown();
+    }
+    if (machine)
+        machine->report(result);
+    return recorded;
 }
 
 } // namespace inventory

@@ -10,6 +10,7 @@
 #include <iomanip>
 #include <numeric>
 #include <sstream>
+#include <stdexcept>
 
 namespace inventory {
 
@@ -37,7 +38,7 @@ std::string classCalled(const std::string& name) {
         if (boost::iequals(name, known.back()))
             return candidate.className;
     }
-    throw usageError("unknown class '" + name + "'" + didYouMean(name, known) + "; the classes are " + classes);
+    throw std::runtime_error("unknown class '" + name + "'" + didYouMean(name, known) + "; the classes are " + classes);
 }
 
 /// Levenshtein distance.
@@ -62,7 +63,7 @@ std::vector<std::string> parseQuery(const std::string& query) {
     boost::split(classes, query, boost::is_any_of(","));
     for (auto& name : classes) {
         if (name.empty())
-            throw usageError("an empty class name in the query '" + query + "'");
+            throw std::runtime_error("an empty class name in the query '" + query + "'");
         name = classCalled(name);
     }
     return classes;

@@ -1,18 +1,13 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace inventory {
 
-/// The command line is wrong, and its text says how.
-struct usageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
-
 /// Reads a query: class names with commas between them. A class can be called by its name or its short name, in any
-/// case. Returns the names of the classes in the same order. Throws usageError for an unknown class and an empty name.
+/// case. Returns the names of the classes in the same order. Throws std::runtime_error for an unknown class and an
+/// empty name.
 std::vector<std::string> parseQuery(const std::string& query);
 
 /// One query for each class that can have instances.
