@@ -5,6 +5,8 @@
 #include "text/codepoints.h"
 #include "text/escape.h"
 
+#include <boost/algorithm/string.hpp>
+
 #include <set>
 #include <string>
 #include <utility>
@@ -21,16 +23,11 @@ bool isDevice(const memoryInstance& instance) {
 
 /// NAME="VALUE", with the three characters escaped that the format escapes.
 std::string label(const std::string& name, const std::string& value, bool forTerminal) {
-    std::string result = name + "=\"";
-    for (const char c : forTerminal ? text::escaped(value) : text::bytesAsCodePoints(value)) {
-        if (c == '"' || c == '\\')
-            result += {'\\', c};
-        else if (c == '\n')
-            result += "\\n";
-        else
-            result += c;
-    }
-    return result + '"';
+    std::string shown = forTerminal ? text::escaped(value) : text::bytesAsCodePoints(value);
+    boost::replace_all(shown, "\\", "\\\\");
+    boost::replace_all(shown, "\"", "\\\"");
+    boost::replace_all(shown, "\n", "\\n");
+    return name + "=\"" + shown + '"';
 }
 
 std::string labelsOf(const memoryInstance& device, const sys::kernelNameMap& kernelNames, bool forTerminal) {
