@@ -67,17 +67,21 @@ int show(const inventory::runOptions& options, std::ostream& output) {
     return result.status();
 }
 
-/// Lets `print` print a document into `file`, or onto standard output if its name is empty. Returns what `print` does.
-template <typename Print>
-int printTo(const std::string& file, Print print) {
-    if (file.empty())
-        return print(std::cout);
-    inventory::outputFile whole(file, inventory::outputFile::existing::isReplaced, 0666);
+/// Prints what the command line asks for. Returns the exit status.
+int print(const inventory::commandLine& line, std::ostream& output) {
+    if (line.what == inventory::commandLine::outcome::run)
+        return show(line.options, output);
+    output << line.text;
+    return inventory::completeInventory;
+}
+
+int printIntoFile(const inventory::commandLine& line) {
+    const inventory::outputFile file(line.options.outputFile, inventory::outputFile::existing::isReplaced, 0666);
     std::ostringstream document;
     document.exceptions(std::ios::badbit); // or the document would end where memory does
-    const int status = print(document);
+    const int status = print(line, document);
     if (!document.str().empty()) // as tables are when the run fails before its first query
-        whole.write(document.str());
+        file.write(document.str());
     return status;
 }
 
@@ -113,22 +117,11 @@ void prepareProcess() {
 
 int runCommandLine(int argc, char** argv) {
     const inventory::commandLine line = inventory::readCommandLine(argc, argv);
-    switch (line.what) {
-    case inventory::commandLine::outcome::help:
-        std::cout << line.text << '\n';
-        return inventory::completeInventory;
-    case inventory::commandLine::outcome::schema:
-        return printTo(line.options.outputFile, [&](std::ostream& output) {
-            line.schema(output);
-            return inventory::completeInventory;
-        });
-    case inventory::commandLine::outcome::wrong:
+    if (line.what == inventory::commandLine::outcome::wrong) {
         writeError(line.text + " (try --help)");
         return inventory::wrongUsage;
-    case inventory::commandLine::outcome::run:
-        break;
     }
-    return printTo(line.options.outputFile, [&](std::ostream& output) { return show(line.options, output); });
+    return line.options.outputFile.empty() ? print(line, std::cout) : printIntoFile(line);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <limits>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -102,8 +103,11 @@ void describe(CLI::App& app, commandLine& line, std::vector<std::string>& querie
     describeMachine(app, line.options);
     addFile(app, "--plugin", line.options.plugin, "Load this plug-in instead of libscsidev.pi.so");
     const auto setSchema = [&line](const std::string& format) {
-        line.what = commandLine::outcome::schema;
-        line.schema = format == "json" ? writeJsonSchema : writeMofSchema;
+        std::ostringstream schema;
+        schema.exceptions(std::ios::badbit); // or it would end where memory does
+        format == "json" ? writeJsonSchema(schema) : writeMofSchema(schema);
+        line.what = commandLine::outcome::text;
+        line.text = schema.str();
     };
     app.add_option_function<std::string>("--schema", setSchema,
                                          "Print the class declarations (mof, the default) or the\n"
@@ -158,9 +162,9 @@ commandLine parse(int argc, const char* const* argv) {
             result.options.queries.push_back(parseQuery(query));
         return result;
     } catch (const CLI::CallForHelp&) {
-        return {commandLine::outcome::help, {}, app.help()};
+        return {commandLine::outcome::text, {}, app.help() + '\n'};
     } catch (const CLI::CallForVersion& version) {
-        return {commandLine::outcome::help, {}, version.what()};
+        return {commandLine::outcome::text, {}, version.what() + std::string("\n")};
     } catch (const CLI::ExtrasError&) {
         return {commandLine::outcome::wrong, {}, unknownOption(app)};
     } catch (const std::runtime_error& wrong) {

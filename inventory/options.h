@@ -2,7 +2,6 @@
 
 #include "system/machineanswers.h"
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -28,14 +27,13 @@ struct runOptions {
     bool askAgain = false;        ///< the devices, for every query
 };
 
-/// What a command line comes to: a run with options, a schema, or a text to print.
+/// What a command line comes to: a run with options, or a text to print.
 struct commandLine {
-    enum class outcome { run, schema, help, wrong };
+    enum class outcome { run, text, wrong };
 
     outcome what = outcome::run;
     runOptions options;
-    std::string text; ///< help or version for standard output, or what is wrong, without line end
-    void (*schema)(std::ostream& output) = nullptr; ///< writes it
+    std::string text; ///< what is printed instead of a run, or what is wrong
 };
 
 /// A machine file to try: where one is installed, or else where it is in the repository.
