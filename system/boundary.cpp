@@ -11,11 +11,11 @@ shellCommand commandOf(const std::string& command) {
     };
     const std::size_t redirection = command.find("> ");
     if (startsWith("modprobe "))
-        return {shellCommand::modprobe, ""};
+        return {shellCommand::modprobe, "loading the sg driver", ""};
     if (startsWith("hwinfo ") && redirection != std::string::npos && isOneFile(command.substr(redirection + 2)))
-        return {shellCommand::usbQuery, command.substr(redirection + 2)};
+        return {shellCommand::usbQuery, "looking for virtual USB media", command.substr(redirection + 2)};
     if (startsWith("rm -f ") && isOneFile(command.substr(6)))
-        return {shellCommand::removal, command.substr(6)};
+        return {shellCommand::removal, "", command.substr(6)};
     return {};
 }
 

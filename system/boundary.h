@@ -29,7 +29,8 @@ struct shellCommand {
     enum kinds { other, modprobe, usbQuery, removal };
 
     kinds kind = other;
-    std::string file; ///< what the USB query writes, or what is removed
+    const char* purpose = ""; ///< in words, of one that can take long
+    std::string file;         ///< what the USB query writes, or what is removed
 };
 
 /// Reads what kind `command` is.

@@ -37,8 +37,8 @@ public:
     /// The standard output of a command. One that runs longer than `limit` is ended.
     virtual serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
                                 std::chrono::seconds limit) = 0;
-    /// The content of a file. That there is no such file is no failure.
-    virtual serviceAnswer captureFile(const std::string& path) = 0;
+    /// The content of a file, the system's own on every machine. That there is no such file is no failure.
+    virtual serviceAnswer captureFile(const std::string& path);
 
     // What the kernel tells without being asked at a node.
     /// What the kernel calls the devices at these nodes. A node for which it has no names is left out. Reading the wwid

@@ -2,7 +2,6 @@
 
 #include "system/boundary.h"
 #include "system/clibrary.h"
-#include "system/filecontent.h"
 #include "system/requests.h"
 
 #include <algorithm>
@@ -101,8 +100,6 @@ serviceAnswer simulatedMachine::spawn(const std::string& command, const std::vec
         return {*answers_.opticalTable, ""};
     return {"", std::strerror(ENOENT)};
 }
-
-serviceAnswer simulatedMachine::captureFile(const std::string& path) { return fileContent(path); }
 
 kernelNameMap simulatedMachine::kernelNames(const std::set<std::string>& nodes, bool /*wantsWwid*/) {
     kernelNameMap known;

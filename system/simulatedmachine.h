@@ -28,7 +28,6 @@ public:
     bool hasOpticalTable() override { return answers_.opticalTable.has_value(); }
     serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
                         std::chrono::seconds limit) override;
-    serviceAnswer captureFile(const std::string& path) override;
 
     kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
     std::vector<std::string> sgNodes() override;

@@ -3,7 +3,6 @@
 #include "system/boundary.h"
 #include "system/childprocess.h"
 #include "system/clibrary.h"
-#include "system/filecontent.h"
 #include "system/sysfs.h"
 
 #include <dirent.h>
@@ -34,8 +33,6 @@ serviceAnswer thisMachine::spawn(const std::string& command, const std::vector<s
                                  std::chrono::seconds limit) {
     return outputOf(command, arguments, limit);
 }
-
-serviceAnswer thisMachine::captureFile(const std::string& path) { return fileContent(path); }
 
 kernelNameMap thisMachine::kernelNames(const std::set<std::string>& nodes, bool wantsWwid) {
     return readKernelNames(nodes, wantsWwid);

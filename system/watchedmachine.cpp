@@ -80,20 +80,6 @@ outcome outcomeOf(unsigned long request, const void* argument, int result, int e
     }
 }
 
-/// What a shell command that can take long is for; "" of another.
-std::string purposeOf(shellCommand::kinds kind) {
-    switch (kind) {
-    case shellCommand::usbQuery:
-        return "looking for virtual USB media";
-    case shellCommand::modprobe:
-        return "loading the sg driver";
-    case shellCommand::removal:
-    case shellCommand::other:
-        break;
-    }
-    return "";
-}
-
 } // namespace
 
 void watchedMachine::begin(const std::string& step) const {
@@ -130,15 +116,15 @@ unsigned watchedMachine::sleep(unsigned seconds) {
 }
 
 int watchedMachine::system(const char* command) {
-    const shellCommand::kinds kind = commandOf(command).kind;
-    begin(purposeOf(kind));
-    if (kind == shellCommand::modprobe)
+    const shellCommand known = commandOf(command);
+    begin(known.purpose);
+    if (known.kind == shellCommand::modprobe)
         walk_ = visits_.size();
     const int status = layer::system(command);
-    if (kind == shellCommand::modprobe && driverStatus_.value_or(0) == 0)
+    if (known.kind == shellCommand::modprobe && driverStatus_.value_or(0) == 0)
         driverStatus_ = status;
     // The query ends with grep, which ends with 1 where nothing is found.
-    if (kind == shellCommand::usbQuery && (!WIFEXITED(status) || WEXITSTATUS(status) > 1))
+    if (known.kind == shellCommand::usbQuery && (!WIFEXITED(status) || WEXITSTATUS(status) > 1))
         unread_.emplace_back("the USB listing could not be read: virtual USB media cannot be told apart");
     return status;
 }

@@ -1,4 +1,4 @@
-#include "system/filecontent.h"
+#include "system/machine.h"
 
 #include <cerrno>
 #include <cstring>
@@ -7,7 +7,7 @@
 
 namespace sys {
 
-serviceAnswer fileContent(const std::string& path) {
+serviceAnswer machine::captureFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file.is_open())
         return {"", errno == ENOENT ? "" : std::strerror(errno)};
