@@ -18,17 +18,24 @@ namespace inventory {
 
 namespace {
 
-/// A new file for its owner only, since what is recorded tells serial numbers, under a passing name.
+/// A new file for its owner only: what is recorded tells serial numbers. It has no name, so it goes with the process;
+/// where the file system knows no such files, it goes with this object.
 class newFile {
 public:
     explicit newFile(const std::string& directory)
-        : name_(directory + "/.scsidev-inventory-" + std::to_string(std::random_device{}())),
-          fd_(::openat(AT_FDCWD, name_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR)) {}
-    ~newFile() {
-        if (fd_ == -1)
+        : passingName_(directory + "/.scsidev-inventory-" + std::to_string(std::random_device{}())) {
+        constexpr mode_t ownerOnly = S_IRUSR | S_IWUSR;
+        fd_ = ::openat(AT_FDCWD, directory.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, ownerOnly);
+        if (fd_ != -1)
             return;
-        ::unlink(name_.c_str()); // which it has no longer once it is taken
-        ::close(fd_);
+        fd_ = ::openat(AT_FDCWD, passingName_.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, ownerOnly);
+        isNamed_ = fd_ != -1;
+    }
+    ~newFile() {
+        if (isNamed_)
+            ::unlink(passingName_.c_str());
+        if (fd_ != -1)
+            ::close(fd_);
     }
     newFile(const newFile&) = delete;
     newFile& operator=(const newFile&) = delete;
@@ -36,16 +43,29 @@ public:
     int fd() const { return fd_; } ///< -1: there is none, and errno says why
 
     /// Gives it the name that stays. False: that is not possible, and errno says why.
-    bool take(const std::string& path, bool mayReplace) const {
+    bool take(const std::string& path, bool mayReplace) {
+        if (!isNamed_) {
+            if (link(path))
+                return true;
+            if (errno != EEXIST || !mayReplace || !link(passingName_)) // a link replaces nothing
+                return false;
+        }
         const unsigned flags = mayReplace ? 0 : RENAME_NOREPLACE;
-        return ::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, path.c_str(), flags) == 0 ||
-               // Network file systems know no flags, FAT knows no links.
-               (!mayReplace && ::link(name_.c_str(), path.c_str()) == 0);
+        isNamed_ = ::renameat2(AT_FDCWD, passingName_.c_str(), AT_FDCWD, path.c_str(), flags) != 0;
+        return !isNamed_ || (!mayReplace && link(path)); // network file systems know no flags, FAT knows no links
     }
 
 private:
-    std::string name_;
+    bool link(const std::string& path) const {
+        const std::string self = "/proc/self/fd/" + std::to_string(fd_);
+        return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0 ||
+               (errno == ENOENT &&
+                ::linkat(fd_, "", AT_FDCWD, path.c_str(), AT_EMPTY_PATH) == 0); // root, without /proc
+    }
+
+    std::string passingName_;
     int fd_;
+    bool isNamed_ = false; // by the passing name
 };
 
 std::string directoryOf(const std::string& path) {
@@ -128,7 +148,7 @@ std::optional<struct stat> outputFile::lookAtExisting() const {
 
 void outputFile::write(const std::string& content) const {
     const sys::heldSignals untilItHasItsName;
-    const newFile made(directory_);
+    newFile made(directory_);
     if (made.fd() == -1)
         failToWrite();
     const auto before = lookAtExisting(); // once more: somebody may have made one meanwhile

@@ -10,10 +10,9 @@ namespace inventory {
 /// A file that a run writes at its end, whole or not at all.
 ///
 /// The constructor finds out whether it can be written, so that nobody waits for a run whose result is lost, and leaves
-/// nothing there. What is written gets its name when it is whole, so a reader sees the old content or the new one;
-/// until then it is in a hidden file beside it, for its owner only, which stays where the process is killed. A file
-/// that is there has to be a regular one: a symbolic link, a device node or a pipe is not replaced and not followed. A
-/// relative path means the same file at both times if the working directory is the same.
+/// nothing there. What is written gets its name when it is whole, so a reader sees the old content or the new one. A
+/// file that is there has to be a regular one: a symbolic link, a device node or a pipe is not replaced and not
+/// followed. A relative path means the same file at both times if the working directory is the same.
 class outputFile {
 public:
     enum class existing { isKept, isReplaced };
