@@ -43,11 +43,11 @@ TEST_F(AtaInterface, CopiesTheDataBehindTheRegisters) {
         EXPECT_EQ(send(identifyCommand, how), "");
         EXPECT_TRUE(std::equal(out_, out_ + 512, identify("ACME DISK").data.begin()));
     }
-    EXPECT_THAT(calls(), Contains("ioctl /dev/hda HDIO_DRIVE_CMD ec 00 00 01").Times(2));
+    EXPECT_THAT(calls(), Contains("ioctl /dev/hda HDIO_DRIVE_CMD ec000001").Times(2));
     EXPECT_THAT(calls(), Contains("ioctl /dev/hda CDROM_GET_CAPABILITY").Times(1))
         << "the plain pass-through asks nothing";
     send({5, 1, 2, 3, 4, 0xA0, 0xA1});
-    EXPECT_EQ(calls()[calls().size() - 2], "ioctl /dev/hda HDIO_DRIVE_CMD a1 02 05 01");
+    EXPECT_EQ(calls()[calls().size() - 2], "ioctl /dev/hda HDIO_DRIVE_CMD a1020501");
 }
 
 TEST_F(AtaInterface, DoesNotIdentifyAnOpticalDrive) {
@@ -62,7 +62,7 @@ TEST_F(AtaInterface, ReturnsTheTaskRegistersOfSmartStatus) {
     at("/dev/hda").task = driveAnswer{0, {0x50, 0x01, 0x02, 0x03, 0xF4, 0x2C, 0x06}};
     EXPECT_EQ(send(smartReturnStatus), "");
     EXPECT_THAT(std::vector<int>(out_, out_ + 6), testing::ElementsAre(0x01, 0x02, 0x03, 0xF4, 0x2C, 0x06));
-    EXPECT_EQ(calls()[2], "ioctl /dev/hda HDIO_DRIVE_TASK b0 da 00 00 4f c2 00");
+    EXPECT_EQ(calls()[2], "ioctl /dev/hda HDIO_DRIVE_TASK b0da00004fc200");
     at("/dev/hda").task = driveAnswer{EIO, {}};
     EXPECT_EQ(send(smartReturnStatus), "ATA dacommand returned fail: ");
     EXPECT_EQ(takeLog(), strings{"3 ATA dacommand returned fail: "});

@@ -1,48 +1,38 @@
 #include "tests/notedmachine.h"
 
 #include "system/boundary.h"
+#include "system/requests.h"
 #include "tests/scarcememory.h"
+#include "text/hex.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
 #include <scsi/sg.h>
 
-#include <cstdio>
-
 namespace {
 
-std::string hex(const unsigned char* bytes, std::size_t count) {
-    std::string text;
-    for (std::size_t i = 0; i < count; ++i) {
-        char byte[4];
-        std::snprintf(byte, sizeof byte, " %02x", static_cast<unsigned>(bytes[i]));
-        text += byte;
-    }
-    return text;
-}
-
-/// The request's name and what it asks: "SG_IO 12 00 00 00 24 00 length 36".
+/// The request's name and what it asks: "SG_IO 120000002400 length 36".
 std::string requestText(unsigned long request, const void* argument) {
-    const auto* const registers = static_cast<const unsigned char*>(argument);
-    const auto* const header = static_cast<const sg_io_hdr*>(argument);
-    switch (request) {
-    case SG_GET_VERSION_NUM:
-        return "SG_GET_VERSION_NUM";
-    case SG_EMULATED_HOST:
-        return "SG_EMULATED_HOST";
-    case SG_GET_SCSI_ID:
-        return "SG_GET_SCSI_ID";
-    case SG_IO:
-        return "SG_IO" + hex(header->cmdp, header->cmd_len) + " length " + std::to_string(header->dxfer_len);
-    case CDROM_GET_CAPABILITY:
-        return "CDROM_GET_CAPABILITY";
-    case HDIO_DRIVE_CMD:
-        return "HDIO_DRIVE_CMD" + hex(registers, 4);
-    case HDIO_DRIVE_TASK:
-        return "HDIO_DRIVE_TASK" + hex(registers, 7);
-    default:
+    const std::map<unsigned long, const char*> names{{SG_GET_VERSION_NUM, "SG_GET_VERSION_NUM"},
+                                                     {SG_EMULATED_HOST, "SG_EMULATED_HOST"},
+                                                     {SG_GET_SCSI_ID, "SG_GET_SCSI_ID"},
+                                                     {SG_IO, "SG_IO"},
+                                                     {CDROM_GET_CAPABILITY, "CDROM_GET_CAPABILITY"},
+                                                     {HDIO_DRIVE_CMD, "HDIO_DRIVE_CMD"},
+                                                     {HDIO_DRIVE_TASK, "HDIO_DRIVE_TASK"}};
+    const auto name = names.find(request);
+    if (name == names.end())
         return "unknown " + std::to_string(request);
+    const auto* asked = static_cast<const unsigned char*>(argument);
+    std::size_t size = request == HDIO_DRIVE_CMD ? 4 : request == HDIO_DRIVE_TASK ? sys::taskBytes : 0;
+    std::string length;
+    if (request == SG_IO) {
+        const auto* const header = static_cast<const sg_io_hdr*>(argument);
+        asked = header->cmdp;
+        size = header->cmd_len;
+        length = " length " + std::to_string(header->dxfer_len);
     }
+    return name->second + (size == 0 ? "" : ' ' + text::hexDigits(sys::bytes(asked, asked + size))) + length;
 }
 
 } // namespace

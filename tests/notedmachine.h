@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Writes down the calls on a simulated machine, one line each, such as "open /dev/sg0", "ioctl /dev/sg0
-/// SG_GET_VERSION_NUM", "sleep 5". Memory is never scarce for that nor
-/// for the machine.
+/// Writes down the calls on a simulated machine, one line each: "open /dev/sg0", "ioctl /dev/sg0 SG_GET_VERSION_NUM".
+/// Memory is never scarce for that nor for the machine.
 class notedMachine : public sys::layer {
 public:
     explicit notedMachine(sys::simulatedMachine& simulated) : layer(simulated), simulated_(simulated) {}

@@ -43,11 +43,11 @@ TEST_F(PassThrough, RefusesEmulatedHostsButForTapesAndCartridges) {
     for (const std::string product : {"MY DAT160 DRIVE", "GoVault", "RDX", "LTO-4", "DDS"}) {
         device_.product = product;
         EXPECT_EQ(send(serialinquiry_cmd, 6), 0) << product;
-        EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 12 01 80 00 ff 00 length 255");
+        EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 12018000ff00 length 255");
         EXPECT_EQ(takeLog(), (strings{"3 Device is emulated scsi", "3 " + product + " Found!\n"}));
     }
     send(tapeAlert_cmd, 10);
-    EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 4d 00 6e 00 00 00 00 00 ff 00 length 255");
+    EXPECT_EQ(calls().back(), "ioctl /dev/sg0 SG_IO 4d006e0000000000ff00 length 255");
     EXPECT_EQ(cdb_[8], 0xFF) << "the caller's command is changed";
 }
 

@@ -19,7 +19,7 @@ TEST_F(Plugin, TellsAnAtaDeviceByItsAnswer) {
     scsiDevice device;
     device.GetDevice("/dev/hd", 0);
     EXPECT_EQ(plugin_->getBusType(&device), BusTypeAta);
-    EXPECT_EQ(calls().back(), "ioctl /dev/hda HDIO_DRIVE_CMD ec 00 00 01");
+    EXPECT_EQ(calls().back(), "ioctl /dev/hda HDIO_DRIVE_CMD ec000001");
     device.GetDevice("/dev/hd", 1);
     EXPECT_EQ(plugin_->getBusType(&device), BusTypeScsi);
 }
