@@ -1,11 +1,11 @@
-// Whole runs, for any classes in any order, on a machine whose every answer comes from the input: they are recorded,
-// replayed, repeated and interrupted.
+// Whole runs, for any classes in any order, on a machine whose answers the input changes: they are recorded, replayed,
+// repeated and interrupted, and their results printed in every format.
 
 #include "device/atainterface_linux.h"
 #include "device/deviceanswers.h"
 #include "device/scsidevice_linux.h"
-#include "device/scsipassthrough_linux.h"
 #include "fuzz/machineinput.h"
+#include "fuzz/require.h"
 #include "inventory/output.h"
 #include "minihost/memorynamespace.h"
 #include "minihost/minihost.h"
@@ -14,10 +14,10 @@
 #include "system/clibrary.h"
 #include "system/machinefile.h"
 #include "system/recordedmachine.h"
-#include "system/replayedmachine.h"
+#include "system/simulatedmachine.h"
+#include "tests/mofreader.h"
 
 #include <algorithm>
-#include <iterator>
 #include <optional>
 #include <sstream>
 #include <stdexcept>
@@ -77,21 +77,23 @@ public:
     }
 };
 
+std::string written(void write(const inventory::runResult&, std::ostream&), const inventory::runResult& result) {
+    std::ostringstream output;
+    write(result, output);
+    return output.str();
+}
+
 /// A plug-in object on a machine, and the host that it sees.
 class pluginRun {
 public:
-    enum class walks { each, onlyTheFirst };
-
-    explicit pluginRun(const sys::machineAnswers& machine, walks asked = walks::each)
-        : simulated_(machine), services_(simulated_), recorded_(services_), replayed_(recorded_, recorded_) {
-        if (asked == walks::onlyTheFirst)
-            machine_ = &replayed_;
+    explicit pluginRun(const sys::machineAnswers& machine)
+        : simulated_(machine), services_(simulated_), recorded_(services_) {
         auto& registered = minihost::registeredPlugins();
         for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
         plugin_ = new TScsidevPluginCallbacks; // which registers itself
         registered.clear();
-        const sys::machineInUse inUse(*machine_);
+        const sys::machineInUse inUse(recorded_);
         takeLog();
         plugin_->Init();
     }
@@ -106,7 +108,7 @@ public:
 
     sys::machineAnswers& machine() { return simulated_.answers(); }
     sys::machineAnswers recording() { return recorded_.wholeMachine(); }
-    sys::machine& asked() { return *machine_; }
+    sys::machine& asked() { return recorded_; }
     TScsidevPluginCallbacks& plugin() { return *plugin_; }
     const std::vector<boost::shared_ptr<minihost::memoryInstance>>& instances() const { return ns_.instances(); }
 
@@ -116,7 +118,7 @@ public:
         TScsidevPluginCallbacks::classList requested;
         for (const auto& name : classNames)
             requested.push_back(ns_.memoryNamespace::GetClass(name, {}));
-        const sys::machineInUse inUse(*machine_);
+        const sys::machineInUse inUse(recorded_);
         takeLog();
         plugin_->GetData(ns_.handle(), requested);
         requireClosedNodes();
@@ -128,13 +130,15 @@ public:
             query(names);
     }
 
-    /// The log, and the instances behind the `first` ones.
-    std::string seen(std::ptrdiff_t first = 0) const {
+    /// The instances behind the `first` ones.
+    inventory::runResult result(std::ptrdiff_t first = 0) const {
         inventory::runResult result;
         result.queries = {{{}, {instances().begin() + first, instances().end()}, std::nullopt}};
-        std::ostringstream document;
-        inventory::writeJson(result, document);
-        return log_.str() + document.str();
+        return result;
+    }
+    /// The same, and the log.
+    std::string seen(std::ptrdiff_t first = 0) const {
+        return log_.str() + written(inventory::writeJson, result(first));
     }
 
     void forgetLog() { log_.str(""); }
@@ -163,12 +167,26 @@ private:
     sys::simulatedMachine simulated_;
     faultyServices services_;
     sys::recordedMachine recorded_;
-    sys::replayedMachine replayed_;
-    sys::machine* machine_ = &recorded_;
     faultyNamespace ns_;
     std::ostringstream log_;
     TScsidevPluginCallbacks* plugin_;
 };
+
+/// Requires that nothing that is printed of a run drives a terminal, and that MOF says the same as JSON.
+void checkOutput(const pluginRun& run) {
+    inventory::runResult result = run.result();
+    for (const auto& declaration : minihost::classTable())
+        result.queries[0].classes.emplace_back(declaration.name);
+    const std::string asJson = written(inventory::writeJson, result), asMof = written(inventory::writeMof, result);
+    std::ostringstream asTable;
+    inventory::writeTable(result, {true, 80}, asTable);
+    const std::string all = asJson + asMof + asTable.str();
+    fuzz::require(std::all_of(all.begin(), all.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
+                  "no output drives a terminal");
+    const auto instances = mof::instancesOf(nlohmann::json::parse(asJson));
+    for (const auto& instance : mof::read(asMof).instances)
+        fuzz::require(std::count(instances.begin(), instances.end(), instance) != 0, "JSON has what MOF has");
+}
 
 void checkDrives(pluginRun& run) {
     const std::vector<std::string> drivesOnly{"KORVA_CDVDDevice"};
@@ -187,6 +205,7 @@ void checkDrives(pluginRun& run) {
 void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
     pluginRun run(machine);
     run.queryAll(queries);
+    checkOutput(run);
     const sys::machineAnswers recorded = run.recording();
 
     pluginRun replay(sys::parseMachine(sys::machineFileText(recorded), "recording"));
@@ -201,15 +220,6 @@ void checkRun(const sys::machineAnswers& machine, const queryList& queries) {
     const std::vector<std::string> elementsOnly{"KORVA_SysBusDeviceFirmwareElement"};
     run.query(elementsOnly);
     fuzz::require(run.query(elementsOnly) == 0, "a query consumes the records of those before it");
-}
-
-/// Requires that it makes no difference whether every query asks a steady machine, or the first alone.
-void checkOneWalk(const sys::machineAnswers& steady, const queryList& queries) {
-    pluginRun askingAgain(steady);
-    askingAgain.queryAll(queries);
-    pluginRun walkingOnce(steady, pluginRun::walks::onlyTheFirst);
-    walkingOnce.queryAll(queries);
-    fuzz::require(walkingOnce.seen() == askingAgain.seen(), "one walk shows the same as several");
 }
 
 /// Requires of a steady machine that a query after one that failed in the host shows what it shows after a whole one.
@@ -234,20 +244,19 @@ void checkNextQuery(const sys::machineAnswers& steady, const std::vector<std::st
     fuzz::require(seen[0] == seen[1], "the next query is right");
 }
 
-/// Does the device behind an open node answer the ATA command?
-bool answers(int fd, unsigned char (&command)[7], int size,
-             int (ataInterface::*send)(int, unsigned char*, unsigned char*, int)) {
+/// Does the device behind an open node answer IDENTIFY DEVICE?
+bool identifies(int fd) {
+    unsigned char command[] = {0, 1, 0, 0, 0, 0, 0xEC};
     unsigned char answer[identifyView::answerSize];
     try {
-        (ataInterface().*send)(fd, command, answer, size);
+        ataInterface().executePassThroughCmd(fd, command, answer, sizeof answer);
         return true;
     } catch (const scsiException&) {
         return false;
     }
 }
 
-/// Requires that the ways to ask a node of a steady machine what it is agree, and sends the commands that the collector
-/// does not send.
+/// Requires that the ways to ask a node of a steady machine what it is agree.
 void checkIdentification(const sys::machineAnswers& steady) {
     pluginRun run(steady);
     const sys::machineInUse inUse(run.asked());
@@ -258,15 +267,7 @@ void checkIdentification(const sys::machineAnswers& steady) {
             fuzz::require(result >= -1 && result <= 1, "a device is identified, unusable, or the last");
             const bool isAta = run.plugin().getBusType(&device) == BusTypeAta;
             fuzz::require(isAta == (device.getBusType() == 3), "the bus types agree");
-            unsigned char identify[] = {0, 1, 0, 0, 0, 0, 0xEC};
-            const bool identifies =
-                answers(device.fd, identify, identifyView::answerSize, &ataInterface::executePassThroughCmd);
-            fuzz::require(identifies || !isAta, "a device that is ATA answers IDENTIFY DEVICE");
-            unsigned char smartReturnStatus[] = {0xDA, 0, 0, 0x4F, 0xC2, 0, 0xB0}; // ACS-3, SMART feature set
-            answers(device.fd, smartReturnStatus, sizeof smartReturnStatus, &ataInterface::executeCommand);
-            unsigned char serialInquiry[commandStorage];
-            std::copy(std::begin(serialinquiry_cmd), std::end(serialinquiry_cmd), serialInquiry);
-            scsiPassThrough().execSCSICommand(&device, serialInquiry, inquiryCommandLength);
+            fuzz::require(identifies(device.fd) || !isAta, "a device that is ATA answers IDENTIFY DEVICE");
         }
     }
     run.requireClosedNodes();
@@ -280,13 +281,14 @@ sys::machineAnswers steadyMachine(sys::machineAnswers machine) {
     return machine;
 }
 
-/// The class names of the queries, of which the first tell what there is to tell.
-queryList namedQueries(const std::vector<std::vector<std::uint8_t>>& positions) {
-    constexpr std::size_t mostQueries = 8, mostClasses = 8;
-    queryList queries(std::min(positions.size(), mostQueries));
-    for (std::size_t i = 0; i < queries.size(); ++i) {
-        for (std::size_t j = 0; j < std::min(positions[i].size(), mostClasses); ++j)
-            queries[i].emplace_back(minihost::classTable()[positions[i][j] % minihost::classTable().size()].name);
+queryList queriesFrom(FuzzedDataProvider& input) {
+    constexpr std::size_t mostQueries = 8, mostClasses = 8; // of which the first tell what there is to tell
+    const auto classes = minihost::classTable();
+    queryList queries(input.ConsumeIntegralInRange<std::size_t>(0, mostQueries));
+    for (auto& names : queries) {
+        names.resize(input.ConsumeIntegralInRange<std::size_t>(0, mostClasses));
+        for (auto& name : names)
+            name = classes[input.ConsumeIntegralInRange<std::size_t>(0, classes.size() - 1)].name;
     }
     return queries;
 }
@@ -294,17 +296,14 @@ queryList namedQueries(const std::vector<std::vector<std::uint8_t>>& positions) 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    fuzz::archive input(bytes, size);
+    FuzzedDataProvider input(bytes, size);
+    const queryList queries = queriesFrom(input);
     hostFault ofHost;
-    std::vector<std::vector<std::uint8_t>> positions;
-    sys::machineAnswers machine;
-    input.numbers(ofHost.call, ofHost.thrown);
-    ofHost.call %= 512; // a query makes that many calls at most, or not many more
-    fuzz::transfer(input, positions, machine);
-    const queryList queries = namedQueries(positions);
+    ofHost.call = input.ConsumeIntegralInRange<std::uint16_t>(0, 512); // a query makes hardly more calls
+    ofHost.thrown = input.ConsumeIntegral<std::uint8_t>();
+    sys::machineAnswers machine = fuzz::machineFrom(input);
     checkRun(machine, queries);
     const sys::machineAnswers steady = steadyMachine(std::move(machine));
-    checkOneWalk(steady, queries);
     if (!queries.empty())
         checkNextQuery(steady, queries.front(), ofHost);
     checkIdentification(steady);

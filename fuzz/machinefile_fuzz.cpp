@@ -1,8 +1,10 @@
 // Reads a machine file; what was read is written and has to read back the same.
 
-#include "fuzz/input.h"
+#include "fuzz/require.h"
 #include "system/jsonplace.h"
 #include "system/machinefile.h"
+
+#include <cstdint>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* input, std::size_t size) {
     sys::machineAnswers machine;

@@ -13,13 +13,13 @@ struct document {
     nlohmann::json instances = nlohmann::json::array();   ///< as in the JSON of the same run: class and properties
 };
 
-/// Reads a MOF document (DSP0004) of the kind that the program writes, and no other: declarations before instances,
-/// names in their case, no pragmas, in strings only the escapes that are needed.
+/// Reads a MOF document (DSP0004) as the program lays it out: declarations before instances, each property in a line of
+/// its own. Takes only the names from the declarations, whose text stands in schema/korva.mof.
 ///
-/// Refuses what a compiler refuses, and what some let pass: an instance that lacks a key or belongs to an abstract
-/// class, a value of another type, a second instance with the same object path or alias, an alias that no instance
-/// before it has, and a reference by an object path that is not among `absent`. Throws std::runtime_error.
-document read(const std::string& text, const std::set<std::string>& absent = {});
+/// Throws an exception for what a CIM compiler refuses, and what some let pass: characters and escapes that are not
+/// MOF's, a class or property that is not declared, an instance that lacks a key, a second instance with the same
+/// object path or alias, an alias that no instance before it has, and the object path of an instance that has an alias.
+document read(const std::string& text);
 
 /// The instances of a JSON document of the program, as document::instances has those of its MOF.
 nlohmann::json instancesOf(const nlohmann::json& jsonDocument);
