@@ -6,7 +6,7 @@
 #include "system/boundary.h"
 #include "system/machinefile.h"
 #include "system/pseudonyms.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <sys/wait.h>
 

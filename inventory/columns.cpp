@@ -1,6 +1,6 @@
 #include "inventory/columns.h"
 
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,7 +2,7 @@
 
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
-#include "text/codepoints.h"
+#include "text/forms.h"
 
 #include <nlohmann/json.hpp>
 

@@ -7,7 +7,7 @@
 #include "inventory/signals.h"
 #include "inventory/statusline.h"
 #include "minihost/pluginlibrary.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -2,7 +2,7 @@
 
 #include "minihost/cimcontent.h"
 #include "minihost/typecheck.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <cstddef>
 #include <map>

@@ -2,8 +2,7 @@
 
 #include "inventory/instancetext.h"
 #include "plugin/cimnames.h"
-#include "text/codepoints.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <boost/algorithm/string.hpp>
 

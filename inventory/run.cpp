@@ -5,7 +5,7 @@
 #include "inventory/statusline.h"
 #include "minihost/minihost.h"
 #include "minihost/pluginlibrary.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <new>
 #include <optional>

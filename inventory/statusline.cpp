@@ -1,6 +1,6 @@
 #include "inventory/statusline.h"
 
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <poll.h>
 #include <sys/ioctl.h>

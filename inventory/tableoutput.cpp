@@ -5,7 +5,7 @@
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
 #include "plugin/cimnames.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <algorithm>
 #include <functional>

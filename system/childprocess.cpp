@@ -120,8 +120,9 @@ private:
     pid_t pid_; ///< -1: none was started, or it was reaped
 };
 
-/// Waits until `fd` can be read. False: it will not be, and errno says why: ETIMEDOUT when the deadline has passed.
-bool waitForInput(int fd, clock::time_point deadline) {
+/// Appends all that comes out of `fd` until its end. False: that did not come, and errno says why: ETIMEDOUT when the
+/// deadline has passed.
+bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
     for (;;) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - clock::now()).count();
         if (left <= 0) {
@@ -130,26 +131,15 @@ bool waitForInput(int fd, clock::time_point deadline) {
         }
         pollfd wanted{fd, POLLIN, 0};
         const int ready = ::poll(&wanted, 1, static_cast<int>(std::min<long long>(left, INT_MAX)));
-        if (ready > 0)
-            return true;
-        if (ready == -1 && errno != EINTR)
-            return false;
-    }
-}
-
-/// Appends all that comes out of `fd` until its end. False: that did not come, and errno says why.
-bool readToEnd(int fd, clock::time_point deadline, std::string& output) {
-    char block[4096];
-    while (waitForInput(fd, deadline)) {
-        const ssize_t got = ::read(fd, block, sizeof block);
+        char block[4096];
+        const ssize_t got = ready > 0 ? ::read(fd, block, sizeof block) : ready == 0 ? 1 : -1;
         if (got == 0)
             return true;
-        if (got > 0)
+        if (ready > 0 && got > 0)
             output.append(block, static_cast<std::size_t>(got));
-        else if (errno != EINTR)
+        else if (got == -1 && errno != EINTR)
             return false;
     }
-    return false;
 }
 
 constexpr const char* tooLate = "not ended in time";

@@ -1,7 +1,6 @@
 #include "system/machinefile.h"
 
-#include "text/codepoints.h"
-#include "text/errorname.h"
+#include "text/forms.h"
 #include "text/hex.h"
 
 #include <nlohmann/json.hpp>

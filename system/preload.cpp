@@ -6,7 +6,7 @@
 #include "system/clibrary.h"
 #include "system/machinefile.h"
 #include "system/simulatedmachine.h"
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include <fcntl.h>
 #include <pthread.h>

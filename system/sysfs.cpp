@@ -2,42 +2,18 @@
 
 #include "system/boundary.h"
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <climits>
-#include <map>
-#include <memory>
+#include <filesystem>
+#include <fstream>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace sys {
 
 namespace {
 
-using directoryHandle = std::unique_ptr<DIR, int (*)(DIR*)>;
-
-/// Takes over the descriptor of a directory; null where it is none.
-directoryHandle listingOf(int fd) {
-    DIR* const listing = fd < 0 ? nullptr : ::fdopendir(fd);
-    if (listing == nullptr && fd >= 0)
-        ::close(fd);
-    return {listing, ::closedir};
-}
-
-/// The device to which an entry of a class belongs, known by its path in sysfs: the entry is a link to
-/// DEVICE/CLASS/ENTRY. Empty for any other, such as the link of a partition, and for what is no link.
-std::string deviceOf(int directory, const std::string& kind, const std::string& entry) {
-    char target[PATH_MAX];
-    const ssize_t size = ::readlinkat(directory, entry.c_str(), target, sizeof target);
-    const std::string_view path(target, size < 0 ? 0 : static_cast<std::size_t>(size));
-    const std::string end = '/' + kind + '/' + entry;
-    if (path.size() < end.size() || path.substr(path.size() - end.size()) != end)
-        return "";
-    return std::string(path.substr(0, path.size() - end.size()));
-}
+namespace fs = std::filesystem;
 
 /// Is this the plain name of a tape drive, "st0"? The names beside it, "nst0" or "st0a", are the same drive in modes
 /// that do not rewind or have another density.
@@ -46,35 +22,28 @@ bool isPlainTapeName(std::string_view name) {
            name.find_first_not_of("0123456789", 2) == std::string_view::npos;
 }
 
-using namesOfDevices = std::map<std::string, std::vector<std::string>>; // by the path of the device
-
-/// Adds the names of the devices of a class; none where its directory cannot be read.
-void addNames(int sgClass, const std::string& kind, namesOfDevices& found) {
-    const directoryHandle listing =
-        listingOf(::openat(sgClass, ("../" + kind).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    while (const dirent* const entry = listing ? ::readdir(listing.get()) : nullptr) {
-        const std::string name = entry->d_name;
-        if (kind != "scsi_tape" || isPlainTapeName(name)) {
-            const std::string device = deviceOf(::dirfd(listing.get()), kind, name);
-            if (!device.empty())
-                found[device].push_back(name);
+/// The names of a device, in alphabetical order.
+std::vector<std::string> namesOf(const std::string& device) {
+    std::vector<std::string> names;
+    for (const std::string kind : {"block", "scsi_changer", "scsi_tape"}) { // block: optical drives as well
+        std::error_code error;
+        for (fs::directory_iterator entry(device + kind, error), end; !error && entry != end; entry.increment(error)) {
+            std::string name = entry->path().filename();
+            if (kind != "scsi_tape" || isPlainTapeName(name))
+                names.push_back(std::move(name));
         }
     }
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 /// The start of a file, as much as a sysfs file can have, without the line end and the blanks that end it; empty where
 /// it cannot be read.
-std::string startOf(int directory, const std::string& name) {
-    const int fd = ::openat(directory, name.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0)
-        return "";
+std::string startOf(const std::string& path) {
     std::string content(kernelNames::longestWwid, '\0');
-    std::size_t size = 0;
-    ssize_t got = 0;
-    while (size < content.size() && (got = ::read(fd, content.data() + size, content.size() - size)) > 0)
-        size += static_cast<std::size_t>(got);
-    ::close(fd);
-    content.resize(size);
+    std::ifstream file(path, std::ios::binary);
+    file.read(content.data(), static_cast<std::streamsize>(content.size()));
+    content.resize(static_cast<std::size_t>(file.gcount()));
     content.erase(content.find_last_not_of(" \n") + 1);
     return content;
 }
@@ -82,23 +51,12 @@ std::string startOf(int directory, const std::string& name) {
 } // namespace
 
 kernelNameMap readKernelNames(const std::set<std::string>& nodes, bool wantsWwid, const std::string& directory) {
-    const directoryHandle listing = listingOf(::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!listing)
-        return {};
-    const int sgClass = ::dirfd(listing.get());
-    namesOfDevices names;
-    for (const char* kind : {"block", "scsi_changer", "scsi_tape"}) // block: optical drives as well
-        addNames(sgClass, kind, names);
     kernelNameMap known;
     for (const auto& node : nodes) {
         if (!isSgNodePath(node))
             continue;
-        const std::string entry = node.substr(node.rfind('/') + 1);
-        kernelNames ofNode;
-        ofNode.names = names[deviceOf(sgClass, "scsi_generic", entry)];
-        std::sort(ofNode.names.begin(), ofNode.names.end());
-        if (wantsWwid)
-            ofNode.wwid = startOf(sgClass, entry + "/device/wwid");
+        const std::string device = directory + node.substr(node.rfind('/') + 1) + "/device/";
+        const kernelNames ofNode{namesOf(device), wantsWwid ? startOf(device + "wwid") : ""};
         if (!ofNode.empty())
             known[node] = ofNode;
     }

@@ -1,7 +1,7 @@
 #include "system/watchedmachine.h"
 
 #include "system/boundary.h"
-#include "text/errorname.h"
+#include "text/forms.h"
 
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>

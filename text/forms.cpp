@@ -1,8 +1,8 @@
-#include "text/escape.h"
+#include "text/forms.h"
 
 #include "text/hex.h"
 
-#include <algorithm>
+#include <cstring>
 
 namespace text {
 
@@ -13,11 +13,7 @@ bool isPrintable(char c) { return c >= 0x20 && c <= 0x7E; }
 } // namespace
 
 std::string escaped(const std::string& text) {
-    // Nearly every text is printable as it is.
-    if (std::all_of(text.begin(), text.end(), [](char c) { return isPrintable(c) && c != '\\'; }))
-        return text;
     std::string result;
-    result.reserve(text.size());
     for (const char c : text) {
         if (c == '\\')
             result += "\\\\";
@@ -44,6 +40,23 @@ std::string mofQuoted(const std::string& text) {
             result += "\\x00" + hexDigits(std::string(1, c));
     }
     return result + '"';
+}
+
+std::string bytesAsCodePoints(const std::string& bytes) {
+    std::string utf8;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80)
+            utf8 += c;
+        else
+            utf8.append(1, static_cast<char>(0xC0 | byte >> 6)).append(1, static_cast<char>(0x80 | (byte & 0x3F)));
+    }
+    return utf8;
+}
+
+std::string errorName(int error) {
+    const char* const name = ::strerrorname_np(error);
+    return name == nullptr ? std::to_string(error) : name;
 }
 
 } // namespace text
