@@ -118,50 +118,49 @@ requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
     return deliver(asksForPage(cdb, supportedPagesPage) ? supportedPages(asked) : illegalRequest(invalidField), header);
 }
 
-requestResult sendDriveCommand(answerList<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
+/// The next answer to a request, given by `deliver` if it is no error.
+template <typename Answer, typename Deliver>
+requestResult answerNext(answerList<Answer>& replies, int refusal, Deliver deliver) {
     if (replies.empty())
         return {0, refusal};
-    const driveAnswer& reply = replies.next();
-    if (reply.error != 0)
-        return {0, reply.error};
-    const std::size_t sent = std::min(reply.data.size(), room);
-    std::fill(std::copy_n(reply.data.begin(), sent, target), target + room, 0); // a drive fills all of it
-    return {};
+    const Answer& reply = replies.next();
+    return reply.error != 0 ? requestResult{0, reply.error} : deliver(reply);
+}
+
+requestResult sendDriveCommand(answerList<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
+    return answerNext(replies, refusal, [=](const driveAnswer& reply) {
+        const std::size_t sent = std::min(reply.data.size(), room);
+        std::fill(std::copy_n(reply.data.begin(), sent, target), target + room, 0); // a drive fills all of it
+        return requestResult();
+    });
 }
 
 /// For a request that writes a number to its argument.
-requestResult writeNumber(answerList<numberAnswer>& replies, int* target) {
-    if (replies.empty())
-        return {0, ENOTTY};
-    const numberAnswer& reply = replies.next();
-    if (reply.error == 0)
-        *target = reply.value;
-    return {0, reply.error};
+requestResult writeNumber(answerList<numberAnswer>& replies, void* target) {
+    return answerNext(replies, ENOTTY, [target](const numberAnswer& reply) {
+        *static_cast<int*>(target) = reply.value;
+        return requestResult();
+    });
 }
 
 /// For a request whose result is the number itself: -1 from a driver is -EPERM, which the C library makes an error.
 requestResult returnNumber(answerList<numberAnswer>& replies, int refusal) {
-    if (replies.empty())
-        return {0, refusal};
-    const numberAnswer& reply = replies.next();
-    if (reply.error != 0)
-        return {0, reply.error};
-    return reply.value == -1 ? requestResult{0, EPERM} : requestResult{reply.value, 0};
+    return answerNext(replies, refusal, [](const numberAnswer& reply) {
+        return reply.value == -1 ? requestResult{0, EPERM} : requestResult{reply.value, 0};
+    });
 }
 
-requestResult writeAddress(answerList<addressAnswer>& replies, sg_scsi_id* id) {
-    if (replies.empty())
-        return {0, ENOTTY};
-    const addressAnswer& reply = replies.next();
-    if (reply.error != 0)
-        return {0, reply.error};
-    *id = sg_scsi_id();
-    id->host_no = reply.host;
-    id->channel = reply.channel;
-    id->scsi_id = reply.target;
-    id->lun = reply.lun;
-    id->scsi_type = reply.type;
-    return {};
+requestResult writeAddress(answerList<addressAnswer>& replies, void* target) {
+    return answerNext(replies, ENOTTY, [target](const addressAnswer& reply) {
+        sg_scsi_id id{};
+        id.host_no = reply.host;
+        id.channel = reply.channel;
+        id.scsi_id = reply.target;
+        id.lun = reply.lun;
+        id.scsi_type = reply.type;
+        *static_cast<sg_scsi_id*>(target) = id;
+        return requestResult();
+    });
 }
 
 addressAnswer addressIn(const sg_scsi_id& id) { return {id.host_no, id.channel, id.scsi_id, id.lun, id.scsi_type, 0}; }
@@ -188,11 +187,11 @@ requestResult answerRequest(const std::string& path, node& asked, unsigned long 
     auto* const registers = static_cast<unsigned char*>(argument);
     switch (request) {
     case SG_GET_VERSION_NUM:
-        return writeNumber(asked.sgVersion, static_cast<int*>(argument));
+        return writeNumber(asked.sgVersion, argument);
     case SG_EMULATED_HOST:
-        return writeNumber(asked.emulated, static_cast<int*>(argument));
+        return writeNumber(asked.emulated, argument);
     case SG_GET_SCSI_ID:
-        return writeAddress(asked.address, static_cast<sg_scsi_id*>(argument));
+        return writeAddress(asked.address, argument);
     case SG_IO:
         return asked.inquiry.empty() ? requestResult{0, EINVAL}
                                      : sendScsiCommand(asked, *static_cast<sg_io_hdr*>(argument));
