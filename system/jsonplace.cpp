@@ -1,5 +1,7 @@
 #include "system/jsonplace.h"
 
+#include <boost/algorithm/string/join.hpp>
+
 #include <algorithm>
 #include <set>
 
@@ -31,25 +33,20 @@ std::string excerpt(const json& value) {
     return value.is_string() ? quoted(value.get_ref<const std::string&>()) : value.dump();
 }
 
-bool isPlainName(const std::string& name) {
-    return name.size() <= longestExcerpt && std::all_of(name.begin(), name.end(), [](char c) {
-               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-           });
+/// The step to a member, in the words of an error: .inquiry, ["/dev/sg0"].
+std::string stepText(const std::string& name) {
+    const auto isLetter = [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    };
+    const bool isPlain = name.size() <= longestExcerpt && std::all_of(name.begin(), name.end(), isLetter);
+    return isPlain ? '.' + name : '[' + quoted(name) + ']';
 }
 
 /// Where a value stands in the document: nodes["/dev/sg0"].inquiry[1]. The middle of a long text is left out.
-std::string placeText(const std::vector<jsonStep>& steps) {
+std::string placeText(const std::string& steps) {
     if (steps.empty())
         return "the document";
-    std::string text;
-    for (const jsonStep& step : steps) {
-        if (step.name == nullptr)
-            text += '[' + std::to_string(step.index) + ']';
-        else if (isPlainName(*step.name))
-            text += (text.empty() ? "" : ".") + *step.name;
-        else
-            text += '[' + quoted(*step.name) + ']';
-    }
+    const std::string text = steps.substr(steps[0] == '.' ? 1 : 0);
     if (text.size() <= longestPlace)
         return text;
     return text.substr(0, longestPlace / 2) + "..." + text.substr(text.size() - longestPlace / 2);
@@ -82,7 +79,7 @@ public:
     bool key(std::string& name) override {
         const auto [member, isNew] = open_.back().names.insert(name);
         if (!isNew)
-            fail(placeText(stepsToOpenObject()) + ": the member " + quoted(*member) + " stands twice");
+            fail(placeText(openSteps()) + ": the member " + quoted(*member) + " stands twice");
         open_.back().last = &*member;
         return true;
     }
@@ -103,11 +100,11 @@ private:
             fail("too many values, expected at most " + std::to_string(mostValues));
         return true;
     }
-    /// Without the elements of lists.
-    std::vector<jsonStep> stepsToOpenObject() const {
-        std::vector<jsonStep> steps;
+    /// The steps to the object that is being read, without the elements of lists.
+    std::string openSteps() const {
+        std::string steps;
         for (std::size_t i = 0; i + 1 < open_.size(); ++i)
-            steps.push_back({open_[i].last, 0});
+            steps += stepText(*open_[i].last);
         return steps;
     }
     [[noreturn]] void fail(const std::string& message) const { throw machineFileError(file_ + ": " + message); }
@@ -126,10 +123,9 @@ jsonDocument parseJson(const std::string& text, const std::string& file) {
 }
 
 void jsonPlace::failWith(const std::string& message) const {
-    std::vector<jsonStep> steps;
+    std::string steps;
     for (const jsonPlace* place = this; place->parent_ != nullptr; place = place->parent_)
-        steps.push_back(place->step_);
-    std::reverse(steps.begin(), steps.end());
+        steps.insert(0, place->name_ == nullptr ? '[' + std::to_string(place->index_) + ']' : stepText(*place->name_));
     throw machineFileError(document_.file + ": " + placeText(steps) + ": " + message);
 }
 
@@ -143,7 +139,7 @@ std::string jsonPlace::text() const {
     return bytesOf(value_.get_ref<const std::string&>());
 }
 
-std::string jsonPlace::name() const { return bytesOf(*step_.name); }
+std::string jsonPlace::name() const { return bytesOf(*name_); }
 
 /// The parser lets only valid UTF-8 through, in which a first byte above 0xC3 begins a code point above U+00FF.
 std::string jsonPlace::bytesOf(const std::string& utf8) const {
@@ -167,12 +163,10 @@ long long jsonPlace::number(long long least, long long largest) const {
 }
 
 std::optional<jsonPlace> jsonPlace::find(const char* name) const {
-    if (!isObject())
-        fail("an object");
     const auto found = value_.find(name);
     if (found == value_.end())
         return std::nullopt;
-    return jsonPlace(*this, *found, {&found.key(), 0});
+    return jsonPlace(*this, *found, &found.key());
 }
 
 jsonPlace jsonPlace::member(const char* name) const {
@@ -182,31 +176,26 @@ jsonPlace jsonPlace::member(const char* name) const {
     return *found;
 }
 
-void jsonPlace::allowMembers(const std::vector<const char*>& names) const {
-    if (!isObject())
-        fail("an object");
-    for (const auto& [name, value] : value_.get_ref<const json::object_t&>()) {
-        if (std::find(names.begin(), names.end(), name) != names.end())
-            continue;
-        std::string known = names.size() == 1 ? "" : "one of ";
-        for (const char* const candidate : names)
-            known += (candidate == names.front() ? "" : ", ") + std::string(candidate);
-        failWith("unknown member " + quoted(name) + ", expected " + known);
-    }
+void jsonPlace::allowMembers(const std::vector<const char*>& names, const std::string& expected) const {
+    forEachMember(expected, [&names, this](const jsonPlace& member) {
+        if (std::find(names.begin(), names.end(), *member.name_) == names.end())
+            failWith("unknown member " + quoted(*member.name_) + ", expected " + (names.size() == 1 ? "" : "one of ") +
+                     boost::join(std::vector<std::string>(names.begin(), names.end()), ", "));
+    });
 }
 
-void jsonPlace::forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const {
+void jsonPlace::forEachElement(const std::string& expected, const std::function<void(const jsonPlace&)>& use) const {
     if (!isList())
         fail(expected);
     for (std::size_t i = 0; i < value_.size(); ++i)
-        use(jsonPlace(*this, value_[i], {nullptr, i}));
+        use(jsonPlace(*this, value_[i], nullptr, i));
 }
 
-void jsonPlace::forEachMember(const char* expected, const std::function<void(const jsonPlace&)>& use) const {
+void jsonPlace::forEachMember(const std::string& expected, const std::function<void(const jsonPlace&)>& use) const {
     if (!isObject())
         fail(expected);
     for (const auto& [name, value] : value_.get_ref<const json::object_t&>())
-        use(jsonPlace(*this, value, {&name, 0}));
+        use(jsonPlace(*this, value, &name));
 }
 
 } // namespace sys

@@ -27,12 +27,6 @@ struct jsonDocument {
 /// for more values than a machine file can need.
 jsonDocument parseJson(const std::string& text, const std::string& file);
 
-/// One step from a value to a value in it: a member or an element.
-struct jsonStep {
-    const std::string* name = nullptr; ///< of the member, in the document; null: an element
-    std::size_t index = 0;
-};
-
 /// A value in a JSON document together with where it stands, for errors that name the place.
 ///
 /// Cheap to make: only an error puts the place into words. Points to the document and to the place that it was found
@@ -59,29 +53,30 @@ public:
         return static_cast<Number>(number(std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()));
     }
 
-    /// The member called `name`. Fails for what is no object and for an object without that member.
+    /// The member called `name`. Fails where there is none.
     jsonPlace member(const char* name) const;
-    /// The same, but none for an object without that member.
+    /// The same, but returns none where there is none.
     std::optional<jsonPlace> find(const char* name) const;
-    /// Fails for an object with other members than these, and for what is no object.
-    void allowMembers(const std::vector<const char*>& names) const;
+    /// Fails for an object with other members than these. `expected` is for the error where there is no object.
+    void allowMembers(const std::vector<const char*>& names, const std::string& expected = "an object") const;
 
-    void forEachElement(const char* expected, const std::function<void(const jsonPlace&)>& use) const;
-    void forEachMember(const char* expected, const std::function<void(const jsonPlace&)>& use) const;
+    void forEachElement(const std::string& expected, const std::function<void(const jsonPlace&)>& use) const;
+    void forEachMember(const std::string& expected, const std::function<void(const jsonPlace&)>& use) const;
 
     /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
 
 private:
-    jsonPlace(const jsonPlace& parent, const nlohmann::json& value, jsonStep step)
-        : document_(parent.document_), value_(value), parent_(&parent), step_(step) {}
+    jsonPlace(const jsonPlace& parent, const nlohmann::json& value, const std::string* name, std::size_t index = 0)
+        : document_(parent.document_), value_(value), parent_(&parent), name_(name), index_(index) {}
     std::string bytesOf(const std::string& utf8) const;
     [[noreturn]] void failWith(const std::string& message) const;
 
     const jsonDocument& document_;
     const nlohmann::json& value_;
     const jsonPlace* parent_ = nullptr; // null: the whole document
-    jsonStep step_;                     // from the parent
+    const std::string* name_ = nullptr; // of this member of the parent; null: an element
+    std::size_t index_ = 0;             // of this element
 };
 
 } // namespace sys

@@ -10,8 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <functional>
-#include <map>
+#include <stdexcept>
 
 namespace sys {
 
@@ -47,36 +46,27 @@ bytes hexBytes(const jsonPlace& place) {
     return *result;
 }
 
-/// {"text": T, "size": N}: T padded with blanks to N bytes. {"swapped": T, "size": N}: the same with the two bytes
-/// of every word exchanged, as ATA devices send texts. {"zeros": N}: N zero bytes.
-bytes describedBytes(const jsonPlace& place) {
-    place.allowMembers({"text", "swapped", "zeros", "size"});
-    const auto plain = place.find("text"), swapped = place.find("swapped"), zeros = place.find("zeros");
-    if (plain.has_value() + swapped.has_value() + zeros.has_value() != 1)
-        place.fail("one of text, swapped and zeros");
-    if (zeros) {
-        place.allowMembers({"zeros"});
-        bytes result(static_cast<std::size_t>(zeros->number(0, largestPart)), 0);
-        return result;
-    }
-    place.allowMembers({swapped ? "swapped" : "text", "size"});
-    std::string text = (swapped ? swapped : plain)->text();
-    const jsonPlace sizePlace = place.member("size");
-    const auto size = static_cast<std::size_t>(sizePlace.number(0, largestPart));
-    if (text.size() > size || (swapped && size % 2 != 0))
-        sizePlace.fail("room for the text" + std::string(swapped ? ", an even number" : ""));
-    text.resize(size, ' ');
-    for (std::size_t i = 0; swapped && i < size; i += 2)
-        std::swap(text[i], text[i + 1]);
-    return {text.begin(), text.end()};
-}
-
+/// A text is pairs of hex digits. {"zeros": N}: N zero bytes. {"text": T, "size": N}: T padded with blanks to N bytes.
+/// {"swapped": T, "size": N}: the same with the two bytes of every word exchanged, as ATA devices send texts.
 bytes partAt(const jsonPlace& place) {
     if (place.isText())
         return hexBytes(place);
-    if (!place.isObject())
-        place.fail("pairs of hex digits, or an object with one of text, swapped and zeros");
-    return describedBytes(place);
+    place.allowMembers({"text", "swapped", "zeros", "size"},
+                       "pairs of hex digits, or an object with one of text, swapped and zeros");
+    const auto plain = place.find("text"), swapped = place.find("swapped"), zeros = place.find("zeros");
+    if (plain.has_value() + swapped.has_value() + zeros.has_value() != 1)
+        place.fail("one of text, swapped and zeros");
+    if (zeros)
+        place.allowMembers({"zeros"});
+    std::string text = zeros ? "" : (swapped ? swapped : plain)->text();
+    const jsonPlace sizePlace = zeros ? *zeros : place.member("size");
+    const auto size = static_cast<std::size_t>(sizePlace.number(0, largestPart));
+    if (text.size() > size || (swapped && size % 2 != 0))
+        sizePlace.fail("room for the text" + std::string(swapped ? ", an even number" : ""));
+    text.resize(size, zeros ? '\0' : ' ');
+    for (std::size_t i = 0; swapped && i < size; i += 2)
+        std::swap(text[i], text[i + 1]);
+    return {text.begin(), text.end()};
 }
 
 bytes bytesAt(const jsonPlace& place) {
@@ -94,6 +84,20 @@ bytes bytesAt(const jsonPlace& place) {
     return result;
 }
 
+template <typename Number>
+Number numberAt(const jsonPlace& place) {
+    return place.number<Number>();
+}
+
+/// Reads the member called `name` into `target` where there is one.
+template <typename Value, typename Read>
+void readIfThere(const jsonPlace& place, const char* name, Value& target, Read read) {
+    if (const auto found = place.find(name))
+        target = read(*found);
+}
+
+std::string textAt(const jsonPlace& place) { return place.text(); }
+
 /// A text, or a list of lines.
 std::string linesAt(const jsonPlace& place) {
     if (place.isText())
@@ -110,28 +114,26 @@ std::vector<std::string> textsAt(const jsonPlace& place) {
     return texts;
 }
 
-// How the file spells the answers to requests that succeed. Each reads one and returns null, or else what it expected.
+// How the file spells the answers to requests that succeed. `instead` tells what else the place could hold.
 
-const char* readSuccess(const jsonPlace& place, openAnswer& /*answer*/) { return place.isTrue() ? nullptr : "true"; }
-
-const char* readSuccess(const jsonPlace& place, numberAnswer& answer) {
-    if (!place.isWholeNumber())
-        return "a whole number";
-    answer.value = place.number<int>();
-    return nullptr;
+void readSuccess(const jsonPlace& place, const std::string& instead, openAnswer& /*answer*/) {
+    if (!place.isTrue())
+        place.fail("true" + instead);
 }
 
-const char* readSuccess(const jsonPlace& place, addressAnswer& answer) {
-    if (!place.isObject())
-        return "an object";
-    place.allowMembers({"host", "channel", "target", "lun", "type"});
+void readSuccess(const jsonPlace& place, const std::string& instead, numberAnswer& answer) {
+    if (!place.isWholeNumber())
+        place.fail("a whole number" + instead);
+    answer.value = place.number<int>();
+}
+
+void readSuccess(const jsonPlace& place, const std::string& instead, addressAnswer& answer) {
+    place.allowMembers({"host", "channel", "target", "lun", "type"}, "an object" + instead);
     answer.host = place.member("host").number<int>();
     answer.channel = place.member("channel").number<int>();
     answer.target = place.member("target").number<int>();
     answer.lun = place.member("lun").number<int>();
-    if (const auto type = place.find("type"))
-        answer.type = type->number<int>();
-    return nullptr;
+    readIfThere(place, "type", answer.type, numberAt<int>);
 }
 
 /// Gives the statuses that the file leaves out the values that the kernel reports with the others.
@@ -148,43 +150,33 @@ void completeStatuses(const jsonPlace& place, scsiAnswer& answer) {
         answer.info = check ? SG_INFO_CHECK : SG_INFO_OK;
 }
 
-const char* readSuccess(const jsonPlace& place, scsiAnswer& answer) {
-    if (!place.isObject())
-        return "an object";
+void readSuccess(const jsonPlace& place, const std::string& instead, scsiAnswer& answer) {
     std::vector<const char*> names{"data", "sense"};
     eachStatus(answer, [&names](const char* name, auto /*number*/) { names.push_back(name); });
     names.push_back("residual");
-    place.allowMembers(names);
-    if (const auto data = place.find("data"))
-        answer.data = bytesAt(*data);
-    if (const auto sense = place.find("sense"))
-        answer.sense = bytesAt(*sense);
+    place.allowMembers(names, "an object" + instead);
+    readIfThere(place, "data", answer.data, bytesAt);
+    readIfThere(place, "sense", answer.sense, bytesAt);
     eachStatus(answer, [&place](const char* name, auto& number) {
-        if (const auto found = place.find(name))
-            number = found->number<std::decay_t<decltype(number)>>();
+        readIfThere(place, name, number, numberAt<std::decay_t<decltype(number)>>);
     });
     completeStatuses(place, answer);
-    if (const auto residual = place.find("residual"))
-        answer.residual = residual->number<int>();
-    return nullptr;
+    readIfThere(place, "residual", answer.residual, numberAt<int>);
 }
 
-const char* readSuccess(const jsonPlace& place, driveAnswer& answer) {
-    if (!place.isObject())
-        return "an object";
-    place.allowMembers({"data"});
+void readSuccess(const jsonPlace& place, const std::string& instead, driveAnswer& answer) {
+    place.allowMembers({"data"}, "an object" + instead);
     answer.data = bytesAt(place.member("data"));
-    return nullptr;
 }
 
+/// A success, or the name of an error.
 template <typename Answer>
-Answer answerAt(const jsonPlace& place, const char* otherwise) {
+Answer answerAt(const jsonPlace& place, const char* instead) {
     Answer answer;
-    if (const char* const expected = readSuccess(place, answer)) {
-        answer.error = place.isText() ? errnoOf(place.text()) : 0;
-        if (answer.error == 0)
-            place.fail(expected + std::string(otherwise));
-    }
+    if (place.isText())
+        answer.error = errnoOf(place.text());
+    if (answer.error == 0)
+        readSuccess(place, instead, answer);
     return answer;
 }
 
@@ -202,16 +194,18 @@ void readAnswers(const jsonPlace& place, answerList<Answer>& target) {
         place.fail("at least one answer");
 }
 
-void readStatuses(const jsonPlace& place, answerList<int>& target) {
-    const auto add = [&target](const jsonPlace& status) {
-        target.add(static_cast<int>(status.number(0, largestStatus)));
+answerList<int> statusesAt(const jsonPlace& place) {
+    answerList<int> statuses;
+    const auto add = [&statuses](const jsonPlace& status) {
+        statuses.add(static_cast<int>(status.number(0, largestStatus)));
     };
     if (place.isWholeNumber())
         add(place);
     else
         place.forEachElement("a whole number from 0 to 255, or a list of these", add);
-    if (target.empty())
+    if (statuses.empty())
         place.fail("at least one exit status");
+    return statuses;
 }
 
 /// These names, and those of all answers that a node can have.
@@ -246,8 +240,7 @@ node nodeAt(const jsonPlace& place) {
     static const std::vector<const char*> names = answerNames({}), ofSgNodes = answerNames({"kernel"});
     place.allowMembers(isSgNodePath(place.name()) ? ofSgNodes : names);
     node result;
-    if (const auto knownAs = place.find("kernel"))
-        result.knownAs = kernelNamesAt(*knownAs);
+    readIfThere(place, "kernel", result.knownAs, kernelNamesAt);
     eachAnswer(result, [&place](const char* name, auto& answers) {
         if (const auto found = place.find(name))
             readAnswers(*found, answers);
@@ -258,20 +251,14 @@ node nodeAt(const jsonPlace& place) {
 machineAnswers machineAt(const jsonPlace& place) {
     place.allowMembers({"name", "modprobe", "usb", "opticalTable", "virtualDevices", "nodes"});
     machineAnswers result;
-    if (const auto name = place.find("name"))
-        result.name = name->text();
-    if (const auto modprobe = place.find("modprobe"))
-        readStatuses(*modprobe, result.modprobe);
-    if (const auto usb = place.find("usb"))
-        result.usbListing = linesAt(*usb);
-    if (const auto table = place.find("opticalTable"))
-        result.opticalTable = linesAt(*table);
+    readIfThere(place, "name", result.name, textAt);
+    readIfThere(place, "modprobe", result.modprobe, statusesAt);
+    readIfThere(place, "usb", result.usbListing, linesAt);
+    readIfThere(place, "opticalTable", result.opticalTable, linesAt);
     if (const auto lists = place.find("virtualDevices")) {
         lists->allowMembers({"0", "1"});
-        for (const auto kind : virtualDeviceKinds) {
-            if (const auto list = lists->find(std::to_string(kind).c_str()))
-                result.virtualDevices[kind] = textsAt(*list);
-        }
+        for (const auto kind : virtualDeviceKinds)
+            readIfThere(*lists, std::to_string(kind).c_str(), result.virtualDevices[kind], textsAt);
     }
     if (const auto nodes = place.find("nodes")) {
         nodes->forEachMember("an object of nodes by path", [&result](const jsonPlace& node) {
@@ -291,18 +278,23 @@ machineAnswers parseMachine(const std::string& text, const std::string& name) {
     return machineAt(jsonPlace(document));
 }
 
-machineAnswers readMachineFile(const std::string& path) {
+std::optional<std::string> contentUpTo(const std::string& path, std::size_t most) {
     std::ifstream file(path, std::ios::binary);
-    std::string text;
+    std::string content;
     char block[65536];
-    while (text.size() <= largestFile && (file.read(block, sizeof block) || file.gcount() > 0))
-        text.append(block, static_cast<std::size_t>(file.gcount()));
+    while (content.size() <= most && (file.read(block, sizeof block) || file.gcount() > 0))
+        content.append(block, static_cast<std::size_t>(file.gcount()));
     if (!file.is_open() || file.bad())
-        throw machineFileError(path + ": cannot be read: " + std::strerror(errno));
-    if (text.size() > largestFile)
+        throw std::runtime_error(path + ": cannot be read: " + std::strerror(errno));
+    return content.size() > most ? std::nullopt : std::make_optional(content);
+}
+
+machineAnswers readMachineFile(const std::string& path) {
+    const auto text = contentUpTo(path, largestFile);
+    if (!text)
         throw machineFileError(path + ": larger than the " + std::to_string(largestFile >> 20) +
                                " MiB that a machine file may have");
-    return parseMachine(text, path);
+    return parseMachine(*text, path);
 }
 
 } // namespace sys

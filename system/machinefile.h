@@ -2,6 +2,8 @@
 
 #include "system/machineanswers.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace sys {
@@ -16,5 +18,9 @@ machineAnswers parseMachine(const std::string& text, const std::string& name);
 /// The text of the machine file (docs/machine-files.md) for a machine. Leaves out nodes that never existed, and answers
 /// at the end of a list that repeat the one before.
 std::string machineFileText(const machineAnswers& recorded);
+
+/// Reads a file of at most `most` bytes; returns none for a larger one. Throws std::runtime_error, with the path, when
+/// the file cannot be read.
+std::optional<std::string> contentUpTo(const std::string& path, std::size_t most);
 
 } // namespace sys

@@ -3,6 +3,7 @@
 #include "text/forms.h"
 #include "text/hex.h"
 
+#include <boost/algorithm/string.hpp>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -19,17 +20,20 @@ namespace {
 /// An unknown errno is written as one that is known, so that the file can be read.
 json errorToJson(int error) { return ::strerrorname_np(error) == nullptr ? "EIO" : text::errorName(error); }
 
+json textsToJson(const std::vector<std::string>& texts) {
+    json list = json::array();
+    for (const auto& text : texts)
+        list.push_back(bytesAsCodePoints(text));
+    return list;
+}
+
 /// A text of whole lines as a list of them.
-json linesToJson(const std::string& text) {
+json linesToJson(std::string text) {
     if (text.empty() || text.back() != '\n')
         return bytesAsCodePoints(text);
-    json list = json::array();
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = text.find('\n', begin);
-        list.push_back(bytesAsCodePoints(text.substr(begin, end - begin)));
-        begin = end + 1;
-    }
-    return list;
+    text.pop_back();
+    std::vector<std::string> lines;
+    return textsToJson(boost::split(lines, text, [](char c) { return c == '\n'; }));
 }
 
 json successToJson(const openAnswer& /*answer*/) { return true; }
@@ -86,9 +90,7 @@ bool wasEverThere(const node& recorded) {
 }
 
 json kernelNamesToJson(const kernelNames& known) {
-    json members{{"names", json::array()}};
-    for (const auto& name : known.names)
-        members["names"].push_back(bytesAsCodePoints(name));
+    json members{{"names", textsToJson(known.names)}};
     if (!known.wwid.empty())
         members["wwid"] = bytesAsCodePoints(known.wwid);
     return members;
@@ -109,11 +111,8 @@ std::string machineFileText(const machineAnswers& recorded) {
     json document{{"name", bytesAsCodePoints(recorded.name)}};
     addUnlessNull(document, "modprobe", withoutRepeatedEnd(recorded.modprobe.all()));
     document["usb"] = linesToJson(recorded.usbListing);
-    for (const auto kind : virtualDeviceKinds) {
-        json& names = document["virtualDevices"][std::to_string(kind)] = json::array();
-        for (const auto& name : recorded.virtualDevices[kind])
-            names.push_back(bytesAsCodePoints(name));
-    }
+    for (const auto kind : virtualDeviceKinds)
+        document["virtualDevices"][std::to_string(kind)] = textsToJson(recorded.virtualDevices[kind]);
     if (recorded.opticalTable)
         document["opticalTable"] = linesToJson(*recorded.opticalTable);
     auto& nodes = (document["nodes"] = json::object()).get_ref<json::object_t&>();

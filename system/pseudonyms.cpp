@@ -1,12 +1,13 @@
 #include "system/pseudonyms.h"
 
+#include "system/machinefile.h"
+
 #include <boost/algorithm/string.hpp>
 #include <gcrypt.h>
 #include <sys/random.h>
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <stdexcept>
 
 namespace sys {
@@ -52,18 +53,13 @@ std::string hash(std::string key, std::string text) {
 std::string pseudonymKey(const std::string& path) {
     if (path.empty())
         return randomKey();
-    std::string key(largestKey + 1, '\0');
-    std::ifstream file(path, std::ios::binary);
-    file.read(key.data(), static_cast<std::streamsize>(key.size()));
-    if (!file.is_open() || file.bad())
-        throw std::runtime_error(path + ": cannot be read: " + std::strerror(errno));
-    key.resize(static_cast<std::size_t>(file.gcount()));
-    if (key.empty())
-        throw std::runtime_error(path + ": expected a key, found an empty file");
-    if (key.size() > largestKey)
+    const auto key = contentUpTo(path, largestKey);
+    if (!key)
         throw std::runtime_error(path + ": larger than the " + std::to_string(largestKey) +
                                  " bytes that a key may have");
-    return key;
+    if (key->empty())
+        throw std::runtime_error(path + ": expected a key, found an empty file");
+    return *key;
 }
 
 std::string pseudonyms::of(const std::string& text) const {
@@ -85,10 +81,10 @@ std::string pseudonyms::ofHexadecimal(const std::string& digits) const {
 
 /// As many bytes as `text` has, which follow from it and the key. Beyond the first hash each is that of the one before.
 std::string pseudonyms::randomBytes(const std::string& text) const {
-    std::string bytes;
-    for (std::string block = hash(key_, text); bytes.size() < text.size(); block = hash(key_, block))
-        bytes += block;
-    return bytes.substr(0, text.size());
+    std::string made;
+    for (std::string block = hash(key_, text); made.size() < text.size(); block = hash(key_, block))
+        made += block;
+    return made.substr(0, text.size());
 }
 
 } // namespace sys
