@@ -10,8 +10,6 @@
 
 #include <sys/wait.h>
 
-#include <cstdlib>
-#include <map>
 #include <set>
 
 namespace inventory {
@@ -39,27 +37,12 @@ sys::machineAnswers answersOf(const runOptions& options) {
     return answers;
 }
 
-/// The sg nodes that are there and that no plug-in looks at, in the order of their numbers.
-std::vector<std::string> sgNodesBeyond(sys::machine& machine) {
-    std::map<unsigned long, std::string> found;
-    for (const auto& path : machine.sgNodes()) {
-        const char* const digits = path.c_str() + path.find_first_of("0123456789");
-        const unsigned long number = std::strtoul(digits, nullptr, 10); // of a number without end, the largest
-        if (number >= nodesPerFamily)
-            found[number] = path;
-    }
-    std::vector<std::string> paths;
-    for (const auto& [number, path] : found)
-        paths.push_back(path);
-    return paths;
-}
-
 /// The sg nodes that instances of a run are at.
 std::set<std::string> nodesShown(const runResult& result) {
     std::set<std::string> paths;
     for (const auto& query : result.queries) {
         for (const auto& instance : query.instances) {
-            if (std::string path = nodeOf(*instance); sys::isSgNodePath(path))
+            if (std::string path = nodeOf(*instance); sys::sgNodeNumber(path))
                 paths.insert(std::move(path));
         }
     }
@@ -93,8 +76,10 @@ void askedMachine::report(runResult& result) {
     coverage& seen = result.seen;
     seen.walked = watched_->driverStatus().has_value();
     seen.nodes = watched_->nodes();
-    if (seen.walked)
-        seen.beyond = sgNodesBeyond(machine());
+    for (const unsigned number : machine().sgNodes()) {
+        if (seen.walked && number >= nodesPerFamily)
+            seen.beyond.push_back("/dev/sg" + std::to_string(number));
+    }
     const int driver = watched_->driverStatus().value_or(0);
     seen.driverStatus = WIFEXITED(driver) ? WEXITSTATUS(driver) : -1;
     seen.unread = watched_->unread();

@@ -10,8 +10,9 @@ namespace {
 /// The machine that the services tell of: that in use, or this one.
 sys::machine& machine() {
     static sys::thisMachine otherwise({});
-    sys::machine* const current = sys::machineInUse::current();
-    return current != nullptr ? *current : otherwise;
+    if (sys::machine* const current = sys::machineInUse::current())
+        return *current;
+    return otherwise;
 }
 
 } // namespace

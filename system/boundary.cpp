@@ -1,6 +1,19 @@
 #include "system/boundary.h"
 
+#include <charconv>
+#include <system_error>
+
 namespace sys {
+
+std::optional<unsigned> sgNodeNumber(std::string_view path) {
+    constexpr std::string_view family = "/dev/sg";
+    if (path.substr(0, family.size()) != family)
+        return std::nullopt;
+    unsigned number = 0;
+    const char* const end = path.data() + path.size();
+    const auto [rest, error] = std::from_chars(path.data() + family.size(), end, number);
+    return error == std::errc() && rest == end ? std::make_optional(number) : std::nullopt;
+}
 
 shellCommand commandOf(const std::string& command) {
     const auto startsWith = [&command](const char* name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,12 +15,8 @@ inline bool isNodePath(std::string_view path) {
     return family == "/dev/sg" || family == "/dev/sd" || family == "/dev/hd" || family == "/dev/sr";
 }
 
-/// Is `path` that of a SCSI generic node as the kernel names them, /dev/sg0 onward?
-inline bool isSgNodePath(std::string_view path) {
-    constexpr std::string_view family = "/dev/sg", digits = "0123456789";
-    return path.size() > family.size() && path.substr(0, family.size()) == family &&
-           path.find_first_not_of(digits, family.size()) == std::string_view::npos;
-}
+/// The number of a SCSI generic node from its path, /dev/sg0 onward; none of any other path.
+std::optional<unsigned> sgNodeNumber(std::string_view path);
 
 /// The file with the kernel's table of optical drives.
 constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";

@@ -14,6 +14,7 @@
 #include <climits>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 namespace sys {
@@ -23,22 +24,14 @@ namespace {
 using clock = std::chrono::steady_clock;
 constexpr clock::time_point never = clock::time_point::max();
 
-/// Owns a descriptor.
-class descriptor {
-public:
-    explicit descriptor(int fd) : fd_(fd) {}
-    ~descriptor() { close(); }
+/// Closes a descriptor at the end.
+struct descriptor {
+    explicit descriptor(int owned) : fd(owned) {}
+    ~descriptor() { ::close(fd); }
     descriptor(const descriptor&) = delete;
     descriptor& operator=(const descriptor&) = delete;
 
-    void close() {
-        if (fd_ != -1)
-            ::close(fd_);
-        fd_ = -1;
-    }
-
-private:
-    int fd_;
+    const int fd;
 };
 
 /// The child that this process waits for, which leads a process group of its own; 0: none. Signal handlers read it.
@@ -163,11 +156,11 @@ serviceAnswer outputOf(const std::string& command, const std::vector<std::string
     if (::pipe2(ends, O_CLOEXEC) == -1)
         return {"", std::strerror(errno)};
     const descriptor reading(ends[0]);
-    descriptor writing(ends[1]);
+    std::optional<descriptor> writing(std::in_place, ends[1]);
     childProcess child(words, ends[1]);
     if (!child.isStarted())
         return {"", std::strerror(errno)};
-    writing.close(); // or the pipe would not end with the output of the child
+    writing.reset(); // or the pipe would not end with the output of the child
     serviceAnswer answer;
     if (readToEnd(ends[0], deadline, answer.text))
         answer.failure = failureOf(child.statusBy(deadline));

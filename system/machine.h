@@ -44,8 +44,8 @@ public:
     /// What the kernel calls the devices at these nodes. A node for which it has no names is left out. Reading the wwid
     /// takes longer than the rest.
     virtual kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) = 0;
-    /// The paths of all sg nodes.
-    virtual std::vector<std::string> sgNodes() = 0;
+    /// The numbers of all sg nodes.
+    virtual std::set<unsigned> sgNodes() = 0;
 
     machine() = default;
     machine(const machine&) = delete;
@@ -77,7 +77,7 @@ public:
     kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override {
         return below_.kernelNames(nodes, wantsWwid);
     }
-    std::vector<std::string> sgNodes() override { return below_.sgNodes(); }
+    std::set<unsigned> sgNodes() override { return below_.sgNodes(); }
 
 private:
     machine& below_;

@@ -238,7 +238,7 @@ kernelNames kernelNamesAt(const jsonPlace& place) {
 
 node nodeAt(const jsonPlace& place) {
     static const std::vector<const char*> names = answerNames({}), ofSgNodes = answerNames({"kernel"});
-    place.allowMembers(isSgNodePath(place.name()) ? ofSgNodes : names);
+    place.allowMembers(sgNodeNumber(place.name()) ? ofSgNodes : names);
     node result;
     readIfThere(place, "kernel", result.knownAs, kernelNamesAt);
     eachAnswer(result, [&place](const char* name, auto& answers) {

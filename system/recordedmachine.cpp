@@ -63,8 +63,9 @@ machineAnswers recordedMachine::wholeMachine() {
     whole.name = hostName();
     for (const auto kind : virtualDeviceKinds)
         whole.virtualDevices[kind] = virtualDevices(kind);
-    for (const auto& path : sgNodes())
-        whole.nodes[path]; // also those that nobody asked: a replay too says that they are not shown
+    for (const unsigned number : sgNodes())
+        whole.nodes["/dev/sg" +
+                    std::to_string(number)]; // also those that nobody asked: a replay too says that they are not shown
     std::set<std::string> paths;
     for (const auto& [path, node] : whole.nodes)
         paths.insert(path);

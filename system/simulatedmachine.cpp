@@ -110,13 +110,13 @@ kernelNameMap simulatedMachine::kernelNames(const std::set<std::string>& nodes, 
     return known;
 }
 
-std::vector<std::string> simulatedMachine::sgNodes() {
-    std::vector<std::string> paths;
+std::set<unsigned> simulatedMachine::sgNodes() {
+    std::set<unsigned> numbers;
     for (const auto& [path, node] : answers_.nodes) {
-        if (isSgNodePath(path))
-            paths.push_back(path);
+        if (const auto number = sgNodeNumber(path))
+            numbers.insert(*number);
     }
-    return paths;
+    return numbers;
 }
 
 } // namespace sys

@@ -30,7 +30,7 @@ public:
                         std::chrono::seconds limit) override;
 
     kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
-    std::vector<std::string> sgNodes() override;
+    std::set<unsigned> sgNodes() override;
 
     /// From now on each request gets its first answer again.
     void rewind();

@@ -53,7 +53,7 @@ std::string startOf(const std::string& path) {
 kernelNameMap readKernelNames(const std::set<std::string>& nodes, bool wantsWwid, const std::string& directory) {
     kernelNameMap known;
     for (const auto& node : nodes) {
-        if (!isSgNodePath(node))
+        if (!sgNodeNumber(node))
             continue;
         const std::string device = directory + node.substr(node.rfind('/') + 1) + "/device/";
         const kernelNames ofNode{namesOf(device), wantsWwid ? startOf(device + "wwid") : ""};

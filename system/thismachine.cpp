@@ -38,15 +38,14 @@ kernelNameMap thisMachine::kernelNames(const std::set<std::string>& nodes, bool 
     return readKernelNames(nodes, wantsWwid);
 }
 
-std::vector<std::string> thisMachine::sgNodes() {
-    std::vector<std::string> paths;
+std::set<unsigned> thisMachine::sgNodes() {
+    std::set<unsigned> numbers;
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir("/dev"), ::closedir);
     while (const dirent* const entry = directory ? ::readdir(directory.get()) : nullptr) {
-        std::string path = std::string("/dev/") + entry->d_name;
-        if (isSgNodePath(path))
-            paths.push_back(std::move(path));
+        if (const auto number = sgNodeNumber(std::string("/dev/") + entry->d_name))
+            numbers.insert(*number);
     }
-    return paths;
+    return numbers;
 }
 
 } // namespace sys

@@ -23,7 +23,7 @@ public:
                         std::chrono::seconds limit) override;
 
     kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
-    std::vector<std::string> sgNodes() override;
+    std::set<unsigned> sgNodes() override;
 
 private:
     virtualDeviceLists virtualDevices_;
