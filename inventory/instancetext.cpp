@@ -11,7 +11,7 @@ namespace inventory {
 namespace {
 
 std::string withoutPadding(const NHALDEN20::TCIMValue& value) {
-    return boost::trim_copy_if(minihost::valueText(value), boost::is_any_of(" "));
+    return boost::trim_copy_if(minihost::valueText(value), [](char c) { return c == ' '; });
 }
 
 } // namespace

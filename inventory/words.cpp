@@ -60,7 +60,7 @@ std::size_t distance(const std::string& a, const std::string& b) {
 
 std::vector<std::string> parseQuery(const std::string& query) {
     std::vector<std::string> classes;
-    boost::split(classes, query, boost::is_any_of(","));
+    boost::split(classes, query, [](char c) { return c == ','; });
     for (auto& name : classes) {
         if (name.empty())
             throw std::runtime_error("an empty class name in the query '" + query + "'");

@@ -46,7 +46,7 @@ std::string stepText(const std::string& name) {
 std::string placeText(const std::string& steps) {
     if (steps.empty())
         return "the document";
-    const std::string text = steps.substr(steps[0] == '.' ? 1 : 0);
+    std::string text = steps.substr(steps[0] == '.' ? 1 : 0);
     if (text.size() <= longestPlace)
         return text;
     return text.substr(0, longestPlace / 2) + "..." + text.substr(text.size() - longestPlace / 2);

@@ -15,7 +15,7 @@ using nlohmann::json;
 namespace {
 
 json typeOf(const minihost::propertyDeclaration& property) {
-    const json text{{"$ref", "#/$defs/text"}};
+    json text{{"$ref", "#/$defs/text"}};
     json codes = json::array();
     switch (property.type) {
     case cimType::uint16:

@@ -38,7 +38,7 @@ TEST_F(Recording, AnAnonymousReplayDiffersInReplacedTextsOnly) {
         run(recorded, anyInventory);
         const auto original = nlohmann::json::parse(output).flatten();
         std::istringstream originalLog(logLines(errors));
-        run(recorded + " --anonymize-key " + key, anyInventory);
+        run(std::string(recorded).append(" --anonymize-key ").append(key), anyInventory);
         EXPECT_THAT(errors, HasSubstr("recorded in " + recording + "\nreplaced: serial numbers, "));
         run(onMachine + recording, anyInventory);
         const auto replay = nlohmann::json::parse(output).flatten();
@@ -83,7 +83,7 @@ TEST_F(Recording, AKeyMakesEqualReplacements) {
         {"/dev/zero", "/dev/zero: larger than the 65536 bytes that a key may have"},
     };
     for (const auto& [file, error] : wrong) {
-        run("% --record new.json --log-level 3 --anonymize-key " + file + onRackServer, 1);
+        run(std::string("% --record new.json --log-level 3 --anonymize-key ").append(file).append(onRackServer), 1);
         EXPECT_EQ(output + errors, "scsidev-inventory: " + error + '\n');
     }
 }
