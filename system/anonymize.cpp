@@ -139,7 +139,7 @@ std::string quotedProduct(const bytes& inquiry) {
         if (text[0] != '\0')
             named = text.substr(0, text.find('\0'));
     }
-    return '"' + boost::trim_copy_if(named, boost::is_any_of(" \t")) + '"';
+    return '"' + boost::trim_copy_if(named, [](char c) { return c == ' ' || c == '\t'; }) + '"';
 }
 
 /// Leaves a line for each product in quotes that a device of the machine has.

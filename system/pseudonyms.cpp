@@ -64,7 +64,7 @@ std::string pseudonymKey(const std::string& path) {
 
 std::string pseudonyms::of(const std::string& text) const {
     std::string made = text.substr(0, text.find('\0'));
-    const std::string random = randomBytes(boost::trim_copy_if(made, boost::is_any_of(" ")));
+    const std::string random = randomBytes(boost::trim_copy_if(made, [](char c) { return c == ' '; }));
     const std::size_t begin = made.find_first_not_of(' ');
     for (std::size_t i = 0; i < random.size(); ++i)
         made[begin + i] = likeness(made[begin + i], random[i]);
