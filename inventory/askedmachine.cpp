@@ -76,14 +76,15 @@ void askedMachine::report(runResult& result) {
     coverage& seen = result.seen;
     seen.walked = watched_->driverStatus().has_value();
     seen.nodes = watched_->nodes();
-    for (const unsigned number : machine().sgNodes()) {
-        if (seen.walked && number >= nodesPerFamily)
-            seen.beyond.push_back("/dev/sg" + std::to_string(number));
+    for (const auto& path : machine().deviceNodes()) {
+        if (seen.walked && sys::sgNodeNumber(path).value_or(0) >= nodesPerFamily)
+            seen.beyond.push_back(path);
     }
     const int driver = watched_->driverStatus().value_or(0);
     seen.driverStatus = WIFEXITED(driver) ? WEXITSTATUS(driver) : -1;
     seen.unread = watched_->unread();
-    result.kernelNames = machine().kernelNames(nodesShown(result), options_.format != outputFormat::table);
+    result.kernelNames = machine().kernelWordsOf(
+        nodesShown(result), options_.format == outputFormat::table ? sys::kernelDetail::names : sys::kernelDetail::all);
     result.secondsSkipped = simulated_ ? simulated_->secondsSkipped() : 0;
 }
 

@@ -43,12 +43,12 @@ std::string nodeOf(const minihost::memoryInstance& instance) {
     return node == nullptr ? "" : minihost::valueText(*node);
 }
 
-const sys::kernelNames* findKernelNames(const sys::kernelNameMap& known, const minihost::memoryInstance& instance) {
+const sys::kernelWords* findKernelNames(const sys::kernelWordMap& known, const minihost::memoryInstance& instance) {
     const auto found = known.find(nodeOf(instance));
     return found == known.end() ? nullptr : &found->second;
 }
 
-std::string kernelNameText(const sys::kernelNameMap& known, const minihost::memoryInstance& instance) {
+std::string kernelNameText(const sys::kernelWordMap& known, const minihost::memoryInstance& instance) {
     const auto* const found = findKernelNames(known, instance);
     return found == nullptr ? "" : boost::join(found->names, " ");
 }

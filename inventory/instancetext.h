@@ -22,9 +22,9 @@ std::string keyAt(const minihost::memoryInstance& association, std::string_view 
 std::string nodeOf(const minihost::memoryInstance& instance);
 
 /// What the kernel calls the device of an instance, or null.
-const sys::kernelNames* findKernelNames(const sys::kernelNameMap& known, const minihost::memoryInstance& instance);
+const sys::kernelWords* findKernelNames(const sys::kernelWordMap& known, const minihost::memoryInstance& instance);
 
 /// The names of the device of an instance with blanks between them; "" if there are none.
-std::string kernelNameText(const sys::kernelNameMap& known, const minihost::memoryInstance& instance);
+std::string kernelNameText(const sys::kernelWordMap& known, const minihost::memoryInstance& instance);
 
 } // namespace inventory

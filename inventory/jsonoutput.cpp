@@ -32,7 +32,7 @@ struct valueToJson {
     }
 };
 
-json kernelNamesToJson(const sys::kernelNames& known) {
+json kernelNamesToJson(const sys::kernelWords& known) {
     json result;
     result["names"] = json::array();
     for (const auto& name : known.names)
@@ -42,7 +42,7 @@ json kernelNamesToJson(const sys::kernelNames& known) {
     return result;
 }
 
-json instanceToJson(const minihost::memoryInstance& instance, const sys::kernelNameMap& kernelNames) {
+json instanceToJson(const minihost::memoryInstance& instance, const sys::kernelWordMap& kernelNames) {
     json properties = json::object();
     for (const auto& [name, value] : instance.properties())
         properties[bytesAsCodePoints(name)] = std::visit(valueToJson(), value.Content().value);
@@ -54,7 +54,7 @@ json instanceToJson(const minihost::memoryInstance& instance, const sys::kernelN
     return result;
 }
 
-json queryToJson(const queryResult& query, const sys::kernelNameMap& kernelNames) {
+json queryToJson(const queryResult& query, const sys::kernelWordMap& kernelNames) {
     json instances = json::array();
     for (const auto& instance : query.instances)
         instances.push_back(instanceToJson(*instance, kernelNames));

@@ -29,7 +29,7 @@ std::string label(const std::string& name, const std::string& value, bool forTer
     return name + "=\"" + shown + '"';
 }
 
-std::string labelsOf(const memoryInstance& device, const sys::kernelNameMap& kernelNames, bool forTerminal) {
+std::string labelsOf(const memoryInstance& device, const sys::kernelWordMap& kernelNames, bool forTerminal) {
     const std::pair<const char*, std::string> values[] = {
         {"class", std::string(device.declaration().name)}, {"device", propertyOf(device, "DeviceID")},
         {"kernel", kernelNameText(kernelNames, device)},   {"vendor", propertyOf(device, "VendorID")},

@@ -64,7 +64,7 @@ struct runResult {
     std::optional<std::string> error; ///< why the run failed
     coverage seen;
     messageList messages;
-    sys::kernelNameMap kernelNames; ///< of the devices among the instances
+    sys::kernelWordMap kernelNames; ///< of the devices among the instances
     unsigned secondsSkipped = 0;    ///< of waiting, on a simulated machine
     std::time_t endedAt = 0;
 

@@ -15,6 +15,11 @@ std::optional<unsigned> sgNodeNumber(std::string_view path) {
     return error == std::errc() && rest == end ? std::make_optional(number) : std::nullopt;
 }
 
+bool isWalkedNode(std::string_view path) {
+    const bool isIde = path.size() == 8 && path.substr(0, 7) == "/dev/hd" && path[7] >= 'a' && path[7] <= 'z';
+    return isIde || sgNodeNumber(path);
+}
+
 shellCommand commandOf(const std::string& command) {
     const auto startsWith = [&command](const char* name) {
         return command.rfind(name, 0) == 0;

@@ -18,6 +18,9 @@ inline bool isNodePath(std::string_view path) {
 /// The number of a SCSI generic node from its path, /dev/sg0 onward; none of any other path.
 std::optional<unsigned> sgNodeNumber(std::string_view path);
 
+/// Is it the path of a node that a plug-in looks for: /dev/sg and a number, or /dev/hd and a letter?
+bool isWalkedNode(std::string_view path);
+
 /// The file with the kernel's table of optical drives.
 constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";
 

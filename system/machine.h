@@ -41,11 +41,14 @@ public:
     virtual serviceAnswer captureFile(const std::string& path);
 
     // What the kernel tells without being asked at a node.
-    /// What the kernel calls the devices at these nodes. A node for which it has no names is left out. Reading the wwid
-    /// takes longer than the rest.
-    virtual kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) = 0;
-    /// The numbers of all sg nodes.
-    virtual std::set<unsigned> sgNodes() = 0;
+    /// What the kernel knows of the devices at these nodes. A node of which it knows nothing is left out.
+    virtual kernelWordMap kernelWordsOf(const std::set<std::string>& nodes, kernelDetail detail) = 0;
+    /// The paths of all nodes of the two families that a plug-in walks, /dev/sg and /dev/hd.
+    virtual std::set<std::string> deviceNodes() = 0;
+    /// Does the kernel have SCSI devices, whether or not they have sg nodes?
+    virtual bool hasScsiDevices() = 0;
+    /// When the answers were taken: "2026-11-23T17:01:02Z"; "" where nobody knows.
+    virtual std::string collected() = 0;
 
     machine() = default;
     machine(const machine&) = delete;
@@ -74,10 +77,12 @@ public:
     }
     serviceAnswer captureFile(const std::string& path) override { return below_.captureFile(path); }
 
-    kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override {
-        return below_.kernelNames(nodes, wantsWwid);
+    kernelWordMap kernelWordsOf(const std::set<std::string>& nodes, kernelDetail detail) override {
+        return below_.kernelWordsOf(nodes, detail);
     }
-    std::set<unsigned> sgNodes() override { return below_.sgNodes(); }
+    std::set<std::string> deviceNodes() override { return below_.deviceNodes(); }
+    bool hasScsiDevices() override { return below_.hasScsiDevices(); }
+    std::string collected() override { return below_.collected(); }
 
 private:
     machine& below_;

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -90,24 +91,52 @@ struct driveAnswer {
     bytes data;
 };
 
-/// What the kernel calls the device behind an sg node.
-struct kernelNames {
+/// What the kernel and its device manager know of the device behind a node, without asking it. Texts are without outer
+/// blanks; what is not known is empty.
+struct kernelWords {
     static constexpr std::size_t longestName = 255;  // bytes: NAME_MAX of linux/limits.h
-    static constexpr std::size_t longestWwid = 4096; // bytes: a sysfs file has at most one page
+    static constexpr std::size_t longestText = 4096; // bytes: a sysfs file has at most one page
 
     std::vector<std::string>
-        names;        ///< of its block, tape and changer nodes, without /dev/: "sda", "st0", "sr0", "sch0"
-    std::string wwid; ///< "naa.5000c500a1b2c3d4"; empty: the device has none
+        names;           ///< of its block, tape and changer nodes, without /dev/: "sda", "st0", "sr0", "sch0"
+    std::string address; ///< "HOST:CHANNEL:TARGET:LUN"
+    std::string adapter; ///< the driver of its host adapter, and the adapter's PCI address: "ahci 0000:00:1f.2"
+    std::string wwid;    ///< "naa.5000c500a1b2c3d4"
+    std::string vendor, model, revision;
+    std::string serial;                ///< serial number, as lsblk shows it
+    std::optional<std::uint64_t> size; ///< bytes, of a block device
+    std::optional<int> type;           ///< peripheral device type
 
-    bool empty() const { return names.empty() && wwid.empty(); }
+    bool empty() const { return *this == kernelWords(); }
+    bool operator==(const kernelWords& other) const {
+        return names == other.names && address == other.address && adapter == other.adapter && wwid == other.wwid &&
+               vendor == other.vendor && model == other.model && revision == other.revision && serial == other.serial &&
+               size == other.size && type == other.type;
+    }
 };
 
-/// By the path of the node. A node for which the kernel has no names has no entry.
-using kernelNameMap = std::map<std::string, kernelNames>;
+/// Calls `visit` with the name and the value of each text. All code that reads, writes or changes these texts walks
+/// this list.
+template <typename KernelWords, typename Visit>
+void eachKernelText(KernelWords& known, Visit visit) {
+    visit("address", known.address);
+    visit("adapter", known.adapter);
+    visit("wwid", known.wwid);
+    visit("vendor", known.vendor);
+    visit("model", known.model);
+    visit("revision", known.revision);
+    visit("serial", known.serial);
+}
+
+/// How much of it is wanted: all takes longer than the names.
+enum class kernelDetail { names, all };
+
+/// By the path of the node. A node of which the kernel knows nothing has no entry.
+using kernelWordMap = std::map<std::string, kernelWords>;
 
 /// One device node. A request for which there are no answers is refused as a node of its family refuses it.
 struct node {
-    kernelNames knownAs;         ///< of an sg node
+    kernelWords knownAs;         ///< of an sg or hd node
     answerList<openAnswer> open; ///< none: opens
     answerList<numberAnswer> sgVersion;
     answerList<numberAnswer> emulated;
@@ -148,6 +177,8 @@ struct machineAnswers {
     std::string usbListing;                  ///< what the USB query writes into its file
     std::optional<std::string> opticalTable; ///< /proc/sys/dev/cdrom/info; none: there is no such file
     virtualDeviceLists virtualDevices;
+    bool hasScsiDevices = true; ///< does the kernel have any, so that their driver is missed where it does not load?
+    std::string collected;      ///< when the answers were taken: "2026-11-23T17:01:02Z"; empty: nobody knows
     std::map<std::string, node> nodes; ///< by path
 };
 

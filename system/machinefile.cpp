@@ -223,16 +223,16 @@ std::string wordAt(const jsonPlace& place, std::size_t longest) {
     return word;
 }
 
-kernelNames kernelNamesAt(const jsonPlace& place) {
+kernelWords kernelWordsAt(const jsonPlace& place) {
     place.allowMembers({"names", "wwid"});
-    kernelNames result;
+    kernelWords result;
     if (const auto names = place.find("names")) {
         names->forEachElement("a list of texts", [&result](const jsonPlace& name) {
-            result.names.push_back(wordAt(name, kernelNames::longestName));
+            result.names.push_back(wordAt(name, kernelWords::longestName));
         });
     }
     if (const auto wwid = place.find("wwid"))
-        result.wwid = wordAt(*wwid, kernelNames::longestWwid);
+        result.wwid = wordAt(*wwid, kernelWords::longestText);
     return result;
 }
 
@@ -240,7 +240,7 @@ node nodeAt(const jsonPlace& place) {
     static const std::vector<const char*> names = answerNames({}), ofSgNodes = answerNames({"kernel"});
     place.allowMembers(sgNodeNumber(place.name()) ? ofSgNodes : names);
     node result;
-    readIfThere(place, "kernel", result.knownAs, kernelNamesAt);
+    readIfThere(place, "kernel", result.knownAs, kernelWordsAt);
     eachAnswer(result, [&place](const char* name, auto& answers) {
         if (const auto found = place.find(name))
             readAnswers(*found, answers);

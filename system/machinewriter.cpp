@@ -89,7 +89,7 @@ bool wasEverThere(const node& recorded) {
            std::any_of(opens.begin(), opens.end(), [](const auto& answer) { return answer.error != ENOENT; });
 }
 
-json kernelNamesToJson(const kernelNames& known) {
+json kernelWordsToJson(const kernelWords& known) {
     json members{{"names", textsToJson(known.names)}};
     if (!known.wwid.empty())
         members["wwid"] = bytesAsCodePoints(known.wwid);
@@ -99,7 +99,7 @@ json kernelNamesToJson(const kernelNames& known) {
 json nodeToJson(const node& recorded) {
     json members = json::object();
     if (!recorded.knownAs.empty())
-        members["kernel"] = kernelNamesToJson(recorded.knownAs);
+        members["kernel"] = kernelWordsToJson(recorded.knownAs);
     eachAnswer(recorded,
                [&members](const char* name, const auto& answers) { addUnlessNull(members, name, toJson(answers)); });
     return members;

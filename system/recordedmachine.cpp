@@ -63,13 +63,14 @@ machineAnswers recordedMachine::wholeMachine() {
     whole.name = hostName();
     for (const auto kind : virtualDeviceKinds)
         whole.virtualDevices[kind] = virtualDevices(kind);
-    for (const unsigned number : sgNodes())
-        whole.nodes["/dev/sg" +
-                    std::to_string(number)]; // also those that nobody asked: a replay too says that they are not shown
+    whole.hasScsiDevices = hasScsiDevices();
+    whole.collected = collected();
+    for (const auto& path : deviceNodes())
+        whole.nodes[path]; // also those that nobody asked: a replay too says that they are not shown
     std::set<std::string> paths;
     for (const auto& [path, node] : whole.nodes)
         paths.insert(path);
-    for (const auto& [path, known] : kernelNames(paths, true))
+    for (const auto& [path, known] : kernelWordsOf(paths, kernelDetail::all))
         whole.nodes[path].knownAs = known;
     return whole;
 }

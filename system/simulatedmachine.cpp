@@ -101,8 +101,8 @@ serviceAnswer simulatedMachine::spawn(const std::string& command, const std::vec
     return {"", std::strerror(ENOENT)};
 }
 
-kernelNameMap simulatedMachine::kernelNames(const std::set<std::string>& nodes, bool /*wantsWwid*/) {
-    kernelNameMap known;
+kernelWordMap simulatedMachine::kernelWordsOf(const std::set<std::string>& nodes, kernelDetail /*detail*/) {
+    kernelWordMap known;
     for (const auto& [path, node] : answers_.nodes) {
         if (!node.knownAs.empty() && nodes.count(path) > 0)
             known[path] = node.knownAs;
@@ -110,13 +110,13 @@ kernelNameMap simulatedMachine::kernelNames(const std::set<std::string>& nodes, 
     return known;
 }
 
-std::set<unsigned> simulatedMachine::sgNodes() {
-    std::set<unsigned> numbers;
+std::set<std::string> simulatedMachine::deviceNodes() {
+    std::set<std::string> nodes;
     for (const auto& [path, node] : answers_.nodes) {
-        if (const auto number = sgNodeNumber(path))
-            numbers.insert(*number);
+        if (isWalkedNode(path))
+            nodes.insert(path);
     }
-    return numbers;
+    return nodes;
 }
 
 } // namespace sys

@@ -40,7 +40,7 @@ std::vector<std::string> namesOf(const std::string& device) {
 /// The start of a file, as much as a sysfs file can have, without the line end and the blanks that end it; empty where
 /// it cannot be read.
 std::string startOf(const std::string& path) {
-    std::string content(kernelNames::longestWwid, '\0');
+    std::string content(kernelWords::longestText, '\0');
     std::ifstream file(path, std::ios::binary);
     file.read(content.data(), static_cast<std::streamsize>(content.size()));
     content.resize(static_cast<std::size_t>(file.gcount()));
@@ -50,13 +50,16 @@ std::string startOf(const std::string& path) {
 
 } // namespace
 
-kernelNameMap readKernelNames(const std::set<std::string>& nodes, bool wantsWwid, const std::string& directory) {
-    kernelNameMap known;
+kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& directory) {
+    kernelWordMap known;
     for (const auto& node : nodes) {
         if (!sgNodeNumber(node))
             continue;
         const std::string device = directory + node.substr(node.rfind('/') + 1) + "/device/";
-        const kernelNames ofNode{namesOf(device), wantsWwid ? startOf(device + "wwid") : ""};
+        kernelWords ofNode;
+        ofNode.names = namesOf(device);
+        if (detail == kernelDetail::all)
+            ofNode.wwid = startOf(device + "wwid");
         if (!ofNode.empty())
             known[node] = ofNode;
     }

@@ -14,7 +14,7 @@ constexpr const char* sgClassPath = "/sys/class/scsi_generic/";
 /// kernel's text without the blanks and the line end behind it; it is read only if it is wanted, because that takes
 /// longer than the rest. Reads sysfs and opens no node: the kernel answers from what it asked when the device came up.
 /// `directory` is the one of the class of sg nodes, beside which those of other classes lie.
-kernelNameMap readKernelNames(const std::set<std::string>& nodes, bool wantsWwid,
+kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail,
                               const std::string& directory = sgClassPath);
 
 } // namespace sys

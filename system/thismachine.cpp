@@ -9,7 +9,11 @@
 #include <unistd.h>
 
 #include <climits>
+#include <ctime>
+#include <filesystem>
 #include <memory>
+#include <system_error>
+#include <utility>
 
 namespace sys {
 
@@ -34,18 +38,31 @@ serviceAnswer thisMachine::spawn(const std::string& command, const std::vector<s
     return outputOf(command, arguments, limit);
 }
 
-kernelNameMap thisMachine::kernelNames(const std::set<std::string>& nodes, bool wantsWwid) {
-    return readKernelNames(nodes, wantsWwid);
+kernelWordMap thisMachine::kernelWordsOf(const std::set<std::string>& nodes, kernelDetail detail) {
+    return readKernelWords(nodes, detail);
 }
 
-std::set<unsigned> thisMachine::sgNodes() {
-    std::set<unsigned> numbers;
+std::set<std::string> thisMachine::deviceNodes() {
+    std::set<std::string> nodes;
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(::opendir("/dev"), ::closedir);
     while (const dirent* const entry = directory ? ::readdir(directory.get()) : nullptr) {
-        if (const auto number = sgNodeNumber(std::string("/dev/") + entry->d_name))
-            numbers.insert(*number);
+        if (std::string path = std::string("/dev/") + entry->d_name; isWalkedNode(path))
+            nodes.insert(std::move(path));
     }
-    return numbers;
+    return nodes;
+}
+
+bool thisMachine::hasScsiDevices() {
+    std::error_code ignored;
+    return !std::filesystem::is_empty("/sys/bus/scsi/devices", ignored) && !ignored;
+}
+
+std::string thisMachine::collected() {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    char text[sizeof "2026-11-23T17:01:02Z"] = {};
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", ::gmtime_r(&now, &utc));
+    return text;
 }
 
 } // namespace sys

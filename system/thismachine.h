@@ -22,8 +22,10 @@ public:
     serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
                         std::chrono::seconds limit) override;
 
-    kernelNameMap kernelNames(const std::set<std::string>& nodes, bool wantsWwid) override;
-    std::set<unsigned> sgNodes() override;
+    kernelWordMap kernelWordsOf(const std::set<std::string>& nodes, kernelDetail detail) override;
+    std::set<std::string> deviceNodes() override;
+    bool hasScsiDevices() override;
+    std::string collected() override;
 
 private:
     virtualDeviceLists virtualDevices_;

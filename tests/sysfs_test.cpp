@@ -45,7 +45,7 @@ TEST(Sysfs, TellsWhatTheKernelCallsADevice) {
     };
     const fs::path root = testing::TempDir() + "scsidev-sysfs";
     const auto tell = [&root](const std::string& node) {
-        return sys::readKernelNames({node}, true, (root / "scsi_generic/").string())[node];
+        return sys::readKernelWords({node}, sys::kernelDetail::all, (root / "scsi_generic/").string())[node];
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
