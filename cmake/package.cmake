@@ -21,7 +21,8 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "scsidev maintainers <maintainers@scsidev.ex
 set(CPACK_DEBIAN_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # hwinfo tells virtual USB media apart, modprobe of kmod loads the driver; without them there is less to see.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hwinfo, kmod")
+# scsidev-compare is a Python program.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "hwinfo, kmod, python3")
 # For compiling a host against the contract.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "libboost-dev")
 
