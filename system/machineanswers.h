@@ -96,6 +96,7 @@ struct driveAnswer {
 struct kernelWords {
     static constexpr std::size_t longestName = 255;  // bytes: NAME_MAX of linux/limits.h
     static constexpr std::size_t longestText = 4096; // bytes: a sysfs file has at most one page
+    static constexpr int largestType = 31;           // five bits of the INQUIRY answer
 
     std::vector<std::string>
         names;           ///< of its block, tape and changer nodes, without /dev/: "sda", "st0", "sr0", "sch0"

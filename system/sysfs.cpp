@@ -1,12 +1,20 @@
 #include "system/sysfs.h"
 
 #include "system/boundary.h"
+#include "system/sysfsdirectory.h"
+#include "system/udev.h"
+
+#include <boost/algorithm/string/predicate.hpp>
+#include <sys/sysmacros.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
+#include <map>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace sys {
@@ -15,51 +23,168 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Is this the plain name of a tape drive, "st0"? The names beside it, "nst0" or "st0a", are the same drive in modes
-/// that do not rewind or have another density.
-bool isPlainTapeName(std::string_view name) {
-    return name.size() > 2 && name.substr(0, 2) == "st" &&
-           name.find_first_not_of("0123456789", 2) == std::string_view::npos;
+/// Is this the plain name of a tape drive, "scsi_tape/st0"? The names beside it, "nst0" or "st0a", are the same drive
+/// in modes that do not rewind or have another density.
+bool isPlainTape(std::string_view node) {
+    constexpr std::string_view start = "scsi_tape/st";
+    return node.size() > start.size() && node.substr(0, start.size()) == start &&
+           node.find_first_not_of("0123456789", start.size()) == std::string_view::npos;
 }
 
-/// The names of a device, in alphabetical order.
-std::vector<std::string> namesOf(const std::string& device) {
-    std::vector<std::string> names;
-    for (const std::string kind : {"block", "scsi_changer", "scsi_tape"}) { // block: optical drives as well
-        std::error_code error;
-        for (fs::directory_iterator entry(device + kind, error), end; !error && entry != end; entry.increment(error)) {
-            std::string name = entry->path().filename();
-            if (kind != "scsi_tape" || isPlainTapeName(name))
-                names.push_back(std::move(name));
+bool isBlockDevice(const std::string& node) { return boost::starts_with(node, "block/"); }
+
+/// The directories of a device's own nodes, such as "block/sda"; of optical drives as well as of disks.
+std::vector<std::string> nodesOf(const sysfsDirectory& device) {
+    std::vector<std::string> nodes;
+    for (const std::string kind : {"block", "scsi_changer", "scsi_tape"}) {
+        for (auto& node : device.entriesOf(kind)) {
+            if (kind != "scsi_tape" || isPlainTape(node))
+                nodes.push_back(std::move(node));
         }
     }
-    std::sort(names.begin(), names.end());
-    return names;
+    return nodes;
 }
 
-/// The start of a file, as much as a sysfs file can have, without the line end and the blanks that end it; empty where
-/// it cannot be read.
-std::string startOf(const std::string& path) {
-    std::string content(kernelWords::longestText, '\0');
-    std::ifstream file(path, std::ios::binary);
-    file.read(content.data(), static_cast<std::streamsize>(content.size()));
-    content.resize(static_cast<std::size_t>(file.gcount()));
-    content.erase(content.find_last_not_of(" \n") + 1);
-    return content;
+/// Adds the texts of an INQUIRY answer (SPC-4, 6.4.2). The files vendor, model and rev have the same ones, but reading
+/// three files takes three times as long.
+void addInquiry(const std::string& answer, kernelWords& known) {
+    constexpr std::size_t vendor = 8, model = 16, revision = 32, size = 36;
+    if (answer.size() < size)
+        return;
+    known.vendor = sysfsDirectory::trimmed(answer.substr(vendor, model - vendor));
+    known.model = sysfsDirectory::trimmed(answer.substr(model, revision - model));
+    known.revision = sysfsDirectory::trimmed(answer.substr(revision, size - revision));
 }
+
+/// The text of page 0x80, the unit serial number (SPC-4, 7.8.19).
+std::string serialNumberOfPage(const std::string& page) {
+    constexpr std::size_t header = 4;
+    if (page.size() < header)
+        return "";
+    const auto length = static_cast<unsigned char>(page[2]) << 8 | static_cast<unsigned char>(page[3]);
+    return sysfsDirectory::trimmed(page.substr(header, static_cast<std::size_t>(length)));
+}
+
+/// The serial number by the device manager. `node` is the directory of a device's node.
+std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& node) {
+    unsigned major = 0, minor = 0;
+    if (!hasUdev() || std::sscanf(device.contentOf(node + "/dev").c_str(), "%u:%u", &major, &minor) != 2)
+        return "";
+    const char kind = isBlockDevice(node) ? 'b' : 'c';
+    return udevSerialNumber(kind, makedev(major, minor)).substr(0, kernelWords::longestText);
+}
+
+/// Adds what the directory of a device's node tells.
+void addNode(const sysfsDirectory& device, const std::string& node, kernelWords& known) {
+    constexpr std::uint64_t sectorSize = 512; // bytes: the kernel's unit here, whatever sectors the device has
+    if (const auto sectors = isBlockDevice(node) ? device.numberOf<std::uint64_t>(node + "/size") : std::nullopt)
+        known.size = *sectors * sectorSize;
+    known.serial = udevSerialNumberOf(device, node);
+}
+
+/// Is it a PCI address, such as "0000:00:1f.2"? Its domain, in front, can have more digits.
+bool isPciAddress(std::string_view name) {
+    constexpr std::string_view form = "0000:00:00.0";
+    return name.size() >= form.size() && std::equal(form.rbegin(), form.rend(), name.rbegin(), [](char wanted, char c) {
+               return wanted == '0' ? std::isxdigit(static_cast<unsigned char>(c)) != 0 : wanted == c;
+           });
+}
+
+/// The last PCI address among the directories of a path, which is that of the adapter nearest to the device; "" where
+/// there is none.
+std::string pciAddressIn(const fs::path& path) {
+    std::string last;
+    for (const fs::path& directory : path) {
+        if (isPciAddress(directory.native()))
+            last = directory;
+    }
+    return last;
+}
+
+/// The directory of the device behind an sg node; "" where there is none. The class has links to
+/// DEVICE/scsi_generic/sg0; the way through such a link would take the kernel longer.
+std::string placeOf(const std::string& sgClass, const std::string& name) {
+    std::error_code error;
+    const std::string link = fs::read_symlink(sgClass + name, error).string();
+    const std::size_t end = link.rfind("/scsi_generic/");
+    return end == std::string::npos ? "" : sgClass + link.substr(0, end);
+}
+
+/// Tells what the kernel knows. Reads each host adapter once.
+class deviceClasses {
+public:
+    explicit deviceClasses(std::string path) : path_(std::move(path)) {}
+
+    kernelWords wordsOfSgNode(const std::string& name, kernelDetail detail) {
+        kernelWords known;
+        const std::string place = placeOf(path_ + "scsi_generic/", name);
+        const sysfsDirectory device(place);
+        if (!device.isThere())
+            return known;
+        const auto nodes = nodesOf(device);
+        for (const auto& node : nodes)
+            known.names.push_back(node.substr(node.find('/') + 1));
+        std::sort(known.names.begin(), known.names.end());
+        if (detail == kernelDetail::all) {
+            addPlace(place, known);
+            addWords(device, nodes, known);
+        }
+        return known;
+    }
+
+    kernelWords wordsOfIdeNode(const std::string& name, kernelDetail detail) const {
+        kernelWords known;
+        if (!sysfsDirectory(path_ + "block/" + name).isThere())
+            return known;
+        known.names = {name};
+        if (detail == kernelDetail::all)
+            addNode(sysfsDirectory(path_), "block/" + name, known);
+        return known;
+    }
+
+private:
+    static void addWords(const sysfsDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) {
+        addInquiry(device.contentOf("inquiry"), known);
+        known.wwid = device.textOf("wwid");
+        if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
+            known.type = type;
+        if (!nodes.empty())
+            addNode(device, nodes.front(), known);
+        if (known.serial.empty())
+            known.serial = serialNumberOfPage(device.contentOf("vpd_pg80"));
+    }
+
+    /// Adds what the place of a device among all devices tells: .../0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0
+    void addPlace(const fs::path& place, kernelWords& known) {
+        known.address = place.filename();
+        const std::string driver = driverOf("host" + known.address.substr(0, known.address.find(':')));
+        known.adapter = sysfsDirectory::trimmed(driver + ' ' + pciAddressIn(place));
+    }
+
+    /// The driver of a host adapter; "" where the kernel has no name for it.
+    const std::string& driverOf(const std::string& host) {
+        const auto [driver, isNew] = drivers_.emplace(host, "");
+        const std::string name = isNew ? sysfsDirectory(path_ + "scsi_host/" + host).textOf("proc_name") : "";
+        if (name != "<NULL>" && name != "(null)")
+            driver->second += name;
+        return driver->second;
+    }
+
+    std::string path_;
+    std::map<std::string, std::string> drivers_; // by host
+};
 
 } // namespace
 
-kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& directory) {
+kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& path) {
+    deviceClasses classes(path);
     kernelWordMap known;
     for (const auto& node : nodes) {
-        if (!sgNodeNumber(node))
+        if (!isWalkedNode(node))
             continue;
-        const std::string device = directory + node.substr(node.rfind('/') + 1) + "/device/";
-        kernelWords ofNode;
-        ofNode.names = namesOf(device);
-        if (detail == kernelDetail::all)
-            ofNode.wwid = startOf(device + "wwid");
+        const std::string name = node.substr(node.rfind('/') + 1);
+        const auto ofNode =
+            sgNodeNumber(node) ? classes.wordsOfSgNode(name, detail) : classes.wordsOfIdeNode(name, detail);
         if (!ofNode.empty())
             known[node] = ofNode;
     }

@@ -7,14 +7,15 @@
 
 namespace sys {
 
-/// The directory in which the kernel says which device is behind each sg node.
-constexpr const char* sgClassPath = "/sys/class/scsi_generic/";
+/// The directory in which the kernel lists its devices by class.
+constexpr const char* classesPath = "/sys/class/";
 
-/// What the kernel of this machine calls the devices behind sg nodes. Names are in alphabetical order. The wwid is the
-/// kernel's text without the blanks and the line end behind it; it is read only if it is wanted, because that takes
-/// longer than the rest. Reads sysfs and opens no node: the kernel answers from what it asked when the device came up.
-/// `directory` is the one of the class of sg nodes, beside which those of other classes lie.
+/// What the kernel and the device manager of this machine know of the devices behind sg and hd nodes. Names are in
+/// alphabetical order. What is more than the names is read only if it is wanted, because that takes longer.
+///
+/// Opens no node: the kernel answers from what it asked when the device came up. Texts can hold any bytes, since most
+/// of them are the device's.
 kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail,
-                              const std::string& directory = sgClassPath);
+                              const std::string& classes = classesPath);
 
 } // namespace sys

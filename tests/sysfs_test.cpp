@@ -4,61 +4,131 @@
 
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
-#include <vector>
 
 namespace fs = std::filesystem;
+using namespace std::string_literals;
 
-TEST(Sysfs, TellsWhatTheKernelCallsADevice) {
-    using texts = std::vector<std::string>;
-    const std::string zero(1, '\0');
+namespace {
+
+/// What is known of a device in one text: "name=sda|wwid=naa.5000c500|size=512".
+std::string textOf(const sys::kernelWords& known) {
+    std::string text;
+    const auto add = [&text](const std::string& name, const std::string& value) {
+        text += value.empty() ? "" : (text.empty() ? "" : "|") + name + '=' + value;
+    };
+    for (const auto& name : known.names)
+        add("name", name);
+    sys::eachKernelText(known, add);
+    add("size", known.size ? std::to_string(*known.size) : "");
+    add("type", known.type ? std::to_string(*known.type) : "");
+    return text;
+}
+
+/// Makes a directory, whose name ends with a slash, or a file.
+void make(const fs::path& path, const std::string& content) {
+    fs::create_directories(path.parent_path());
+    if (path.has_filename())
+        std::ofstream(path) << content;
+}
+
+} // namespace
+
+TEST(Sysfs, TellsWhatTheKernelKnowsOfADevice) {
+    const std::string address = "address=2:0:1:4|";
     const struct {
         const char* why;
-        std::string node;
-        texts entries; ///< below the device of sg7
-        std::string wwid, wwidTold;
-        texts namesTold;
+        std::string node, adapter, driver;        ///< the adapter's directory and what it calls its driver
+        std::map<std::string, std::string> files; ///< of the device
+        std::string told;
     } cases[] = {
         {"a disk with a partition",
          "/dev/sg7",
-         {"block/sda", "block/sda/sda1"},
-         "naa.5000c500\n",
-         "naa.5000c500",
-         {"sda"}},
-        {"a tape drive in all its modes",
+         "pci0000:00/0000:00:1c.0/0000:02:00.0/ata1",
+         "ahci\n",
+         {{"block/sda/sda1/", ""},
+          {"inquiry", "\0\0\5\x02[\0\0\2ATA     ST4000 X        SC60 behind"s},
+          {"block/sda/size", "7814037168\n"},
+          {"type", "0\n"},
+          {"vpd_pg80", "\0\x80\0\x06  ZA12 behind"s},
+          {"wwid", "naa.5000c500\n"}},
+         "name=sda|" + address +
+             "adapter=ahci 0000:02:00.0|wwid=naa.5000c500|vendor=ATA|model=ST4000 X|revision=SC60|serial=ZA12|"
+             "size=4000787030016|type=0"},
+        {"a tape drive in all its modes, behind a domain of five digits",
          "/dev/sg7",
-         {"scsi_tape/nst10", "scsi_tape/st10", "scsi_tape/st10a", "scsi_tape/st"},
-         "",
-         "",
-         {"st10"}},
-        {"a changer that is a disk too", "/dev/sg7", {"scsi_changer/sch0", "block/sdb"}, "\n", "", {"sch0", "sdb"}},
+         "pci10000:e0/10000:e0:06.0",
+         "<NULL>\n",
+         {{"scsi_tape/nst10/", ""}, {"scsi_tape/st10/", ""}, {"scsi_tape/st10a/", ""}, {"scsi_tape/st/", ""}},
+         "name=st10|" + address + "adapter=10000:e0:06.0"},
+        {"a changer that is a disk too, behind no PCI device",
+         "/dev/sg7",
+         "platform/0000:02:00.x/x000:02:00.0:1",
+         "iscsi_tcp\n",
+         {{"scsi_changer/sch0/", ""}, {"block/sdb/", ""}, {"wwid", "\n"}},
+         "name=sch0|name=sdb|" + address + "adapter=iscsi_tcp"},
         {"odd bytes",
          "/dev/sg7",
-         {"block/\x1b[2J\xff"},
-         "t10." + zero + "\xff \n b \n",
-         "t10." + zero + "\xff \n b",
-         {"\x1b[2J\xff"}},
-        {"a file longer than any", "/dev/sg7", {"enclosure/x"}, std::string(5000, 'w'), std::string(4096, 'w'), {}},
-        {"another path", "/dev/sg7/../sg7", {"block/sda"}, "naa.1\n", "", {}},
-        {"a letter", "/dev/sga", {"block/sda"}, "naa.1\n", "", {}},
-        {"a node that the kernel does not know", "/dev/sg70", {"block/sda"}, "naa.1\n", "", {}},
+         "",
+         "(null)\n",
+         {{"block/\x1b[2J\xff/", ""},
+          {"wwid", "t10.\0\xff \n b \n"s},
+          {"inquiry", std::string(16, 'x') + std::string(20, '\0')}},
+         "name=\x1b[2J\xff|" + address + "wwid=t10.\0\xff \n b|vendor=xxxxxxxx"s},
+        {"a file longer than any",
+         "/dev/sg7",
+         "",
+         "",
+         {{"wwid", std::string(5000, 'w')}},
+         address + "wwid=" + std::string(4096, 'w')},
+        {"a page that ends early",
+         "/dev/sg7",
+         "",
+         "",
+         {{"vpd_pg80", "\0\x80\xff\xff"
+                       "ZA"s}},
+         address + "serial=ZA"},
+        {"half a header", "/dev/sg7", "", "", {{"vpd_pg80", "\0\x80\0"s}}, "address=2:0:1:4"},
+        {"numbers out of range",
+         "/dev/sg7",
+         "",
+         "",
+         {{"type", "32\n"}, {"block/sda/size", "18446744073709551616\n"}},
+         "name=sda|address=2:0:1:4"},
+        {"no numbers", "/dev/sg7", "", "", {{"type", "-1\n"}, {"block/sda/size", "8 \n8"}}, "name=sda|address=2:0:1:4"},
+        {"a node of the IDE driver",
+         "/dev/hdc",
+         "",
+         "",
+         {{"../../../../class/block/hdc/size", "16\n"}},
+         "name=hdc|size=8192"},
+        {"another path", "/dev/sg7/../sg7", "", "", {{"block/sda/", ""}}, ""},
+        {"a letter", "/dev/sga", "", "", {{"block/sda/", ""}}, ""},
+        {"nodes that the kernel does not know", "/dev/sg70", "", "", {{"block/hda/", ""}}, ""},
+        {"nor these", "/dev/hda", "", "", {{"block/hda/", ""}}, ""},
     };
     const fs::path root = testing::TempDir() + "scsidev-sysfs";
-    const auto tell = [&root](const std::string& node) {
-        return sys::readKernelWords({node}, sys::kernelDetail::all, (root / "scsi_generic/").string())[node];
+    const auto tell = [&root](const std::string& node, sys::kernelDetail detail) {
+        return sys::readKernelWords({node}, detail, (root / "class/").string())[node];
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.why);
         fs::remove_all(root);
-        const fs::path device = root / "scsi_generic/sg7/device";
-        fs::create_directories(device);
-        for (const auto& entry : c.entries)
-            fs::create_directories(device / entry);
-        std::ofstream(device / "wwid") << c.wwid;
-        const auto known = tell(c.node);
-        EXPECT_EQ(known.names, c.namesTold);
-        EXPECT_EQ(known.wwid, c.wwidTold);
+        const fs::path place = fs::path("devices") / c.adapter / "host2/target2:0:1/2:0:1:4";
+        fs::create_directories(root / place / "scsi_generic/sg7");
+        fs::create_directory_symlink("../../../2:0:1:4", root / place / "scsi_generic/sg7/device");
+        make(root / "class/scsi_host/host2/proc_name", c.driver);
+        make(root / "class/scsi_generic/", "");
+        fs::create_directory_symlink("../.." / place / "scsi_generic/sg7", root / "class/scsi_generic/sg7");
+        for (const auto& [file, content] : c.files)
+            make((root / place / file), content);
+        const auto known = tell(c.node, sys::kernelDetail::all);
+        EXPECT_EQ(textOf(known), c.told);
+        sys::kernelWords named;
+        named.names = known.names;
+        EXPECT_EQ(tell(c.node, sys::kernelDetail::names), named);
     }
     fs::remove_all(root);
-    EXPECT_TRUE(tell("/dev/sg7").empty());
+    EXPECT_TRUE(tell("/dev/sg7", sys::kernelDetail::all).empty());
 }
