@@ -24,10 +24,7 @@ const std::map<std::string, outputFormat> formats{{"table", outputFormat::table}
 /// A flag that is given at most once and takes no value. The help leaves out which option it needs: its description
 /// says so.
 CLI::Option* addFlag(CLI::App& app, const char* name, bool& flag, const char* description) {
-    return app.add_flag(name, flag, description)
-        ->option_text(" ")
-        ->multi_option_policy(CLI::MultiOptionPolicy::Throw)
-        ->disable_flag_override();
+    return app.add_flag(name, flag, description)->option_text(" ")->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 
 CLI::Option* addFile(CLI::App& app, const char* name, std::string& file, const char* description) {
@@ -122,6 +119,16 @@ void describe(CLI::App& app, commandLine& line, std::vector<std::string>& querie
                "  scsidev-inventory --machine machines/rack-server.json --format json");
 }
 
+/// Refuses a value for a flag, some of which the parser takes: --force=true, --force=false.
+void refuseFlagValues(const CLI::App& app, const std::vector<std::string>& words) {
+    for (const auto& word : words) {
+        const std::string name = word.substr(0, word.find('='));
+        const CLI::Option* const option = app.get_option_no_throw(name);
+        if (option != nullptr && name != word && option->get_items_expected_max() == 0)
+            throw std::runtime_error(name + ": takes no value");
+    }
+}
+
 /// Names the first word of the command line that is no option, and the nearest one that is.
 std::string unknownOption(const CLI::App& app) {
     const std::string word = app.remaining().front();
@@ -156,6 +163,7 @@ commandLine parse(int argc, const char* const* argv) {
                  "scsidev-inventory");
     describe(app, result, queries);
     try {
+        refuseFlagValues(app, {argv + 1, argv + argc});
         app.parse(argc, argv);
         checkTogether(result.options);
         for (const auto& query : queries)
