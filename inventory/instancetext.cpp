@@ -43,14 +43,11 @@ std::string nodeOf(const minihost::memoryInstance& instance) {
     return node == nullptr ? "" : minihost::valueText(*node);
 }
 
-const sys::kernelWords* findKernelNames(const sys::kernelWordMap& known, const minihost::memoryInstance& instance) {
-    const auto found = known.find(nodeOf(instance));
-    return found == known.end() ? nullptr : &found->second;
-}
-
-std::string kernelNameText(const sys::kernelWordMap& known, const minihost::memoryInstance& instance) {
-    const auto* const found = findKernelNames(known, instance);
-    return found == nullptr ? "" : boost::join(found->names, " ");
+std::string withoutDirectory(std::string path) {
+    constexpr std::string_view directory = "/dev/";
+    if (path.size() > directory.size() && path.compare(0, directory.size(), directory) == 0)
+        path.erase(0, directory.size());
+    return path;
 }
 
 } // namespace inventory

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "minihost/memorynamespace.h"
-#include "system/machineanswers.h"
 
 #include <string>
 #include <string_view>
@@ -21,10 +20,7 @@ std::string keyAt(const minihost::memoryInstance& association, std::string_view 
 /// own words is at the first one still.
 std::string nodeOf(const minihost::memoryInstance& instance);
 
-/// What the kernel calls the device of an instance, or null.
-const sys::kernelWords* findKernelNames(const sys::kernelWordMap& known, const minihost::memoryInstance& instance);
-
-/// The names of the device of an instance with blanks between them; "" if there are none.
-std::string kernelNameText(const sys::kernelWordMap& known, const minihost::memoryInstance& instance);
+/// The text without the /dev/ that device nodes begin with: people tell them apart by the rest.
+std::string withoutDirectory(std::string path);
 
 } // namespace inventory

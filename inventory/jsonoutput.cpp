@@ -32,32 +32,38 @@ struct valueToJson {
     }
 };
 
-json kernelNamesToJson(const sys::kernelWords& known) {
-    json result;
-    result["names"] = json::array();
-    for (const auto& name : known.names)
-        result["names"].push_back(bytesAsCodePoints(name));
-    if (!known.wwid.empty())
-        result["wwid"] = bytesAsCodePoints(known.wwid);
-    return result;
+json textsToJson(const std::vector<std::string>& texts) {
+    json list = json::array();
+    for (const auto& text : texts)
+        list.push_back(bytesAsCodePoints(text));
+    return list;
 }
 
-json instanceToJson(const minihost::memoryInstance& instance, const sys::kernelWordMap& kernelNames) {
+/// Adds a text that is known.
+void addText(json& target, const char* name, const std::string& text) {
+    if (!text.empty())
+        target[name] = bytesAsCodePoints(text);
+}
+
+json instanceToJson(const minihost::memoryInstance& instance, const runResult& result) {
     json properties = json::object();
     for (const auto& [name, value] : instance.properties())
         properties[bytesAsCodePoints(name)] = std::visit(valueToJson(), value.Content().value);
-    json result;
-    result["class"] = instance.declaration().name;
-    if (const auto* const known = findKernelNames(kernelNames, instance))
-        result["kernel"] = kernelNamesToJson(*known);
-    result["properties"] = std::move(properties);
-    return result;
+    json members;
+    members["class"] = instance.declaration().name;
+    const device* const owner = result.deviceAt(nodeOf(instance));
+    if (owner != nullptr && !(owner->kernel.names.empty() && owner->kernel.wwid.empty())) {
+        members["kernel"]["names"] = textsToJson(owner->kernel.names);
+        addText(members["kernel"], "wwid", owner->kernel.wwid);
+    }
+    members["properties"] = std::move(properties);
+    return members;
 }
 
-json queryToJson(const queryResult& query, const sys::kernelWordMap& kernelNames) {
+json queryToJson(const queryResult& query, const runResult& run) {
     json instances = json::array();
     for (const auto& instance : query.instances)
-        instances.push_back(instanceToJson(*instance, kernelNames));
+        instances.push_back(instanceToJson(*instance, run));
     json result;
     result["classes"] = query.classes;
     result["instances"] = std::move(instances);
@@ -66,13 +72,51 @@ json queryToJson(const queryResult& query, const sys::kernelWordMap& kernelNames
     return result;
 }
 
-json nodesToJson(const coverage& seen) {
-    json refused = json::array(), silent = json::array();
-    for (const auto& node : seen.nodes.refused)
-        refused.push_back({{"node", bytesAsCodePoints(node.path)}, {"error", node.why}});
-    for (const auto& node : seen.nodes.silent)
-        silent.push_back(bytesAsCodePoints(node.path));
-    return {{"present", seen.nodes.present}, {"refused", std::move(refused)}, {"silent", std::move(silent)}};
+json kernelToJson(const sys::kernelWords& known) {
+    json members{{"names", textsToJson(known.names)}};
+    sys::eachKernelText(known, [&members](const char* name, const std::string& text) { addText(members, name, text); });
+    if (known.size)
+        members["size"] = *known.size;
+    if (known.type)
+        members["type"] = *known.type;
+    return members;
+}
+
+json deviceToJson(const device& each) {
+    json members{{"node", bytesAsCodePoints(each.node)}, {"state", nameOf(each.state)}};
+    addText(members, "why", each.why);
+    if (!each.kernel.empty())
+        members["kernel"] = kernelToJson(each.kernel);
+    addText(members, "address", each.address);
+    addText(members, "type", each.type);
+    addText(members, "vendor", each.vendor);
+    addText(members, "product", each.product);
+    addText(members, "revision", each.revision);
+    addText(members, "serial", each.serial);
+    if (!each.classes.empty())
+        members["classes"] = each.classes;
+    if (each.firmware != firmwareTie::notAskedFor)
+        members["firmware"] = each.firmware == firmwareTie::tied       ? "tied"
+                              : each.firmware == firmwareTie::anothers ? "another's"
+                                                                       : "none";
+    return members;
+}
+
+json nodesToJson(const std::vector<device>& devices) {
+    json refused = json::array(), silent = json::array(), mistaken = json::array();
+    for (const auto& each : devices) {
+        const json node = bytesAsCodePoints(each.node);
+        if (each.state == deviceState::refused)
+            refused.push_back({{"node", node}, {"error", each.error}});
+        else if (each.state == deviceState::silent)
+            silent.push_back(node);
+        else if (each.state == deviceState::mistaken)
+            mistaken.push_back({{"node", node}, {"asked", bytesAsCodePoints(each.askedAt)}});
+    }
+    return {{"present", devices.size()},
+            {"refused", std::move(refused)},
+            {"silent", std::move(silent)},
+            {"mistaken", std::move(mistaken)}};
 }
 
 /// The remarks, and of the log what tells of failures.
@@ -94,17 +138,22 @@ json messagesToJson(const messageList& messages) {
 void writeJson(const runResult& result, std::ostream& output) {
     json queries = json::array();
     for (const auto& query : result.queries)
-        queries.push_back(queryToJson(query, result.kernelNames));
+        queries.push_back(queryToJson(query, result));
+    json devices = json::array();
+    for (const auto& each : result.devices)
+        devices.push_back(deviceToJson(each));
     json document;
     document["formatVersion"] = 1;
     document["program"] = {{"name", "scsidev-inventory"}, {"version", SCSIDEV_VERSION}};
     document["machine"] = bytesAsCodePoints(result.machineName);
     document["simulated"] = result.simulated;
+    addText(document, "collected", result.seen.collected);
     document["complete"] = result.isComplete();
     document["exitStatus"] = result.status();
     if (result.error)
         document["error"] = bytesAsCodePoints(*result.error);
-    document["nodes"] = nodesToJson(result.seen);
+    document["nodes"] = nodesToJson(result.devices);
+    document["devices"] = std::move(devices);
     document["messages"] = messagesToJson(result.messages);
     document["queries"] = std::move(queries);
     constexpr bool onlyAscii = true; // C1 control characters could drive a terminal

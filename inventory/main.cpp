@@ -16,7 +16,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -29,13 +28,24 @@ namespace {
 
 void writeError(const std::string& text) { std::cerr << "scsidev-inventory: " << text::escaped(text) << '\n'; }
 
+void writeTables(const inventory::runResult& result, const inventory::runOptions& options, std::ostream& output) {
+    const bool onTerminal = options.outputFile.empty() && ::isatty(STDOUT_FILENO) != 0;
+    const char* const noColour = std::getenv("NO_COLOR"); // https://no-color.org: set and not empty
+    const inventory::tableStyle style{options.allProperties,
+                                      onTerminal ? inventory::terminalWidth(STDOUT_FILENO) : inventory::usualWidth,
+                                      onTerminal && (noColour == nullptr || *noColour == '\0')};
+    if (!options.showsOverview())
+        inventory::writeTable(result, style, output);
+    else if (options.tree)
+        inventory::writeTree(result, style, output);
+    else
+        inventory::writeOverview(result, style, output);
+}
+
 void writeDocument(const inventory::runResult& result, const inventory::runOptions& options, std::ostream& output) {
-    const bool isFile = !options.outputFile.empty();
     switch (options.format) {
     case inventory::outputFormat::table:
-        inventory::writeTable(
-            result, {options.allProperties, isFile ? inventory::usualWidth : inventory::terminalWidth(STDOUT_FILENO)},
-            output);
+        writeTables(result, options, output);
         break;
     case inventory::outputFormat::json:
         inventory::writeJson(result, output);
@@ -44,7 +54,7 @@ void writeDocument(const inventory::runResult& result, const inventory::runOptio
         inventory::writeMof(result, output);
         break;
     case inventory::outputFormat::prometheus:
-        inventory::writePrometheus(result, !isFile && ::isatty(STDOUT_FILENO) != 0, output);
+        inventory::writePrometheus(result, output);
         break;
     }
 }
@@ -54,7 +64,6 @@ int show(const inventory::runOptions& options, std::ostream& output) {
     inventory::runResult result;
     result.simulated = !options.machineFile.empty();
     const std::string recorded = inventory::run(options, ns, result);
-    result.endedAt = std::time(nullptr);
     const std::vector<std::string> remarks = inventory::remarksOn(result, inventory::exampleMachineFile);
     for (const auto& remark : remarks)
         result.messages.add(inventory::message::program, 0, remark);
@@ -76,6 +85,10 @@ int print(const inventory::commandLine& line, std::ostream& output) {
 }
 
 int printIntoFile(const inventory::commandLine& line) {
+    if (line.options.outputFile == "/dev/null") {
+        std::ostringstream nowhere;
+        return print(line, nowhere);
+    }
     const inventory::outputFile file(line.options.outputFile, inventory::outputFile::existing::isReplaced, 0666);
     std::ostringstream document;
     document.exceptions(std::ios::badbit); // or the document would end where memory does
@@ -132,7 +145,8 @@ int main(int argc, char** argv) {
         const int status = runCommandLine(argc, argv);
         if (std::cout.flush())
             return status;
-        writeError(std::string("standard output cannot be written: ") + std::strerror(errno));
+        if (errno != EPIPE) // whoever ends a pipe knows it
+            writeError(std::string("standard output cannot be written: ") + std::strerror(errno));
     } catch (const std::bad_alloc&) {
         std::cerr << "scsidev-inventory: out of memory\n"; // without a string, which would ask for more
     } catch (...) {

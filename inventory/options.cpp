@@ -50,7 +50,8 @@ void describeOutput(CLI::App& app, runOptions& options) {
         ->option_text("FORMAT")
         ->check(CLI::IsMember(formats));
     addFile(app, "--output", options.outputFile, "Write the whole document into this file, or nothing");
-    addFlag(app, "--all-properties", options.allProperties, "Below each table, list every property of each instance");
+    addFlag(app, "--tree", options.tree, "Show the devices by adapter, channel, target and LUN");
+    addFlag(app, "--all-properties", options.allProperties, "Show tables by class, and below each all properties");
     app.add_option("--log-level", options.logLevel,
                    "Print log messages up to this level on standard error:\n"
                    "0 failures, 1 malformed input, 3 trace (default: 1)")
@@ -115,7 +116,7 @@ void describe(CLI::App& app, commandLine& line, std::vector<std::string>& querie
         ->excludes(query);
     app.footer("Short names of classes:\n" + shortNameLines() +
                "\nExamples:\n"
-               "  scsidev-inventory scsi,tape\n"
+               "  scsidev-inventory scsi tape\n"
                "  scsidev-inventory --machine machines/rack-server.json --format json");
 }
 
@@ -152,6 +153,8 @@ bool isSameFile(const std::filesystem::path& one, const std::filesystem::path& o
 void checkTogether(const runOptions& options) {
     if (options.allProperties && options.format != outputFormat::table)
         throw std::runtime_error("--all-properties goes with tables only");
+    if (options.tree && !options.showsOverview())
+        throw std::runtime_error("--tree goes with the overview only: a table without QUERY");
     if (!options.outputFile.empty() && isSameFile(options.outputFile, options.recordFile))
         throw std::runtime_error("--output: names the file of --record");
 }
@@ -165,6 +168,7 @@ commandLine parse(int argc, const char* const* argv) {
     try {
         refuseFlagValues(app, {argv + 1, argv + argc});
         app.parse(argc, argv);
+        result.options.namesClasses = !queries.empty();
         checkTogether(result.options);
         for (const auto& query : queries)
             result.options.queries.push_back(parseQuery(query));
@@ -202,6 +206,9 @@ commandLine readCommandLine(int argc, const char* const* argv) {
         return result;
     runOptions& options = result.options;
     options.anonymize = options.anonymize || !options.anonymizeKeyFile.empty();
+    const std::string& file = options.outputFile;
+    if (file == "-" || file == "/dev/stdout" || file == "/dev/fd/1")
+        options.outputFile.clear();
     if (options.queries.empty())
         options.queries = defaultQueries();
     if (options.plugin.empty()) {

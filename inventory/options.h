@@ -14,6 +14,8 @@ struct runOptions {
     std::vector<std::vector<std::string>> queries; ///< class names, one list a query
     outputFormat format = outputFormat::table;
     bool allProperties = false; ///< of each instance, in a table
+    bool namesClasses = false;  ///< the queries were named on the command line
+    bool tree = false;          ///< the overview as a tree
     int logLevel = 1;
     sys::virtualDeviceLists virtualDevices; ///< named on the command line
     std::string machineFile;                ///< empty: this machine
@@ -25,6 +27,9 @@ struct runOptions {
     std::string anonymizeKeyFile; ///< empty: replacements are the recording's own
     bool force = false;           ///< the file to record into may be replaced
     bool askAgain = false;        ///< the devices, for every query
+
+    /// Is the result shown as one line a device?
+    bool showsOverview() const { return format == outputFormat::table && !namesClasses && !allProperties; }
 };
 
 /// What a command line comes to: a run with options, or a text to print.

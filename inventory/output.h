@@ -12,10 +12,20 @@ namespace inventory {
 struct tableStyle {
     bool allProperties; ///< list every property of each instance below its table
     std::size_t width;  ///< characters of a line; longer lines get narrower gaps but are not cut
+    bool inColour;      ///< marks and reasons
 };
 
 /// Writes a table for people: one for each class that a query asked for, with a heading and a count.
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output);
+
+/// Writes the overview: a line for each device, then the optical drives, then one that sums up.
+void writeOverview(const runResult& result, const tableStyle& style, std::ostream& output);
+
+/// Writes the same by adapter, channel, target and LUN.
+void writeTree(const runResult& result, const tableStyle& style, std::ostream& output);
+
+/// Writes the table of optical drives, and a line for each that was left out. The overview ends with it.
+void writeOpticalDrives(const runResult& result, const tableStyle& style, std::ostream& output);
 
 /// Writes one JSON document (docs/json.md). Properties stand in the order in which they
 /// were first set; every byte of a text becomes the code point of the same number.
@@ -39,8 +49,7 @@ void writeMof(const runResult& result, std::ostream& output);
 void writeMofSchema(std::ostream& output);
 
 /// Writes the devices of a run and what it saw as metrics in Prometheus' text exposition format. No series comes twice.
-/// Texts are without padding, and every byte becomes the code point of the same number. The format has no escape for
-/// control characters: for a terminal, which they could drive, texts are shown as in the table.
-void writePrometheus(const runResult& result, bool forTerminal, std::ostream& output);
+/// Texts are without padding, in printable ASCII with escapes as in tables.
+void writePrometheus(const runResult& result, std::ostream& output);
 
 } // namespace inventory

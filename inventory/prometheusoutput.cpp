@@ -1,44 +1,44 @@
 #include "inventory/output.h"
 
-#include "inventory/instancetext.h"
-#include "plugin/cimnames.h"
 #include "text/forms.h"
 
 #include <boost/algorithm/string.hpp>
 
-#include <set>
 #include <string>
 #include <utility>
 
 namespace inventory {
 
-using minihost::memoryInstance;
-
 namespace {
 
-bool isDevice(const memoryInstance& instance) {
-    return isKindOf(instance.declaration(), busDeviceClass) || instance.declaration().name == opticalDriveClass;
-}
-
-/// NAME="VALUE", with the three characters escaped that the format escapes.
-std::string label(const std::string& name, const std::string& value, bool forTerminal) {
-    std::string shown = forTerminal ? text::escaped(value) : text::bytesAsCodePoints(value);
+/// NAME="VALUE". What is not printable is escaped as in tables: the format has no escape for control characters, which
+/// end lines for some readers and drive the terminals of others.
+std::string label(const std::string& name, const std::string& value) {
+    std::string shown = text::escaped(value);
     boost::replace_all(shown, "\\", "\\\\");
     boost::replace_all(shown, "\"", "\\\"");
-    boost::replace_all(shown, "\n", "\\n");
     return name + "=\"" + shown + '"';
 }
 
-std::string labelsOf(const memoryInstance& device, const sys::kernelWordMap& kernelNames, bool forTerminal) {
+/// Of a mistaken device the words are the kernel's: the plug-in's are another's.
+std::string labelsOf(const device& each) {
+    const bool mistaken = each.state == deviceState::mistaken;
+    const auto word = [mistaken](const std::string& plugIns, const std::string& kernels) {
+        return mistaken || plugIns.empty() ? kernels : plugIns;
+    };
     const std::pair<const char*, std::string> values[] = {
-        {"class", std::string(device.declaration().name)}, {"device", propertyOf(device, "DeviceID")},
-        {"kernel", kernelNameText(kernelNames, device)},   {"vendor", propertyOf(device, "VendorID")},
-        {"product", propertyOf(device, "ProductID")},      {"revision", propertyOf(device, "Revision")},
-        {"serial", propertyOf(device, "serialNum")},       {"address", addressOf(device)},
+        {"device", each.node},
+        {"kernel", boost::join(each.kernel.names, " ")},
+        {"wwid", each.kernel.wwid},
+        {"vendor", word(each.vendor, each.kernel.vendor)},
+        {"product", word(each.product, each.kernel.model)},
+        {"revision", word(each.revision, each.kernel.revision)},
+        {"serial", word(each.serial, each.kernel.serial)},
+        {"address", word(each.address, each.kernel.address)},
     };
     std::string labels;
     for (const auto& [name, value] : values)
-        labels += (labels.empty() ? "" : ",") + label(name, value, forTerminal);
+        labels += (labels.empty() ? "" : ",") + label(name, value);
     return labels;
 }
 
@@ -46,37 +46,36 @@ void writeHead(const std::string& name, const char* help, std::ostream& output) 
     output << "# HELP " << name << ' ' << help << "\n# TYPE " << name << " gauge\n";
 }
 
-/// A device that several queries showed alike has one series.
-void writeDevices(const runResult& result, bool forTerminal, std::ostream& output) {
-    const std::string name = "scsidev_device_info";
-    writeHead(name, "A device, named by its labels; always 1.", output);
-    std::set<std::string> written;
-    for (const auto& query : result.queries) {
-        for (const auto& instance : query.instances) {
-            if (!isDevice(*instance))
-                continue;
-            const std::string labels = labelsOf(*instance, result.kernelNames, forTerminal);
-            if (written.insert(labels).second)
-                output << name << '{' << labels << "} 1\n";
-        }
+void writeDevices(const runResult& result, std::ostream& output) {
+    const std::string info = "scsidev_device_info", state = "scsidev_device_state";
+    writeHead(info, "A device node that is there, named by its labels; always 1.", output);
+    for (const auto& each : result.devices)
+        output << info << '{' << labelsOf(each) << "} 1\n";
+    writeHead(state, "A device that was not identified, with its state; always 1.", output);
+    for (const auto& each : result.devices) {
+        if (each.state != deviceState::identified)
+            output << state << '{' << label("device", each.node) << ',' << label("wwid", each.kernel.wwid) << ','
+                   << label("state", nameOf(each.state)) << "} 1\n";
     }
 }
 
 } // namespace
 
-void writePrometheus(const runResult& result, bool forTerminal, std::ostream& output) {
-    writeDevices(result, forTerminal, output);
+void writePrometheus(const runResult& result, std::ostream& output) {
+    writeDevices(result, output);
     const auto write = [&output](const std::string& name, const char* help, auto number) {
         writeHead(name, help, output);
         output << name << ' ' << std::to_string(number) << '\n'; // digits only, whatever the locale
     };
+    const auto nodes = [&](const std::string& name, const char* help, deviceState state) {
+        write(name, help, countOf(result.devices, {state}));
+    };
     write("scsidev_collection_complete", "Whether the inventory is complete: 1, or 0 where something stayed unseen.",
           result.isComplete() ? 1 : 0);
-    write("scsidev_nodes_present", "Device nodes that opened or refused to.", result.seen.nodes.present);
-    write("scsidev_nodes_refused", "Device nodes that did not open.", result.seen.nodes.refused.size());
-    write("scsidev_nodes_silent", "Device nodes that opened and did not identify themselves.",
-          result.seen.nodes.silent.size());
-    write("scsidev_collection_timestamp_seconds", "When the collection ended, in seconds since 1970.", result.endedAt);
+    write("scsidev_nodes_present", "Device nodes that are there.", result.devices.size());
+    nodes("scsidev_nodes_refused", "Device nodes that did not open.", deviceState::refused);
+    nodes("scsidev_nodes_silent", "Device nodes that opened and did not identify themselves.", deviceState::silent);
+    nodes("scsidev_nodes_mistaken", "Disks that the plug-in gave the words of others.", deviceState::mistaken);
 }
 
 } // namespace inventory

@@ -1,6 +1,7 @@
 #include "inventory/remarks.h"
 
 #include "device/scsidevice_linux.h"
+#include "inventory/firmware.h"
 
 #include <boost/algorithm/string.hpp>
 
@@ -9,8 +10,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <sstream>
-#include <utility>
 
 namespace inventory {
 
@@ -30,19 +31,39 @@ bool isOnPath(const std::string& command) {
 
 /// The first texts with commas between them, and how many more there are.
 std::string shortList(texts list) {
-    constexpr std::size_t most = 5;
+    constexpr std::size_t most = 20;
     const std::size_t others = list.size() - std::min(most, list.size());
     list.resize(list.size() - others);
     return boost::join(list, ", ") + (others == 0 ? "" : " and " + std::to_string(others) + " more");
 }
 
+using choice = std::function<bool(const device&)>;
+
+/// The nodes of those devices, each with what `text` says of it.
+texts nodesOf(const runResult& result, const choice& isMeant, const std::function<std::string(const device&)>& text) {
+    texts nodes;
+    for (const auto& each : result.devices) {
+        if (!isMeant(each))
+            continue;
+        const std::string said = text(each);
+        nodes.push_back(each.node + (said.empty() ? "" : " (" + said + ')'));
+    }
+    return nodes;
+}
+
+choice hasState(deviceState state) {
+    return [state](const device& each) {
+        return each.state == state;
+    };
+}
+
+std::string whyOf(const device& each) { return each.why; }
+
 /// "2 of 3 device nodes", what happened to them, and which they are.
-std::string nodesText(const std::vector<sys::nodeFailure>& nodes, const coverage& seen, const std::string& what) {
-    texts names;
-    for (const auto& node : nodes)
-        names.push_back(node.path + (node.why.empty() ? "" : " (" + node.why + ')'));
-    return std::to_string(nodes.size()) + " of " + std::to_string(seen.nodes.present) + ' ' + what + ": " +
-           shortList(std::move(names));
+std::string partText(const texts& nodes, const runResult& result, const std::string& what) {
+    const std::size_t all = result.devices.size();
+    return std::to_string(nodes.size()) + " of " + std::to_string(all) +
+           (all == 1 ? " device node " : " device nodes ") + what + ": " + shortList(nodes);
 }
 
 /// A remark on what only root may do.
@@ -50,59 +71,106 @@ std::string forRoot(const std::string& remark) {
     return ::geteuid() == 0 ? remark : "not running as root: " + remark + "; try sudo";
 }
 
-void remarkOnRefusals(const coverage& seen, texts& remarks) {
-    std::vector<sys::nodeFailure> forbidden, failing;
-    for (const auto& node : seen.nodes.refused)
-        (node.why == "EACCES" || node.why == "EPERM" ? forbidden : failing).push_back(node);
-    const char* const what = "device nodes could not be opened";
-    if (!forbidden.empty())
-        remarks.push_back(forRoot(nodesText(forbidden, seen, what)));
-    if (!failing.empty())
-        remarks.push_back(nodesText(failing, seen, what));
+void remarkOnRefusals(const runResult& result, texts& remarks) {
+    const auto error = [](const device& each) {
+        return each.error;
+    };
+    const auto isForbidden = [](const device& each) {
+        return each.error == "EACCES" || each.error == "EPERM";
+    };
+    const auto fails = [&](const device& each) {
+        return !each.error.empty() && !isForbidden(each);
+    };
+    const char* const what = "could not be opened";
+    if (const texts nodes = nodesOf(result, isForbidden, error); !nodes.empty())
+        remarks.push_back(forRoot(partText(nodes, result, what)));
+    if (const texts nodes = nodesOf(result, fails, error); !nodes.empty())
+        remarks.push_back(partText(nodes, result, what));
 }
+
+bool missesDriver(const runResult& result) { return result.seen.driverStatus != 0 && result.seen.hasScsiDevices; }
 
 void remarkOnDriver(const runResult& result, texts& remarks) {
     const std::string consequence = "the sg driver could not be loaded, SCSI devices are not shown";
-    if (result.seen.driverStatus == 0)
+    if (!missesDriver(result))
         return;
     const bool noTool = !result.simulated && !isOnPath("modprobe");
     remarks.push_back(noTool ? "modprobe is not on the path: " + consequence : forRoot(consequence));
 }
 
-void remarkOnUnseen(const coverage& seen, texts& remarks) {
-    if (!seen.nodes.silent.empty())
-        remarks.push_back(nodesText(seen.nodes.silent, seen,
-                                    seen.nodes.silent.size() == 1 ? "nodes opened but did not identify itself"
-                                                                  : "nodes opened but did not identify themselves"));
+void remarkOnUnseen(const runResult& result, texts& remarks) {
+    const coverage& seen = result.seen;
+    if (const texts nodes = nodesOf(result, hasState(deviceState::silent), whyOf); !nodes.empty())
+        remarks.push_back(
+            partText(nodes, result, nodes.size() == 1 ? "did not identify itself" : "did not identify themselves"));
     if (!seen.beyond.empty())
         remarks.push_back("sg nodes beyond /dev/sg" + std::to_string(nodesPerFamily - 1) +
                           ", the last that is looked at, are not shown: " + shortList(seen.beyond));
     remarks.insert(remarks.end(), seen.unread.begin(), seen.unread.end());
 }
 
-/// An ATA disk's own words are asked for at the /dev/sd node whose letter is the sg node's number, which can be another
-/// disk's.
-void remarkOnForeignWords(const runResult& result, texts& remarks) {
-    texts disks;
-    for (const auto& [node, askedAt] : result.seen.nodes.askedElsewhere) {
-        const auto known = result.kernelNames.find(node);
-        if (known == result.kernelNames.end() || known->second.names.empty())
-            continue;
-        const texts& names = known->second.names;
-        const std::string asked = askedAt.substr(askedAt.rfind('/') + 1);
-        if (std::find(names.begin(), names.end(), asked) != names.end())
-            continue;
-        std::string disk = node;
-        disks.push_back(disk.append(" is ").append(names.front()).append(", but was asked at ").append(askedAt));
+std::string namesOf(const device& each) { return boost::join(each.kernel.names, " "); }
+
+void remarkOnEndedWalk(const runResult& result, texts& remarks) {
+    if (result.seen.endedAt.empty())
+        return;
+    const auto nothing = [](const device&) {
+        return "";
+    };
+    std::string remark = "the walk ended at " + result.seen.endedAt + ": " + result.seen.endedBy;
+    if (const texts nodes = nodesOf(result, hasState(deviceState::lost), nothing); !nodes.empty())
+        remark += "; lost with it: " + shortList(nodes);
+    if (const texts nodes = nodesOf(result, hasState(deviceState::notAsked), nothing); !nodes.empty())
+        remark += "; not asked: " + shortList(nodes);
+    remarks.push_back(remark + "; the optical-drive table was not read either");
+}
+
+/// The plug-in asks an ATA disk for its own words at the /dev/sd node whose letter is the number of the disk's sg node.
+void remarkOnWords(const runResult& result, texts& remarks) {
+    texts mistaken;
+    for (const auto& each : result.devices) {
+        if (each.state == deviceState::mistaken)
+            mistaken.push_back(each.node + " is " + namesOf(each) + ", but " + each.askedAt + " was asked");
     }
-    if (!disks.empty())
-        remarks.push_back("the words of ATA disks come from other disks: " + shortList(std::move(disks)));
+    if (!mistaken.empty())
+        remarks.push_back(
+            "the words of other disks: " + shortList(mistaken) +
+            "; their own serial numbers: lsblk -o NAME,SERIAL; a host of the plug-in gets these words too");
+    const auto foreign =
+        std::count_if(result.devices.begin(), result.devices.end(), [](const device& each) { return !each.ownWords; });
+    if (foreign > 0)
+        remarks.push_back("ATA disks whose own words could not be asked for, shown with those of INQUIRY: " +
+                          std::to_string(foreign));
+}
+
+void remarkOnVirtualMedia(const runResult& result, texts& remarks) {
+    texts left = nodesOf(result, hasState(deviceState::excluded), whyOf);
+    for (const auto& name : result.seen.drivesLeftOut)
+        left.push_back("/dev/" + name + " (named by --virtual-device)");
+    if (!left.empty())
+        remarks.push_back("left out as virtual media: " + shortList(left));
+    for (const auto& name : result.seen.unmatched)
+        remarks.push_back("--virtual-device " + name + " names nothing that is there");
+}
+
+/// A query follows the rules of its first class.
+void remarkOnQueries(const runResult& result, texts& remarks) {
+    for (const auto& query : result.queries) {
+        texts missing;
+        for (const auto& name : query.classes) {
+            if (std::none_of(query.instances.begin(), query.instances.end(),
+                             [&name](const auto& each) { return each->declaration().name == name; }))
+                missing.push_back(name);
+        }
+        if (query.classes.size() > 1 && !missing.empty())
+            remarks.push_back("a query follows the rules of its first class, " + query.classes.front() +
+                              "; ask in queries of their own for " + shortList(missing));
+    }
 }
 
 /// Was the machine looked at, and has none?
 bool hasNoDevices(const runResult& result) {
-    const coverage& seen = result.seen;
-    return seen.walked && seen.driverStatus == 0 && seen.nodes.present == 0 && result.instanceCount() == 0 &&
+    return result.seen.walked && !missesDriver(result) && result.devices.empty() && result.allInstances().empty() &&
            !result.error;
 }
 
@@ -110,20 +178,24 @@ bool hasNoDevices(const runResult& result) {
 
 texts remarksOn(const runResult& result, std::string (*exampleMachine)()) {
     texts remarks;
-    remarkOnRefusals(result.seen, remarks);
+    remarkOnRefusals(result, remarks);
     remarkOnDriver(result, remarks);
-    remarkOnUnseen(result.seen, remarks);
-    remarkOnForeignWords(result, remarks);
-    if (result.instanceCount() > 0 && !result.simulated && !isOnPath("hwinfo"))
+    remarkOnUnseen(result, remarks);
+    remarkOnEndedWalk(result, remarks);
+    remarkOnWords(result, remarks);
+    remarkOnVirtualMedia(result, remarks);
+    if (!result.devices.empty() && !result.simulated && !isOnPath("hwinfo"))
         remarks.emplace_back("hwinfo is not on the path: virtual USB media cannot be told apart");
     if (hasNoDevices(result))
         remarks.push_back(result.simulated ? "no devices found on the simulated machine"
                                            : "no devices found on this machine; to see a simulated one: --machine " +
                                                  exampleMachine());
+    remarkOnQueries(result, remarks);
     for (const auto& remark : firmwareRemarks(result))
         remarks.push_back(remark);
-    if (result.secondsSkipped > 0)
-        remarks.push_back("simulated machine: " + std::to_string(result.secondsSkipped) + " s of sleeping skipped");
+    if (result.seen.secondsSkipped > 0)
+        remarks.push_back("simulated machine: " + std::to_string(result.seen.secondsSkipped) +
+                          " s of sleeping skipped");
     return remarks;
 }
 

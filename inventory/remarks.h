@@ -12,7 +12,4 @@ namespace inventory {
 /// tells the machine file to hint at where this machine has no devices.
 std::vector<std::string> remarksOn(const runResult& result, std::string (*exampleMachine)());
 
-/// Those of them that are on the associations of devices with firmware that a run has asked for.
-std::vector<std::string> firmwareRemarks(const runResult& result);
-
 } // namespace inventory

@@ -12,21 +12,24 @@ bool messageList::add(message::source from, int level, const std::string& text) 
     return isNew;
 }
 
-std::size_t runResult::instanceCount() const {
-    std::size_t count = 0;
+instances runResult::allInstances() const {
+    instances all;
     for (const auto& query : queries)
-        count += query.instances.size();
-    return count;
+        all.insert(all.end(), query.instances.begin(), query.instances.end());
+    return all;
+}
+
+const device* runResult::deviceAt(const std::string& node) const {
+    const auto found =
+        std::find_if(devices.begin(), devices.end(), [&node](const device& each) { return each.node == node; });
+    return found == devices.end() ? nullptr : &*found;
 }
 
 bool runResult::isComplete() const {
-    constexpr int failure = 0; // the log's level of a step that failed
-    const auto& all = messages.all();
-    const bool stepFailed = std::any_of(all.begin(), all.end(), [](const message& each) {
-        return each.from == message::plugin && each.level == failure;
-    });
-    return !error && !stepFailed && seen.driverStatus == 0 && seen.nodes.refused.empty() && seen.nodes.silent.empty() &&
-           seen.beyond.empty() && seen.unread.empty();
+    // A driver that nothing needs is not missed.
+    const bool missesDriver = seen.driverStatus != 0 && seen.hasScsiDevices;
+    return !error && !seen.stepFailed && !missesDriver && seen.beyond.empty() && seen.unread.empty() &&
+           std::all_of(devices.begin(), devices.end(), [](const device& each) { return each.isTrue(); });
 }
 
 } // namespace inventory

@@ -1,11 +1,9 @@
 #pragma once
 
+#include "inventory/devices.h"
 #include "minihost/memorynamespace.h"
-#include "system/machineanswers.h"
-#include "system/watchedmachine.h"
 
 #include <cstddef>
-#include <ctime>
 #include <map>
 #include <optional>
 #include <string>
@@ -17,7 +15,7 @@ namespace inventory {
 /// The result of one query.
 struct queryResult {
     std::vector<std::string> classes;
-    std::vector<boost::shared_ptr<minihost::memoryInstance>> instances; ///< committed during it, in commit order
+    inventory::instances instances;   ///< committed during it, in commit order
     std::optional<std::string> error; ///< the text of the exception that escaped from it
 };
 
@@ -44,13 +42,19 @@ private:
     std::vector<message> list_;
 };
 
-/// What a run saw of the machine, and what it could not see.
+/// What a run saw of the machine beside its device nodes, and what it could not see.
 struct coverage {
-    bool walked = false; ///< the device nodes were looked for
-    sys::nodeReport nodes;
-    std::vector<std::string> beyond; ///< sg nodes behind the last that is looked at
-    int driverStatus = 0;            ///< exit status of loading the sg driver; -1: it was ended by a signal
-    std::vector<std::string> unread; ///< what else could not be read, with the reason
+    bool walked = false;                    ///< the device nodes were looked for
+    std::vector<std::string> beyond;        ///< sg nodes behind the last that is looked at
+    int driverStatus = 0;                   ///< exit status of loading the sg driver; -1: it was ended by a signal
+    bool hasScsiDevices = true;             ///< whether or not they have sg nodes
+    bool stepFailed = false;                ///< the plug-in logged a failure, other than that of the driver
+    std::string endedAt, endedBy;           ///< the node at which a walk ended before its time, and why
+    std::vector<std::string> drivesLeftOut; ///< optical drives that were left out
+    std::vector<std::string> unmatched;     ///< virtual devices that were named but are not there: "0=/dev/sg40"
+    std::vector<std::string> unread;        ///< what else could not be read, with the reason
+    std::string collected;                  ///< when the answers were taken; "" where nobody knows
+    unsigned secondsSkipped = 0;            ///< of waiting, on a simulated machine
 };
 
 /// The exit statuses of the program.
@@ -64,11 +68,13 @@ struct runResult {
     std::optional<std::string> error; ///< why the run failed
     coverage seen;
     messageList messages;
-    sys::kernelWordMap kernelNames; ///< of the devices among the instances
-    unsigned secondsSkipped = 0;    ///< of waiting, on a simulated machine
-    std::time_t endedAt = 0;
+    std::vector<device> devices; ///< in the order of the walk
 
-    std::size_t instanceCount() const;
+    /// The instances of all queries.
+    instances allInstances() const;
+
+    /// The device at a node; null where there is none.
+    const device* deviceAt(const std::string& node) const;
 
     /// No query failed, no step of one did, and nothing that is there stayed unseen.
     bool isComplete() const;

@@ -1,8 +1,11 @@
 #include "inventory/run.h"
 
 #include "inventory/askedmachine.h"
+#include "inventory/passlog.h"
+#include "inventory/recording.h"
 #include "inventory/scratchdirectory.h"
 #include "inventory/statusline.h"
+#include "inventory/survey.h"
 #include "minihost/minihost.h"
 #include "minihost/pluginlibrary.h"
 #include "text/forms.h"
@@ -15,11 +18,12 @@ namespace inventory {
 
 namespace {
 
+constexpr int traceLevel = 3;
+
 /// Takes a message of the log. Is it to be shown? Equal ones are shown once, unless the trace is, which is whole.
 bool takeMessage(int level, const std::string& text, int shownLevel, messageList& messages) {
-    constexpr int trace = 3;
-    const bool isFirst = level < trace && messages.add(message::plugin, level, text);
-    return level <= shownLevel && (isFirst || shownLevel >= trace);
+    const bool isFirst = level < traceLevel && messages.add(message::plugin, level, text);
+    return level <= shownLevel && (isFirst || shownLevel >= traceLevel);
 }
 
 queryResult runQuery(const std::vector<std::string>& classNames, minihost::pluginLibrary& plugin,
@@ -38,14 +42,26 @@ queryResult runQuery(const std::vector<std::string>& classNames, minihost::plugi
     return result;
 }
 
-void runQueries(const runOptions& options, askedMachine& machine, minihost::memoryNamespace& ns, runResult& result) {
+/// A trace tells which node its messages are about.
+std::string headingOf(const openedNode& opened, std::string& shown, int shownLevel) {
+    if (shownLevel < traceLevel || opened.latest() == shown)
+        return "";
+    shown = opened.latest();
+    return shown + ":\n";
+}
+
+void runQueries(const runOptions& options, askedMachine& machine, minihost::memoryNamespace& ns, passLog& log,
+                runResult& result) {
     statusLine status;
     const auto showStep = [&](const std::string& step) {
         status.show(step);
     };
+    std::string shownNode;
     const auto showLog = [&](int level, const std::string& text) {
+        log.take(level, text, machine.watched());
         if (takeMessage(level, text, options.logLevel, result.messages))
-            status.write('[' + std::to_string(level) + "] " + text::escaped(text) + '\n');
+            status.write(headingOf(machine.opened(), shownNode, options.logLevel) + '[' + std::to_string(level) + "] " +
+                         text::escaped(text) + '\n');
     };
     const auto showRemark = [&](const std::string& text) {
         if (result.messages.add(message::program, 0, text))
@@ -71,17 +87,22 @@ void runQueries(const runOptions& options, askedMachine& machine, minihost::memo
 std::string run(const runOptions& options, minihost::memoryNamespace& ns, runResult& result) {
     std::string recorded;
     std::optional<askedMachine> machine;
+    passLog log;
     try {
         machine.emplace(options);
-        runQueries(options, *machine, ns, result);
-        recorded = machine->writeRecording();
+        std::optional<recording> file;
+        if (!options.recordFile.empty())
+            file.emplace(options);
+        runQueries(options, *machine, ns, log, result);
+        if (file)
+            recorded = file->write(machine->recorded());
     } catch (const std::bad_alloc&) {
         result.error = "out of memory";
     } catch (...) {
         result.error = minihost::whatWasThrown();
     }
     if (machine)
-        machine->report(result);
+        survey(options, *machine, log, result);
     return recorded;
 }
 

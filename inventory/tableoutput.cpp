@@ -1,15 +1,15 @@
 #include "inventory/output.h"
 
-#include "device/peripheraltypes.h"
 #include "inventory/columns.h"
+#include "inventory/devicetypes.h"
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
 #include "plugin/cimnames.h"
 #include "text/forms.h"
 
-#include <algorithm>
+#include <boost/algorithm/string.hpp>
+
 #include <functional>
-#include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
@@ -43,32 +43,13 @@ cellText property(std::string_view name) {
     };
 }
 
-/// The text without the /dev/ that device nodes begin with: people tell them apart by the rest.
-std::string withoutDirectory(std::string path) {
-    constexpr std::string_view directory = "/dev/";
-    if (path.size() > directory.size() && path.compare(0, directory.size(), directory) == 0)
-        path.erase(0, directory.size());
-    return path;
-}
-
 cellText node(std::string_view name) {
     return [name](const memoryInstance& instance) {
         return withoutDirectory(propertyOf(instance, name));
     };
 }
 
-/// lsscsi's words for the peripheral device types by their numbers. It has none but their numbers for 10 and 11.
-constexpr const char* typeWords[] = {"disk",    "tape",    "printer", "process", "worm",    "cd/dvd",
-                                     "scanner", "optical", "mediumx", "comms",   "graphic", "graphic",
-                                     "storage", "enclosu", "sim dsk", "opti rd", "",        "osd"};
-static_assert(std::size(typeWords) == std::size(peripheralTypes), "each type has a word");
-
-/// The word for a device's type, or the type's own name if it is not in the table.
-std::string shortTypeName(const memoryInstance& device) {
-    const std::string name = propertyOf(device, "DeviceType");
-    const auto* const type = std::find(std::begin(peripheralTypes), std::end(peripheralTypes), name);
-    return type == std::end(peripheralTypes) ? name : typeWords[type - std::begin(peripheralTypes)];
-}
+std::string typeOf(const memoryInstance& device) { return shortTypeName(propertyOf(device, "DeviceType")); }
 
 /// The words for those of the 16-bit properties that are not 0.
 cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfProperty) {
@@ -98,7 +79,7 @@ using sectionTable = std::map<std::string_view, section>;
 sectionTable sections(const cellText& kernelName, const cellText& deviceName) {
     const std::vector<column> ideColumns{
         {"Node", node("Name")},        {"Vendor", property("VendorID")},  {"Product", property("ProductID")},
-        {"Rev", property("Revision")}, {"Serial", property("serialNum")}, {"Type", shortTypeName},
+        {"Rev", property("Revision")}, {"Serial", property("serialNum")}, {"Type", typeOf},
         {"H:C:T:L", addressOf}};
     // The name of an IDE node is the kernel's own.
     std::vector<column> deviceColumns = ideColumns;
@@ -196,10 +177,29 @@ void writeSection(const std::string& className, const queryResult& query, const 
 
 } // namespace
 
+void writeOpticalDrives(const runResult& result, const tableStyle& style, std::ostream& output) {
+    queryResult drives;
+    for (const auto& query : result.queries) {
+        if (query.classes.front() == opticalDriveClass)
+            drives = query;
+    }
+    if (drives.instances.empty() && result.seen.drivesLeftOut.empty())
+        return;
+    output << (result.devices.empty() ? "" : "\n");
+    const cellText unknown = [](const memoryInstance& /*any*/) {
+        return "";
+    };
+    if (!drives.instances.empty())
+        writeSection(opticalDriveClass, drives, sections(unknown, unknown), style, output);
+    for (const auto& name : result.seen.drivesLeftOut)
+        output << "  " << escaped(name) << "  excluded: named by --virtual-device\n";
+}
+
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output) {
     std::map<std::string, std::string> deviceNames; // by DeviceID: the node is the device
     const cellText kernelName = [&result](const memoryInstance& device) {
-        return kernelNameText(result.kernelNames, device);
+        const auto* const known = result.deviceAt(nodeOf(device));
+        return known == nullptr ? "" : boost::join(known->kernel.names, " ");
     };
     const cellText deviceName = [&deviceNames](const memoryInstance& association) {
         const auto found = deviceNames.find(keyAt(association, "Dependent", "DeviceID"));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,6 +21,9 @@ std::optional<unsigned> sgNodeNumber(std::string_view path);
 
 /// Is it the path of a node that a plug-in looks for: /dev/sg and a number, or /dev/hd and a letter?
 bool isWalkedNode(std::string_view path);
+
+/// Does opening a node with this errno say that there is no device?
+inline bool isAbsent(int error) { return error == ENOENT || error == ENXIO || error == ENODEV; }
 
 /// The file with the kernel's table of optical drives.
 constexpr const char* opticalTablePath = "/proc/sys/dev/cdrom/info";

@@ -113,7 +113,9 @@ kernelWordMap simulatedMachine::kernelWordsOf(const std::set<std::string>& nodes
 std::set<std::string> simulatedMachine::deviceNodes() {
     std::set<std::string> nodes;
     for (const auto& [path, node] : answers_.nodes) {
-        if (isWalkedNode(path))
+        const auto& opens = node.open.all();
+        const bool isThere = opens.empty() || !isAbsent(opens.front().error);
+        if (isThere && isWalkedNode(path))
             nodes.insert(path);
     }
     return nodes;

@@ -1,8 +1,10 @@
 #include "system/watchedmachine.h"
 
 #include "system/boundary.h"
+#include "system/failures.h"
 #include "text/forms.h"
 
+#include <boost/algorithm/string.hpp>
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
 #include <scsi/sg.h>
@@ -10,74 +12,52 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <set>
+#include <utility>
 
 namespace sys {
 
 namespace {
 
 constexpr unsigned char inquiryOpcode = 0x12;
-constexpr unsigned char checkConditionStatus = 2;
+constexpr int firstSgIoVersion = 30000; // of the sg driver: 3.0.0
+// Standard INQUIRY data (SPC-4, 6.4.2) and IDENTIFY DEVICE data (ACS-3, 7.12, words 27 to 46).
+constexpr std::size_t vendorOffset = 8, productOffset = 16, revisionOffset = 32;
+constexpr std::size_t registerBytes = 4, modelOffset = 54, modelSize = 40;
 
 bool isOfFamily(std::string_view path, std::string_view family) { return path.substr(0, family.size()) == family; }
 
-bool isAbsent(int error) { return error == ENOENT || error == ENXIO || error == ENODEV; }
-
-template <typename... Numbers>
-std::string formatted(const char* format, Numbers... numbers) {
-    char text[64];
-    std::snprintf(text, sizeof text, format, numbers...);
-    return text;
+bool isBetter(const visit& one, const visit& other) {
+    return (one.error == 0 && one.identified) && !(other.error == 0 && other.identified);
 }
 
-/// Sense key, ASC and ASCQ of fixed-format or descriptor-format sense data (SPC-4, 4.5).
-std::string senseText(const sg_io_hdr& header) {
-    unsigned char sense[14] = {};
-    std::copy_n(header.sbp, std::min<std::size_t>({sizeof sense, header.sb_len_wr, header.mx_sb_len}), sense);
-    const bool descriptors = (sense[0] & 0x7E) == 0x72;
-    return descriptors ? formatted("sense %x/%02x/%02x", sense[1] & 0x0F, sense[2], sense[3])
-                       : formatted("sense %x/%02x/%02x", sense[2] & 0x0F, sense[12], sense[13]);
+/// The text up to its first zero byte.
+std::string textAt(const unsigned char* data, std::size_t begin, std::size_t end) {
+    const std::string text(data + begin, data + end);
+    return text.substr(0, text.find('\0'));
 }
 
-/// Why a command failed that the driver has carried out.
-std::string statusText(const sg_io_hdr& header) {
-    if (header.host_status != 0)
-        return formatted("host status 0x%02x", unsigned{header.host_status});
-    if (header.status == checkConditionStatus && header.sb_len_wr > 0 && header.sbp != nullptr)
-        return senseText(header);
-    if (header.status != 0)
-        return formatted("status 0x%02x", unsigned{header.status});
-    return formatted("driver status 0x%02x", unsigned{header.driver_status});
+/// The model of an IDENTIFY DEVICE answer without the blanks that pad it.
+std::string modelOf(const unsigned char* answer) {
+    std::string model(answer + modelOffset, answer + modelOffset + modelSize);
+    for (std::size_t i = 0; i + 1 < model.size(); i += 2)
+        std::swap(model[i], model[i + 1]);
+    return boost::trim_copy_if(model, [](char c) { return c == ' ' || c == '\0'; });
 }
 
-/// A request by which a node identifies itself, or without which it is not asked to.
-struct outcome {
-    const char* request = nullptr; ///< null: another request
-    bool identifies = false;
-    bool isAta = false;
-    std::string failure; ///< "" of a success
-};
-
-outcome outcomeOf(unsigned long request, const void* argument, int result, int error) {
-    const std::string why = result == -1 ? text::errorName(error) : "";
-    switch (request) {
-    case SG_GET_VERSION_NUM:
-        return {"SG_GET_VERSION_NUM", false, false, why};
-    case SG_IO: {
-        const auto& header = *static_cast<const sg_io_hdr*>(argument);
-        if (header.cmdp[0] != inquiryOpcode)
-            return {};
-        const bool failed = (header.info & SG_INFO_OK_MASK) == SG_INFO_CHECK;
-        return {"INQUIRY", true, false, result == -1 ? why : failed ? statusText(header) : ""};
+/// Notes what a standard INQUIRY answer says.
+void noteInquiry(const sg_io_hdr& header, visit& node) {
+    const auto* const data = static_cast<const unsigned char*>(header.dxferp);
+    if (header.dxfer_len < revisionOffset || data == nullptr)
+        return;
+    const std::string vendor = textAt(data, vendorOffset, productOffset);
+    const std::string product = textAt(data, productOffset, revisionOffset);
+    if (vendor.empty()) {
+        node.failure = "INQUIRY: no vendor";
+        return;
     }
-    case CDROM_GET_CAPABILITY:
-        return {"CDROM_GET_CAPABILITY", true, true, why};
-    case HDIO_DRIVE_CMD:
-        return {"IDENTIFY DEVICE", true, true, why};
-    default:
-        return {};
-    }
+    node.identified = node.inquired = true;
+    node.peripheralByte = data[0];
+    node.blankProduct = (product.empty() ? vendor : product).find_first_not_of(" \t") == std::string::npos;
 }
 
 } // namespace
@@ -150,62 +130,108 @@ serviceAnswer watchedMachine::captureFile(const std::string& path) {
 
 /// The plug-in opens a node a second time when its driver does not answer at first: that is still the same visit.
 void watchedMachine::visited(const std::string& path, int error) {
-    if (visits_.size() > walk_ && visits_.back().path == path)
+    if (visits_.size() > walk_ && visits_.back().path == path) {
         visits_.back().error = error;
-    else
-        visits_.push_back({path, error});
+        return;
+    }
+    visits_.emplace_back();
+    visits_.back().path = path;
+    visits_.back().error = error;
 }
 
-void watchedMachine::opened(std::string_view path, int fd, int error) {
-    const bool opens = fd >= 0;
-    const bool isSubstitute = isOfFamily(path, "/dev/sd");
-    if ((!opens && isAbsent(error)) || !(isSubstitute || isOfFamily(path, "/dev/sg") || isOfFamily(path, "/dev/hd")))
+void watchedMachine::opened(const std::string& path, int fd, int error) {
+    if (isOfFamily(path, "/dev/sd"))
+        return openedSubstitute(path, fd, error);
+    if ((fd < 0 && isAbsent(error)) || !(isOfFamily(path, "/dev/sg") || isOfFamily(path, "/dev/hd")))
         return;
-    if (!opens || !isSubstitute)
-        visited(std::string(path), opens ? 0 : error);
-    if (opens && !isSubstitute)
-        begin(std::string(path));
-    if (opens && !visits_.empty())
-        open_[fd] = {visits_.size() - 1, isSubstitute ? std::string(path) : ""};
+    visited(path, fd >= 0 ? 0 : error);
+    if (fd < 0)
+        return;
+    begin(path);
+    open_[fd] = {visits_.size() - 1, ""};
+}
+
+/// A /dev/sd node is asked for the words of the sg node before it.
+void watchedMachine::openedSubstitute(const std::string& path, int fd, int error) {
+    if (visits_.empty())
+        return;
+    if (fd >= 0)
+        open_[fd] = {visits_.size() - 1, path};
+    else
+        visits_.back().askedInVain =
+            path + (isAbsent(error) ? " is not there" : " could not be opened (" + text::errorName(error) + ')');
 }
 
 void watchedMachine::asked(int fd, unsigned long request, const void* argument, int result, int error) {
     const auto found = open_.find(fd);
     if (found == open_.end())
         return;
-    const outcome answer = outcomeOf(request, argument, result, error);
-    if (answer.request == nullptr)
-        return;
-    visit& node = visits_[found->second.visit];
-    if (!answer.failure.empty()) {
-        // What an sg node says to SCSI requests tells more than that it does not know those of ATA.
-        if (answer.isAta && node.scsiFailed && isOfFamily(node.path, "/dev/sg"))
-            return;
-        node.failure = answer.request + (": " + answer.failure);
-        node.scsiFailed = !answer.isAta;
-    } else if (answer.identifies) {
-        node.identified = true;
-        if (request == HDIO_DRIVE_CMD)
-            node.askedAt = found->second.path;
+    const auto& [number, substitute] = found->second;
+    visit& node = visits_[number];
+    const std::string why = result == -1 ? text::errorName(error) : "";
+    switch (request) {
+    case SG_GET_VERSION_NUM:
+        if (result == -1)
+            node.failure = "SG_GET_VERSION_NUM: " + why;
+        else if (const int version = *static_cast<const int*>(argument); version < firstSgIoVersion)
+            node.failure = "its driver is too old: " + std::to_string(version);
+        break;
+    case SG_IO:
+        scsiCommandSent(*static_cast<const sg_io_hdr*>(argument), why, node);
+        break;
+    case CDROM_GET_CAPABILITY:
+        if (result == -1)
+            break;
+        if (substitute.empty())
+            node.identified = true;
+        else
+            node.askedInVain = substitute + " is an optical drive";
+        break;
+    case HDIO_DRIVE_CMD:
+        driveCommandSent(static_cast<const unsigned char*>(argument), why, substitute, node);
+        break;
+    default:
+        break;
     }
 }
 
-nodeReport watchedMachine::nodes() const {
-    nodeReport report;
-    std::set<std::string> present, refused, silent, detours;
-    for (const auto& node : visits_) {
-        present.insert(node.path);
-        if (node.error != 0) {
-            if (refused.insert(node.path).second)
-                report.refused.push_back({node.path, text::errorName(node.error)});
-        } else if (!node.identified && silent.insert(node.path).second) {
-            report.silent.push_back({node.path, node.failure});
-        }
-        if (!node.askedAt.empty() && detours.insert(node.path).second)
-            report.askedElsewhere.emplace_back(node.path, node.askedAt);
+/// Of a node that is not SCSI the plug-in takes no notice of the answer to INQUIRY.
+void watchedMachine::scsiCommandSent(const sg_io_hdr& header, const std::string& error, visit& node) {
+    const bool isStandardInquiry = header.cmdp[0] == inquiryOpcode && header.cmdp[1] == 0;
+    if (!isStandardInquiry || !isOfFamily(node.path, "/dev/sg"))
+        return;
+    if (!error.empty())
+        node.failure = "INQUIRY: " + error;
+    else if ((header.info & SG_INFO_OK_MASK) == SG_INFO_CHECK)
+        node.failure = "INQUIRY: " + whyFailed(header);
+    else
+        noteInquiry(header, node);
+}
+
+void watchedMachine::driveCommandSent(const unsigned char* registers, const std::string& error,
+                                      const std::string& substitute, visit& node) {
+    if (error.empty()) {
+        node.identified = node.hasOwnWords = true;
+        node.model = modelOf(registers + registerBytes);
+        node.askedAt = substitute;
+    } else if (!substitute.empty()) {
+        node.askedInVain = substitute + ": IDENTIFY DEVICE: " + error;
+    } else if (!isOfFamily(node.path, "/dev/sg") || node.failure.empty()) {
+        node.failure = "IDENTIFY DEVICE: " + error; // what an sg node says to SCSI commands tells more
     }
-    report.present = present.size();
-    return report;
+}
+
+std::vector<visit> watchedMachine::nodes() const {
+    std::vector<visit> nodes;
+    std::map<std::string, std::size_t> places;
+    for (const auto& each : visits_) {
+        const auto [place, isNew] = places.try_emplace(each.path, nodes.size());
+        if (isNew)
+            nodes.push_back(each);
+        else if (isBetter(nodes[place->second], each))
+            nodes[place->second] = each;
+    }
+    return nodes;
 }
 
 } // namespace sys

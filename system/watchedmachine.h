@@ -2,39 +2,38 @@
 
 #include "system/machine.h"
 
+#include <scsi/sg.h>
+
 #include <cstddef>
 #include <functional>
 #include <map>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace sys {
 
-/// A device node and what went wrong there: the name of an errno, or a request and why it failed; "" if it was not
-/// asked at all.
-struct nodeFailure {
+/// What a walk showed of a device node that is there.
+struct visit {
     std::string path;
-    std::string why;
-};
-
-/// What was seen of the device nodes that a plug-in looked at. Each list is in the order of the walk.
-struct nodeReport {
-    std::size_t present = 0;          ///< number of nodes that opened or refused to
-    std::vector<nodeFailure> refused; ///< nodes that are there and did not open
-    std::vector<nodeFailure> silent;  ///< nodes that opened and did not identify themselves
-    std::vector<std::pair<std::string, std::string>> askedElsewhere; ///< sg nodes, and the nodes that identified them
+    int error = 0;                    ///< errno of opening it; 0: it opened
+    bool identified = false;          ///< INQUIRY with a vendor, IDENTIFY DEVICE or CDROM_GET_CAPABILITY succeeded
+    std::string failure;              ///< the request that decided that it is not, and why it failed
+    bool inquired = false;            ///< INQUIRY with a vendor succeeded
+    unsigned char peripheralByte = 0; ///< of INQUIRY
+    bool blankProduct = false;        ///< INQUIRY's product, or the vendor in its place, is made of blanks
+    bool hasOwnWords = false;         ///< IDENTIFY DEVICE succeeded
+    std::string model;                ///< of IDENTIFY DEVICE, all 40 characters
+    std::string askedAt;              ///< the other node at which IDENTIFY DEVICE succeeded; empty: at this one
+    std::string askedInVain;          ///< why it did not succeed at another node; empty: no other one was asked
 };
 
 /// Watches what a plug-in asks the machine below. It notes which device nodes are there, which refuse to open and which
 /// open but do not identify themselves, whether the driver could be loaded, and what could not be read.
 ///
-/// A node is there when opening it succeeds or fails with another error than ENOENT, ENXIO and ENODEV. It has
-/// identified itself once INQUIRY, IDENTIFY DEVICE or CDROM_GET_CAPABILITY has succeeded. A /dev/sd node is opened in
-/// place of the sg node before it, and counts on its own only where it refuses. Loading the driver begins a new walk,
-/// in which each node has to identify itself anew.
+/// A node is there when opening it succeeds or fails with another error than ENOENT, ENXIO and ENODEV. A /dev/sd node
+/// is opened in place of the sg node before it and never counts on its own. Loading the driver begins a new walk, in
+/// which each node has to identify itself anew.
 class watchedMachine : public layer {
 public:
     using layer::layer;
@@ -51,8 +50,15 @@ public:
                         std::chrono::seconds limit) override;
     serviceAnswer captureFile(const std::string& path) override;
 
-    /// What was seen so far.
-    nodeReport nodes() const;
+    /// The nodes that are there, each once, in the order of the walk; of several walks the first in which it did not
+    /// open or did not identify itself, else the first.
+    std::vector<visit> nodes() const;
+
+    /// The node that is being asked, or else was last: null before the first.
+    const visit* latest() const { return visits_.empty() ? nullptr : &visits_.back(); }
+
+    /// Is it open now?
+    bool isAsking() const { return !open_.empty(); }
 
     /// The wait status of loading the driver. If the driver was loaded several times, the first failure counts. None:
     /// nobody loaded it.
@@ -62,24 +68,19 @@ public:
     const std::vector<std::string>& unread() const { return unread_; }
 
 private:
-    struct visit {
-        std::string path;
-        int error; // of opening
-        bool identified = false;
-        std::string failure{};
-        bool scsiFailed = false;
-        std::string askedAt{};
-    };
-
     struct descriptor {
         std::size_t visit;
         std::string path; // of a node that is asked in place of the visited one; else ""
     };
 
     void begin(const std::string& step) const;
-    void opened(std::string_view path, int fd, int error);
+    void opened(const std::string& path, int fd, int error);
+    void openedSubstitute(const std::string& path, int fd, int error);
     void visited(const std::string& path, int error);
     void asked(int fd, unsigned long request, const void* argument, int result, int error);
+    static void scsiCommandSent(const sg_io_hdr& header, const std::string& error, visit& node);
+    static void driveCommandSent(const unsigned char* registers, const std::string& error,
+                                 const std::string& substitute, visit& node);
 
     std::function<void(const std::string&)> step_;
     std::vector<visit> visits_; // of all walks

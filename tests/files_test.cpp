@@ -27,7 +27,7 @@ TEST_F(Files, LeavesNothingBehindHoweverItEnds) {
     if (::geteuid() != 0) // who has a group of one
         run("chgrp $(id -g) .; chmod 770 .; %" + onEmptyMachine);
     run("{ sleep 0.1; % --format json; echo $? >&2; } | true");
-    EXPECT_THAT(errors, EndsWith("standard output cannot be written: Broken pipe\n1\n"));
+    EXPECT_THAT(errors, AllOf(EndsWith("\n1\n"), Not(HasSubstr("written")))) << "whoever ends a pipe knows it";
     run("{ % --log-level 3" + onRackServer + "2>&1 >/dev/null; } | head -n 1");
     EXPECT_THAT(output, HasSubstr("[3] hwinfo"));
     for (const char* arguments : {"", "--version"}) {
@@ -38,8 +38,8 @@ TEST_F(Files, LeavesNothingBehindHoweverItEnds) {
 
 TEST_F(Files, WithoutRoomForTheUsbListingTheRestIsShown) {
     run("(ulimit -f 0; %" + onRackServer + "2>&1; echo $?) | cat");
-    EXPECT_THAT(output, AllOf(HasSubstr("SCSI devices (KORVA_SCSIDevice): 9\n"),
-                              HasSubstr("\nthe USB listing could not be read: "), EndsWith("\n3\n")));
+    EXPECT_THAT(output, AllOf(HasSubstr("\nsg6  sr1    "), HasSubstr("\nthe USB listing could not be read: "),
+                              EndsWith("\n3\n")));
 }
 
 TEST_F(Files, TouchesNoOtherFilesThanItsOwn) {

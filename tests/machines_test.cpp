@@ -78,6 +78,7 @@ TEST(WatchedMachine, TellsEachStepAndWhatAWalkCameTo) {
               (strings{"loading the sg driver", "/dev/hda", "/dev/hda: becoming ready, waiting 5 s"}));
     EXPECT_EQ(steps.size(), 6U) << "no more";
     EXPECT_EQ(watched.driverStatus(), 3 << 8) << "the first that failed";
-    EXPECT_EQ(watched.nodes().present, 1U);
-    ASSERT_EQ(watched.nodes().silent.size(), 0U);
+    ASSERT_EQ(watched.nodes().size(), 1U) << "a /dev/sd node is none of its own";
+    EXPECT_FALSE(watched.nodes().front().identified) << "not in the first walk";
+    EXPECT_EQ(watched.nodes().front().askedInVain, "/dev/sda is an optical drive");
 }

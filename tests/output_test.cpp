@@ -42,7 +42,7 @@ TEST(Table, HasAPlainSectionForAClassThatHasNone) {
     result.queries = {
         {{"KORVA_Box", "KORVA_Bare", "KORVA_Derived", "KORVA_Other"}, {instance, nothing, element}, std::nullopt}};
     std::ostringstream output;
-    inventory::writeTable(result, {false, 80}, output);
+    inventory::writeTable(result, {false, 80, false}, output);
     EXPECT_EQ(output.str(), "KORVA_Box: 1\n"
                             "  Ready  Name  Slots\n"
                             "  true   left  -\n"

@@ -15,7 +15,11 @@ TEST_F(Queries, RunsQueriesInTurnOnOneNamespace) {
     const auto document = jsonOf("% --log-level 0 --virtual-device 0=/dev/sg0 --virtual-device 1= Tape,korva_ATAdevice "
                                  "firmware KORVA_SysBusDeviceFirmware" +
                                  onRackServer);
-    EXPECT_EQ(errors, "simulated machine: 10 s of sleeping skipped\n") << "the device is ready from then on";
+    EXPECT_EQ(errors, "left out as virtual media: /dev/sg0 (named by --virtual-device), /dev/sg6 (like a USB device of "
+                      "product 0x4012), /dev/sg7 (like a USB device of product 0x4012), /dev/sg8 (named by "
+                      "--virtual-device)\na query follows the rules of its first class, KORVA_SCSITapeDrive; ask in "
+                      "queries of their own for KORVA_ATADevice\nsimulated machine: 10 s of sleeping skipped\n")
+        << "the device is ready from then on";
     const auto& queries = document["queries"];
     ASSERT_EQ(queries.size(), 3U);
     EXPECT_EQ(queries[0]["classes"], (nlohmann::json{"KORVA_SCSITapeDrive", "KORVA_ATADevice"}));

@@ -5,7 +5,18 @@
 #include <map>
 #include <sstream>
 
+namespace {
+
 using Recording = Program;
+
+/// A document by the places in it. Its messages name virtual devices that an anonymous recording leaves out.
+nlohmann::json withoutMessages(const std::string& document) {
+    auto parsed = nlohmann::json::parse(document);
+    parsed.erase("messages");
+    return parsed.flatten();
+}
+
+} // namespace
 
 TEST_F(Recording, ARecordingReplaysToTheSameOutput) {
     const std::string recording = fileWith("");
@@ -36,12 +47,12 @@ TEST_F(Recording, AnAnonymousReplayDiffersInReplacedTextsOnly) {
         std::string recorded = onMachine;
         recorded.append(entry.path().string()).append(" --force --record ").append(recording);
         run(recorded, anyInventory);
-        const auto original = nlohmann::json::parse(output).flatten();
+        const auto original = withoutMessages(output);
         std::istringstream originalLog(logLines(errors));
         run(std::string(recorded).append(" --anonymize-key ").append(key), anyInventory);
         EXPECT_THAT(errors, HasSubstr("recorded in " + recording + "\nreplaced: serial numbers, "));
         run(onMachine + recording, anyInventory);
-        const auto replay = nlohmann::json::parse(output).flatten();
+        const auto replay = withoutMessages(output);
         std::istringstream log(logLines(errors));
 
         std::map<std::string, std::string> replaced;
@@ -50,7 +61,7 @@ TEST_F(Recording, AnAnonymousReplayDiffersInReplacedTextsOnly) {
             if (replay[place] == value)
                 continue;
             EXPECT_THAT(place, AnyOf(EndsWith("/serialNum"), EndsWith("/SystemName"), EndsWith("/wwid"), "/machine",
-                                     EndsWith("/Antecedent"), EndsWith("/Dependent")));
+                                     EndsWith("/Antecedent"), EndsWith("/Dependent"), EndsWith("/serial")));
             if (value.is_string())
                 replaced["[3] " + std::string(value)] = "[3] " + std::string(replay[place]);
         }

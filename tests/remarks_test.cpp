@@ -25,8 +25,8 @@ TEST_F(Remarks, SaysWhatItCouldNotSee) {
                            "/dev/sg3": {"open": "EMFILE"}, "/dev/hda": {"open": "EPERM"}, "/dev/sr0": {"open": "EACCES"}}})",
          3,
          unprivileged + "2 of 4 device nodes could not be opened: /dev/sg0 (EACCES), /dev/hda (EPERM)" + advice +
-             "1 of 4 device nodes could not be opened: /dev/sg3 (EMFILE)\n1 of 4 nodes opened but did not identify "
-             "itself: /dev/sg1 (SG_GET_VERSION_NUM: ENOTTY)\n"},
+             "1 of 4 device nodes could not be opened: /dev/sg3 (EMFILE)\n1 of 4 device nodes did not identify itself: "
+             "/dev/sg1 (SG_GET_VERSION_NUM: ENOTTY)\n"},
         {"", "{\"nodes\": {" + manyNodes + "}}", 3,
          "4 of 4 device nodes could not be opened: /dev/sg0 (EMFILE), /dev/sg9 (EMFILE), /dev/sg18 (EMFILE), /dev/sg27 "
          "(EMFILE)\nsg nodes beyond /dev/sg31, the last that is looked at, are not shown: /dev/sg36, /dev/sg45, "
@@ -35,27 +35,52 @@ TEST_F(Remarks, SaysWhatItCouldNotSee) {
             "/dev/sg0": {"sgVersion": 30536, "inquiry": "EIO"},
             "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": "", "sense": "73 05 24 01", "info": 1}},
             "/dev/sg2": {"sgVersion": 30536, "inquiry": {"data": "", "hostStatus": 3}},
-            "/dev/sg3": {"sgVersion": 30536, "inquiry": {"data": "", "status": 32}},
+            "/dev/sg3": {"sgVersion": 30536, "inquiry": {"data": "", "status": 48}},
             "/dev/sg4": {"sgVersion": 30536, "inquiry": {"data": "", "driverStatus": 6}},
             "/dev/sg5": {"sgVersion": 2, "open": [true, "ENOENT", true]},
             "/dev/hda": {"opticalCapability": 0}, "/dev/hdb": {"identify": {"data": "00"}}}})",
          3,
-         "6 of 8 nodes opened but did not identify themselves: /dev/sg0 (INQUIRY: EIO), /dev/sg1 (INQUIRY: sense "
-         "5/24/01), /dev/sg2 (INQUIRY: host status 0x03), /dev/sg3 (INQUIRY: status 0x20), /dev/sg4 (INQUIRY: driver "
-         "status 0x06) and 1 more\n"},
-        {"KORVA_SCSIDevice",
-         R"({"nodes": {
-            "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": [{"text": "", "size": 8},
-                          {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}, "kernel": {"names": ["sdb"]}},
-            "/dev/sda": {"identify": {"data": [{"text": "BYTES", "size": 512}]}}}})",
-         0, "the words of ATA disks come from other disks: /dev/sg0 is sdb, but was asked at /dev/sda\n"},
+         "6 of 8 device nodes did not identify themselves: /dev/sg0 (INQUIRY: EIO), /dev/sg1 (INQUIRY: Illegal "
+         "Request, "
+         "CDB decryption error (5/24/01)), /dev/sg2 (INQUIRY: timed out (host status 0x03)), /dev/sg3 (INQUIRY: ACA "
+         "Active (status 0x30)), /dev/sg4 (INQUIRY: driver status 0x06), /dev/sg5 (its driver is too old: 2)\n"},
+        {"KORVA_SCSIDevice", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "kernel": {"names": ["sdb"]}, "inquiry": {"data": [
+                         {"text": "", "size": 8}, {"text": "ADATA", "size": 8}, {"text": "DISK", "size": 20}]}},
+            "/dev/sda": {"identify": {"data": [{"text": "BYTES", "size": 512}]}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": [
+                         {"text": "", "size": 8}, {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}}}})",
+         3,
+         "the words of other disks: /dev/sg0 is sdb, but /dev/sda was asked; their own serial numbers: lsblk -o "
+         "NAME,SERIAL; a host of the plug-in gets these words too\n"
+         "ATA disks whose own words could not be asked for, shown with those of INQUIRY: 1\n"},
+        {"scsi", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "GOOD DISK", "size": 28}]}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "V", "size": 8},
+                                                                  {"text": "", "size": 20}]}},
+            "/dev/sg2": {"open": "EACCES"}, "/dev/sg3": {"open": "ENXIO"}, "/dev/hda": {}}})",
+         3,
+         "[0] basic_string::substr: __pos (which is 18446744073709551615) > this->size() (which is 16)\n"
+         "the walk ended at /dev/sg1: its product is blank, which ends the walk; lost with it: /dev/sg0, /dev/sg1; not "
+         "asked: /dev/sg2, /dev/hda; the optical-drive table was not read either\n"},
+        {"scsi", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"zeros": 28}]}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": ["0d00050200000000", {"text": "", "size": 8},
+                                                                  {"text": "BOX", "size": 20}]}}}})",
+         3, "1 of 2 device nodes did not identify itself: /dev/sg0 (INQUIRY: no vendor)\n"},
+        {"scsi optical --virtual-device 0=a/dev/sg12 --virtual-device 1=sr7 --virtual-device 0=x", R"({"nodes": {
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "GOOD DISK", "size": 28}]}}}})",
+         0,
+         "left out as virtual media: /dev/sg1 (named by --virtual-device)\n"
+         "--virtual-device 0=x names nothing that is there\n--virtual-device 1=sr7 names nothing that is there\n"},
         {"--ask-again scsi firmware associations", R"({"nodes": {
             "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0d00050200000000", {"text": "BOX", "size": 28}]}},
             "/dev/sg1": {"sgVersion": 30536, "inquiry": [{"data": ["0d00050200000000", {"text": "BOX", "size": 28}]},
                                                          "EIO"]}}})",
          3,
-         "1 of 2 nodes opened but did not identify itself: /dev/sg1 (INQUIRY: EIO)\n"
-         "no firmware association of their own: 1 of 2 devices (no firmware element has their identity)\n"},
+         "1 of 2 device nodes did not identify itself: /dev/sg1 (INQUIRY: EIO)\n"
+         "1 of 2 devices have no firmware tied to them, or another's: the plug-in takes the first identity that theirs "
+         "contains\n"},
         {"KORVA_SCSIDevice KORVA_SysBusDeviceFirmware", "{}", 0,
          "no devices found on the simulated machine\nKORVA_SysBusDeviceFirmware ties together what earlier queries of "
          "the run have collected: ask for devices and KORVA_SysBusDeviceFirmwareElement before it\n"},

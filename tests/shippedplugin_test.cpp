@@ -11,7 +11,7 @@ TEST_F(ShippedPlugin, TakesALargeFileBuildOfThePlugin) {
     run("% --format json --plugin " + largeFilePlugin + onRackServer);
     EXPECT_EQ(output, contentOf(expected + "rack-server.json"));
     run("% --plugin " + largeFilePlugin + "--machine " + fileWith(R"({"nodes": {"/dev/sg0": {"open": "EACCES"}}})"), 3);
-    EXPECT_THAT(errors, HasSubstr("1 of 1 device nodes could not be opened")) << "the program watches open64 too";
+    EXPECT_THAT(errors, HasSubstr("1 of 1 device node could not be opened")) << "the program watches open64 too";
 }
 
 TEST_F(ShippedPlugin, ThePluginBringsNothingAndNeedsOnlyTheContract) {

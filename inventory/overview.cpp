@@ -1,0 +1,126 @@
+// The overview: one line a device.
+
+#include "inventory/overview.h"
+
+#include "inventory/devicetypes.h"
+#include "inventory/instancetext.h"
+
+#include <boost/algorithm/string.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace inventory {
+
+namespace {
+
+constexpr int red = 31, yellow = 33; // SGR
+
+/// The plug-in's word, or the kernel's in parentheses where the plug-in has none.
+std::string either(const std::string& word, const std::string& kernels) {
+    return word.empty() && !kernels.empty() ? '(' + kernels + ')' : word;
+}
+
+/// A model has the maker as its first word. The plug-in keeps the second for the product; here are all that follow.
+std::string productOf(const device& each) {
+    const std::size_t maker = each.model.find(' ');
+    const std::string rest = maker == std::string::npos ? "" : boost::trim_left_copy(each.model.substr(maker));
+    return rest.find(' ') == std::string::npos ? each.product : rest;
+}
+
+/// "480 GB", as disks are sold.
+std::string sizeOf(const device& each) {
+    if (!each.kernel.size)
+        return "";
+    constexpr const char* units[] = {"B", "kB", "MB", "GB", "TB", "PB", "EB"};
+    auto number = static_cast<double>(*each.kernel.size);
+    std::size_t unit = 0;
+    for (; number >= 999.5; number /= 1000)
+        ++unit;
+    char text[32];
+    std::snprintf(text, sizeof text, number < 9.95 && unit > 0 ? "%.1f %s" : "%.0f %s", number, units[unit]);
+    return text;
+}
+
+/// The plug-in reads four of a type's five bits. The kernel's own type comes beside its word where they differ.
+std::string typeOf(const device& each) {
+    const std::string kernels = each.kernel.type ? shortTypeName(*each.kernel.type) : "";
+    return each.type.empty() || kernels.empty() || each.type == kernels ? either(each.type, kernels)
+                                                                        : each.type + " (" + kernels + ')';
+}
+
+std::string firmwareNote(const device& each) {
+    switch (each.firmware) {
+    case firmwareTie::anothers:
+        return "another's firmware is tied to it";
+    case firmwareTie::none:
+        return "no firmware is tied to it";
+    default:
+        return "";
+    }
+}
+
+const std::vector<std::string> headings{"Node",   "Kernel", "Vendor", "Product", "Firmware",
+                                        "Serial", "Size",   "Type",   "H:C:T:L"};
+
+} // namespace
+
+std::vector<std::string> overviewRow(const device& each) {
+    const bool mistaken = each.state == deviceState::mistaken;
+    const auto word = [mistaken](const std::string& plugIns, const std::string& kernels) {
+        return either(mistaken ? "" : plugIns, kernels);
+    };
+    return {withoutDirectory(each.node),
+            boost::join(each.kernel.names, " "),
+            word(each.vendor, each.kernel.vendor),
+            word(productOf(each), each.kernel.model),
+            word(each.revision, each.kernel.revision),
+            word(each.serial, each.kernel.serial),
+            sizeOf(each),
+            typeOf(each),
+            either(each.address, each.kernel.address)};
+}
+
+note overviewNote(const device& each, bool inColour) {
+    const int severe = inColour ? red : 0, mild = inColour ? yellow : 0;
+    if (!each.isTrue())
+        return {std::string("! ") + nameOf(each.state) + (each.why.empty() ? "" : ": " + each.why), severe};
+    if (each.state == deviceState::excluded)
+        return {"excluded: " + each.why, mild};
+    if (!each.ownWords)
+        return {"* INQUIRY's words", mild};
+    return {each.why.empty() ? firmwareNote(each) : each.why, mild};
+}
+
+std::string summary(const runResult& result) {
+    if (result.queries.empty()) // the run failed before it asked anything
+        return "";
+    if (result.devices.empty())
+        return "no devices\n";
+    std::string text = std::to_string(result.devices.size()) + (result.devices.size() == 1 ? " device" : " devices");
+    const char* before = ": ";
+    for (std::size_t i = 0; i < deviceStates; ++i) {
+        const auto state = static_cast<deviceState>(i);
+        if (const std::size_t count = countOf(result.devices, {state}); count > 0) {
+            text += before + std::to_string(count) + ' ' + nameOf(state);
+            before = ", ";
+        }
+    }
+    const auto tied = std::count_if(result.devices.begin(), result.devices.end(),
+                                    [](const device& each) { return each.firmware == firmwareTie::tied; });
+    return text + "; " + std::to_string(tied) + " with firmware; " +
+           (result.isComplete() ? "complete\n" : "not complete\n");
+}
+
+void writeOverview(const runResult& result, const tableStyle& style, std::ostream& output) {
+    columns rows(headings);
+    for (const auto& each : result.devices)
+        rows.add(overviewRow(each), overviewNote(each, style.inColour));
+    if (!result.devices.empty())
+        rows.write(output, style.width);
+    writeOpticalDrives(result, style, output);
+    output << (result.devices.empty() ? "" : "\n") << summary(result);
+}
+
+} // namespace inventory

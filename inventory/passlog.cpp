@@ -1,0 +1,58 @@
+#include "inventory/passlog.h"
+
+#include <boost/algorithm/string.hpp>
+
+#include <algorithm>
+
+namespace inventory {
+
+namespace {
+
+// The plug-in's log, as far as it is read here.
+constexpr const char* walkBegins[] = {"Getting sg devices...", "Getting hd devices..."};
+constexpr const char* walksEnd = "Getting optical devices...";
+constexpr const char* driverMissed = "sg module is not loaded correctly";
+const std::string disk = "TScsidevPluginCallbacks::collectData : Ignoring Virtual Device ";
+const std::string drive = "TScsidevPluginCallbacks::IterateCDromdrives : Ignoring Virtual Device ";
+const std::string usbProduct = "FindUSBDevice Remove Virtual: ";
+
+constexpr int failure = 0; // level
+
+constexpr unsigned char diskByte = 0, opticalDriveByte = 5; // whole peripheral bytes of INQUIRY (SPC-4, 6.4.2)
+
+} // namespace
+
+void passLog::take(int level, const std::string& text, const sys::watchedMachine& watched) {
+    if (level == failure)
+        takeFailure(text, watched);
+    else if (text == walkBegins[0] || text == walkBegins[1])
+        walking_ = true;
+    else if (text == walksEnd)
+        walking_ = false;
+    else if (boost::starts_with(text, disk))
+        excluded_.emplace(text.substr(disk.size()), "named by --virtual-device");
+    else if (boost::starts_with(text, drive)) {
+        const std::string name = text.substr(drive.size());
+        if (std::find(excludedDrives_.begin(), excludedDrives_.end(), name) == excludedDrives_.end())
+            excludedDrives_.push_back(name);
+    } else if (boost::starts_with(text, usbProduct) && watched.isAsking()) {
+        const sys::visit& node = *watched.latest(); // a tape is not left out for its product
+        if (node.peripheralByte == diskByte || node.peripheralByte == opticalDriveByte)
+            excluded_.emplace(node.path, "like a USB device of product 0x4012");
+    }
+}
+
+/// An exception has left the nodes closed: it is about the node that was asked last.
+void passLog::takeFailure(const std::string& text, const sys::watchedMachine& watched) {
+    if (text == driverMissed) {
+        missedDriver_ = true;
+        return;
+    }
+    failedOtherwise_ = true;
+    if (!walking_ || watched.latest() == nullptr || !endedAt_.empty())
+        return;
+    endedAt_ = watched.latest()->path;
+    endedBy_ = watched.latest()->blankProduct ? "its product is blank, which ends the walk" : text;
+}
+
+} // namespace inventory
