@@ -100,6 +100,7 @@ void changeEach(answerList<Answer>& answers, Change change) {
 
 void anonymizeNode(node& target, const pseudonyms& names) {
     target.knownAs.wwid = anonymousWwid(target.knownAs.wwid, names);
+    target.knownAs.serial = names.of(target.knownAs.serial);
     changeEach(target.inquiry, [](scsiAnswer& answer) {
         keepOnly(answer.data, {inquiryData});
         keepOnly(answer.sense, {fixedSense});

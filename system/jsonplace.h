@@ -41,6 +41,7 @@ public:
     bool isObject() const { return value_.is_object(); }
     bool isWholeNumber() const { return value_.is_number_integer(); }
     bool isTrue() const { return value_.is_boolean() && value_.get<bool>(); }
+    bool isFalse() const { return value_.is_boolean() && !value_.get<bool>(); }
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;

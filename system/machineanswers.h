@@ -94,9 +94,10 @@ struct driveAnswer {
 /// What the kernel and its device manager know of the device behind a node, without asking it. Texts are without outer
 /// blanks; what is not known is empty.
 struct kernelWords {
-    static constexpr std::size_t longestName = 255;  // bytes: NAME_MAX of linux/limits.h
-    static constexpr std::size_t longestText = 4096; // bytes: a sysfs file has at most one page
-    static constexpr int largestType = 31;           // five bits of the INQUIRY answer
+    static constexpr std::size_t longestName = 255;        // bytes: NAME_MAX of linux/limits.h
+    static constexpr std::size_t longestText = 4096;       // bytes: a sysfs file has at most one page
+    static constexpr int largestType = 31;                 // five bits of the INQUIRY answer
+    static constexpr std::int64_t largestSize = INT64_MAX; // of the kernel's loff_t
 
     std::vector<std::string>
         names;           ///< of its block, tape and changer nodes, without /dev/: "sda", "st0", "sr0", "sch0"

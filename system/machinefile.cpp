@@ -2,6 +2,7 @@
 
 #include "system/boundary.h"
 #include "system/jsonplace.h"
+#include "system/utctime.h"
 #include "text/hex.h"
 
 #include <scsi/sg.h>
@@ -10,6 +11,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 namespace sys {
@@ -46,18 +48,36 @@ bytes hexBytes(const jsonPlace& place) {
     return *result;
 }
 
-/// A text is pairs of hex digits. {"zeros": N}: N zero bytes. {"text": T, "size": N}: T padded with blanks to N bytes.
-/// {"swapped": T, "size": N}: the same with the two bytes of every word exchanged, as ATA devices send texts.
+/// Words of 16 bits as tools print them, "0040 3fff": the value of each, whose low byte a drive sends first.
+bytes wordsAt(const jsonPlace& place) {
+    constexpr std::size_t wordSize = 2;
+    bytes result;
+    std::istringstream words(place.text());
+    for (std::string word; words >> word;) {
+        const auto value = text::bytesOfHex(word);
+        if (!value || value->size() != wordSize)
+            place.fail("words of four hex digits with blanks between them");
+        result.insert(result.end(), value->rbegin(), value->rend());
+    }
+    return result;
+}
+
+/// A text is pairs of hex digits. {"words": W}: words of 16 bits. {"zeros": N}: N zero bytes. {"text": T, "size": N}: T
+/// padded with blanks to N bytes. {"swapped": T, "size": N}: the same with the two bytes of every word exchanged, as
+/// ATA devices send texts.
 bytes partAt(const jsonPlace& place) {
     if (place.isText())
         return hexBytes(place);
-    place.allowMembers({"text", "swapped", "zeros", "size"},
-                       "pairs of hex digits, or an object with one of text, swapped and zeros");
-    const auto plain = place.find("text"), swapped = place.find("swapped"), zeros = place.find("zeros");
-    if (plain.has_value() + swapped.has_value() + zeros.has_value() != 1)
-        place.fail("one of text, swapped and zeros");
-    if (zeros)
-        place.allowMembers({"zeros"});
+    place.allowMembers({"text", "swapped", "words", "zeros", "size"},
+                       "pairs of hex digits, or an object with one of text, swapped, words and zeros");
+    const auto plain = place.find("text"), swapped = place.find("swapped"), words = place.find("words"),
+               zeros = place.find("zeros");
+    if (plain.has_value() + swapped.has_value() + words.has_value() + zeros.has_value() != 1)
+        place.fail("one of text, swapped, words and zeros");
+    if (words || zeros)
+        place.allowMembers({words ? "words" : "zeros"});
+    if (words)
+        return wordsAt(*words);
     std::string text = zeros ? "" : (swapped ? swapped : plain)->text();
     const jsonPlace sizePlace = zeros ? *zeros : place.member("size");
     const auto size = static_cast<std::size_t>(sizePlace.number(0, largestPart));
@@ -106,6 +126,16 @@ std::string linesAt(const jsonPlace& place) {
     place.forEachElement("a text, or a list of lines",
                          [&result](const jsonPlace& line) { result += line.text() + '\n'; });
     return result;
+}
+
+/// A text or a list of lines, which nobody reads.
+void checkComment(const jsonPlace& place) {
+    if (const auto comment = place.find("comment"); comment && !comment->isText()) {
+        comment->forEachElement("a text, or a list of lines", [](const jsonPlace& line) {
+            if (!line.isText())
+                line.fail("a text");
+        });
+    }
 }
 
 std::vector<std::string> textsAt(const jsonPlace& place) {
@@ -224,21 +254,31 @@ std::string wordAt(const jsonPlace& place, std::size_t longest) {
 }
 
 kernelWords kernelWordsAt(const jsonPlace& place) {
-    place.allowMembers({"names", "wwid"});
     kernelWords result;
+    std::vector<const char*> members{"names", "size", "type"};
+    eachKernelText(result, [&members](const char* name, const auto& /*text*/) { members.push_back(name); });
+    place.allowMembers(members);
     if (const auto names = place.find("names")) {
         names->forEachElement("a list of texts", [&result](const jsonPlace& name) {
             result.names.push_back(wordAt(name, kernelWords::longestName));
         });
     }
-    if (const auto wwid = place.find("wwid"))
-        result.wwid = wordAt(*wwid, kernelWords::longestText);
+    eachKernelText(result, [&place](const char* name, std::string& text) {
+        if (const auto found = place.find(name))
+            text = wordAt(*found, kernelWords::longestText);
+    });
+    if (const auto size = place.find("size"))
+        result.size = static_cast<std::uint64_t>(size->number(0, kernelWords::largestSize));
+    if (const auto type = place.find("type"))
+        result.type = static_cast<int>(type->number(0, kernelWords::largestType));
     return result;
 }
 
 node nodeAt(const jsonPlace& place) {
-    static const std::vector<const char*> names = answerNames({}), ofSgNodes = answerNames({"kernel"});
-    place.allowMembers(sgNodeNumber(place.name()) ? ofSgNodes : names);
+    static const std::vector<const char*> names = answerNames({"comment"}),
+                                          ofWalkedNodes = answerNames({"comment", "kernel"});
+    place.allowMembers(isWalkedNode(place.name()) ? ofWalkedNodes : names);
+    checkComment(place);
     node result;
     readIfThere(place, "kernel", result.knownAs, kernelWordsAt);
     eachAnswer(result, [&place](const char* name, auto& answers) {
@@ -248,10 +288,37 @@ node nodeAt(const jsonPlace& place) {
     return result;
 }
 
+bool truthAt(const jsonPlace& place) {
+    if (!place.isTrue() && !place.isFalse())
+        place.fail("true or false");
+    return place.isTrue();
+}
+
+std::string momentAt(const jsonPlace& place) {
+    if (!isUtcText(place.text()))
+        place.fail("a time such as 2026-11-23T17:01:02Z");
+    return place.text();
+}
+
+std::map<std::string, node> nodesAt(const jsonPlace& place) {
+    std::map<std::string, node> nodes;
+    place.forEachMember("an object of nodes by path", [&nodes](const jsonPlace& node) {
+        const std::string path = node.name();
+        if (!isNodePath(path))
+            node.fail("a node of /dev/sg, /dev/sd, /dev/hd or /dev/sr");
+        nodes[path] = nodeAt(node);
+    });
+    return nodes;
+}
+
 machineAnswers machineAt(const jsonPlace& place) {
-    place.allowMembers({"name", "modprobe", "usb", "opticalTable", "virtualDevices", "nodes"});
+    place.allowMembers(
+        {"comment", "name", "collected", "scsiDevices", "modprobe", "usb", "opticalTable", "virtualDevices", "nodes"});
+    checkComment(place);
     machineAnswers result;
     readIfThere(place, "name", result.name, textAt);
+    readIfThere(place, "collected", result.collected, momentAt);
+    readIfThere(place, "scsiDevices", result.hasScsiDevices, truthAt);
     readIfThere(place, "modprobe", result.modprobe, statusesAt);
     readIfThere(place, "usb", result.usbListing, linesAt);
     readIfThere(place, "opticalTable", result.opticalTable, linesAt);
@@ -260,14 +327,7 @@ machineAnswers machineAt(const jsonPlace& place) {
         for (const auto kind : virtualDeviceKinds)
             readIfThere(*lists, std::to_string(kind).c_str(), result.virtualDevices[kind], textsAt);
     }
-    if (const auto nodes = place.find("nodes")) {
-        nodes->forEachMember("an object of nodes by path", [&result](const jsonPlace& node) {
-            const std::string path = node.name();
-            if (!isNodePath(path))
-                node.fail("a node of /dev/sg, /dev/sd, /dev/hd or /dev/sr");
-            result.nodes[path] = nodeAt(node);
-        });
-    }
+    readIfThere(place, "nodes", result.nodes, nodesAt);
     return result;
 }
 
@@ -276,6 +336,24 @@ machineAnswers machineAt(const jsonPlace& place) {
 machineAnswers parseMachine(const std::string& text, const std::string& name) {
     const jsonDocument document = parseJson(text, name);
     return machineAt(jsonPlace(document));
+}
+
+std::vector<std::string> doubtsAbout(const machineAnswers& machine) {
+    constexpr std::size_t signaturePlace = 510; // the low byte of word 255 (ACS-3, 7.12)
+    constexpr unsigned char signature = 0xA5;
+    std::vector<std::string> doubts;
+    for (const auto& [path, node] : machine.nodes) {
+        const auto isSwapped = [](const driveAnswer& answer) {
+            return answer.data.size() > signaturePlace + 1 && answer.data[signaturePlace] != signature &&
+                   answer.data[signaturePlace + 1] == signature;
+        };
+        const auto& answers = node.identify.all();
+        if (std::any_of(answers.begin(), answers.end(), isSwapped))
+            doubts.push_back(path +
+                             ": the bytes of IDENTIFY data seem to be exchanged in each word: the signature a5 of "
+                             "its checksum is in byte 511, expected in byte 510");
+    }
+    return doubts;
 }
 
 std::optional<std::string> contentUpTo(const std::string& path, std::size_t most) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sys {
 
@@ -14,6 +15,10 @@ machineAnswers readMachineFile(const std::string& path);
 
 /// The same from a text. Errors name the file `name`.
 machineAnswers parseMachine(const std::string& text, const std::string& name);
+
+/// What is probably wrong in a machine file that could be read, a sentence each, with the node: IDENTIFY data whose
+/// words have their bytes exchanged, so that all texts of the drive would be too.
+std::vector<std::string> doubtsAbout(const machineAnswers& machine);
 
 /// The text of the machine file (docs/machine-files.md) for a machine. Leaves out nodes that never existed, and answers
 /// at the end of a list that repeat the one before.

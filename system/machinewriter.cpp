@@ -91,8 +91,14 @@ bool wasEverThere(const node& recorded) {
 
 json kernelWordsToJson(const kernelWords& known) {
     json members{{"names", textsToJson(known.names)}};
-    if (!known.wwid.empty())
-        members["wwid"] = bytesAsCodePoints(known.wwid);
+    eachKernelText(known, [&members](const char* name, const std::string& text) {
+        if (!text.empty())
+            members[name] = bytesAsCodePoints(text);
+    });
+    if (known.size)
+        members["size"] = *known.size;
+    if (known.type)
+        members["type"] = *known.type;
     return members;
 }
 
@@ -109,6 +115,10 @@ json nodeToJson(const node& recorded) {
 
 std::string machineFileText(const machineAnswers& recorded) {
     json document{{"name", bytesAsCodePoints(recorded.name)}};
+    if (!recorded.collected.empty())
+        document["collected"] = recorded.collected;
+    if (!recorded.hasScsiDevices)
+        document["scsiDevices"] = false;
     addUnlessNull(document, "modprobe", withoutRepeatedEnd(recorded.modprobe.all()));
     document["usb"] = linesToJson(recorded.usbListing);
     for (const auto kind : virtualDeviceKinds)

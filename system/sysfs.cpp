@@ -76,9 +76,10 @@ std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& 
 
 /// Adds what the directory of a device's node tells.
 void addNode(const sysfsDirectory& device, const std::string& node, kernelWords& known) {
-    constexpr std::uint64_t sectorSize = 512; // bytes: the kernel's unit here, whatever sectors the device has
-    if (const auto sectors = isBlockDevice(node) ? device.numberOf<std::uint64_t>(node + "/size") : std::nullopt)
-        known.size = *sectors * sectorSize;
+    constexpr std::int64_t sectorSize = 512; // bytes: the kernel's unit here, whatever sectors the device has
+    const auto sectors = isBlockDevice(node) ? device.numberOf<std::int64_t>(node + "/size") : std::nullopt;
+    if (sectors >= 0 && sectors <= kernelWords::largestSize / sectorSize)
+        known.size = static_cast<std::uint64_t>(*sectors * sectorSize);
     known.serial = udevSerialNumberOf(device, node);
 }
 

@@ -4,6 +4,7 @@
 #include "system/childprocess.h"
 #include "system/clibrary.h"
 #include "system/sysfs.h"
+#include "system/utctime.h"
 
 #include <dirent.h>
 #include <unistd.h>
@@ -57,12 +58,6 @@ bool thisMachine::hasScsiDevices() {
     return !std::filesystem::is_empty("/sys/bus/scsi/devices", ignored) && !ignored;
 }
 
-std::string thisMachine::collected() {
-    const std::time_t now = std::time(nullptr);
-    std::tm utc{};
-    char text[sizeof "2026-11-23T17:01:02Z"] = {};
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", ::gmtime_r(&now, &utc));
-    return text;
-}
+std::string thisMachine::collected() { return utcText(std::time(nullptr)); }
 
 } // namespace sys

@@ -93,8 +93,24 @@ TEST(Anonymize, KeepsOfAWorldWideNameItsFormatAndTheMaker) {
     }
 }
 
+TEST(Anonymize, ReplacesOfTheKernelsWordsWhatIdentifiesADevice) {
+    sys::machineAnswers machine;
+    sys::kernelWords& known = machine.nodes["/dev/sg0"].knownAs;
+    known.names = {"sda"};
+    known.size = 512;
+    known.type = 0;
+    sys::eachKernelText(known, [](const std::string& name, std::string& text) { text = name + " 1234567890123456"; });
+    sys::kernelWords made = sys::anonymize(machine, "key").nodes["/dev/sg0"].knownAs;
+    EXPECT_NE(made.serial, known.serial);
+    EXPECT_NE(made.wwid, known.wwid);
+    made.serial = known.serial;
+    made.wwid = known.wwid;
+    EXPECT_EQ(made, known) << "all else stays";
+}
+
 TEST(Anonymize, ReplacesEqualSerialNumbersByEqualOnes) {
     auto made = anonymous(R"({"nodes": {
+        "/dev/hda": {"kernel": {"serial": "AB-12345Z"}},
         "/dev/sg0": {"serialPage": {"data": ["00800010", {"text": "  AB-12345Z", "size": 16}]}},
         "/dev/sg1": {"serialPage": {"data": ["0080000a", {"text": "AB-12345Z", "size": 9}, "00", {"text": "left", "size": 4}]}},
         "/dev/sda": {"identify": {"data": [{"zeros": 20}, {"swapped": "AB-12345Z", "size": 20}]}}}})");
@@ -109,6 +125,7 @@ TEST(Anonymize, ReplacesEqualSerialNumbersByEqualOnes) {
     for (std::size_t i = 20; i < 40; i += 2)
         std::swap(sector[i], sector[i + 1]);
     EXPECT_EQ(std::string(sector.begin() + 20, sector.begin() + 40), serial + std::string(11, ' '));
+    EXPECT_EQ(made.nodes["/dev/hda"].knownAs.serial, serial);
     EXPECT_EQ(sys::pseudonyms("key").of("AB-12345Z"), serial);
     EXPECT_NE(sys::pseudonyms("another").of("AB-12345Z"), serial);
     EXPECT_NE(sys::pseudonymKey(""), sys::pseudonymKey("")) << "a recording's own";

@@ -43,7 +43,8 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     } cases[] = {
         {"{\"name\": ", "file.json: not a JSON document: parse error at line 1, column 10"},
         {"[]", "file.json: the document: expected an object, found a list"},
-        {R"({"nam": "x"})", "file.json: the document: unknown member \"nam\", expected one of name, modprobe,"},
+        {R"({"nam": "x"})",
+         "file.json: the document: unknown member \"nam\", expected one of comment, name, collected,"},
         {R"({"name": "a", "name": "b"})", "file.json: the document: the member \"name\" stands twice"},
         {R"({"x": [{}, {"a b": {"c": {"odd": 1, "y": 0, "odd": 2}}}]})",
          "file.json: x[\"a b\"].c: the member \"odd\" stands twice"},
@@ -60,14 +61,28 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {withInquiry(R"({"data": ["00", ")" + std::string(131072, '0') + "\"]}"),
          ".data[1]: expected at most 65536 bytes in all"},
         {R"({"nodes": {"sg0": {}}})", "file.json: nodes[\"sg0\"]: expected a node of /dev/sg, "},
-        {withInquiry(R"({"data": [{"zeros": 2, "text": "A"}]})"), ".data[0]: expected one of text, swapped and zeros"},
+        {R"({"comment": 1})", "file.json: comment: expected a text, or a list of lines, found 1"},
+        {R"({"nodes": {"/dev/sda": {"comment": ["a", {}]}}})", ".comment[1]: expected a text, found an object"},
+        {R"({"scsiDevices": 0})", "file.json: scsiDevices: expected true or false, found 0"},
+        {R"({"collected": "2026-02-29T00:00:00Z"})", "file.json: collected: expected a time such as 2026-11-23T17:0"},
+        {R"({"collected": "2026-02-28 00:00:00"})", "file.json: collected: expected a time such as"},
+        {withInquiry(R"({"data": [{"zeros": 2, "text": "A"}]})"),
+         ".data[0]: expected one of text, swapped, words and zeros"},
+        {withInquiry(R"({"data": [{"words": "0040", "size": 2}]})"),
+         ".data[0]: unknown member \"size\", expected words"},
+        {withInquiry(R"({"data": [{"words": "0040 3f ff"}]})"),
+         ".data[0].words: expected words of four hex digits with blanks between them, found \"0040 3f ff\""},
+        {withInquiry(R"({"data": [{"words": "0040 3ffg"}]})"), ".words: expected words of four hex digits"},
         {withInquiry(R"({"data": [{"zeros": 2, "size": 2}]})"), ".data[0]: unknown member \"size\", expected zeros"},
         {R"({"nodes": {"/dev/sda": {"kernel": {}}}})",
-         "[\"/dev/sda\"]: unknown member \"kernel\", expected one of open, "},
+         "[\"/dev/sda\"]: unknown member \"kernel\", expected one of comment, open, "},
         {R"({"nodes": {"/dev/sg0": {"kernel": {"names": [""]}}}})",
          "kernel.names[0]: expected a text of 1 to 255 bytes"},
         {R"({"nodes": {"/dev/sg0": {"kernel": {"wwid": ")" + std::string(4097, 'w') + "\"}}}}",
          "kernel.wwid: expected a text of 1 to 4096 bytes"},
+        {R"({"nodes": {"/dev/sg0": {"kernel": {"serial": ""}}}})", "kernel.serial: expected a text of 1 to 4096 bytes"},
+        {R"({"nodes": {"/dev/hda": {"kernel": {"size": -1}}}})", "kernel.size: expected a whole number from 0 to 9223"},
+        {R"({"nodes": {"/dev/sg0": {"kernel": {"type": 32}}}})", "kernel.type: expected a whole number from 0 to 31, "},
         {R"({"nodes": {"/dev/sg0": {"open": false}}})",
          "open: expected true, the name of an error such as \"EIO\", or a list of answers, found false"},
         {R"({"nodes": {"/dev/sg0": {"address": {"host": 1}}}})", "address: expected a member \"channel\""},
@@ -90,9 +105,10 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     };
     for (const auto& c : cases)
         EXPECT_THAT(refusal(c.text), testing::HasSubstr(c.message));
-    for (const auto& text :
-         std::vector<std::string>{"{}", R"({"modprobe": [0, 255]})",
-                                  withInquiry(R"({"data": [{"zeros": 512}, ")" + std::string(130048, '0') + "\"]}")})
+    for (const auto& text : std::vector<std::string>{
+             "{}", R"({"modprobe": [0, 255]})",
+             R"({"comment": "\u2713", "scsiDevices": true, "nodes": {"/dev/sd": {"comment": ["\u2713"]}}})",
+             withInquiry(R"({"data": [{"zeros": 512}, ")" + std::string(130048, '0') + "\"]}")})
         EXPECT_EQ(refusal(text), "accepted");
 }
 
@@ -129,6 +145,7 @@ TEST(MachineFile, IsReadInATimeThatGrowsWithItsLength) {
 
 TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
     constexpr int least = std::numeric_limits<int>::min(), largest = std::numeric_limits<int>::max();
+    constexpr auto largestSize = std::numeric_limits<std::int64_t>::max();
     sys::machineAnswers machine;
     for (int byte = 0; byte < 256; ++byte)
         machine.name += static_cast<char>(byte);
@@ -142,8 +159,41 @@ TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
                                                 {0, {1}, {}, 0xFF, 0xFE, 0xFFFD, 0xFFFC, 0xFFFFFFFB, least},
                                                 {0, {}, {}, 2, 0, 0, 0, 0, largest}};
 
+    machine.collected = "2024-02-29T23:59:59Z";
+    machine.hasScsiDevices = false;
+    sys::kernelWords& known = machine.nodes["/dev/hdz"].knownAs;
+    known.names = {"hdz", "\xff"};
+    sys::eachKernelText(known, [](const std::string& name, std::string& text) { text = "\xff " + name; });
+    known.size = largestSize;
+    known.type = 31;
+
     const std::string written = sys::machineFileText(machine);
     const sys::machineAnswers read = sys::parseMachine(written, "file.json");
     EXPECT_EQ(sys::machineFileText(read), written);
     EXPECT_EQ(read.name, machine.name);
+    EXPECT_EQ(read.nodes.at("/dev/hdz").knownAs, known);
+}
+
+TEST(MachineFile, TakesIdentifyDataAsToolsPrintItAndDoubtsExchangedBytes) {
+    const std::string zeros = R"({"zeros": 252}, {"zeros": 252}, )";
+    const struct {
+        std::string data;
+        std::vector<std::string> doubts;
+    } cases[] = {
+        {R"({"words": "0040 3FFF"}, )" + zeros + R"({"words": " 0000  7aa5 "})", {}},
+        {R"("4000 ff3f", )" + zeros + R"("0000 a57a")", {}},
+        {R"("4000 ff3f", )" + zeros + R"("0000 a5a5")", {}},
+        {R"("4000 ff3f", )" + zeros + R"("0000 00")", {}},
+        {R"("4000 ff3f", )" + zeros + R"("0000 7aa5")",
+         {"/dev/sda: the bytes of IDENTIFY data seem to be exchanged in each word: the signature a5 of its checksum is "
+          "in "
+          "byte 511, expected in byte 510"}},
+    };
+    for (const auto& c : cases) {
+        const auto machine =
+            sys::parseMachine(R"({"nodes": {"/dev/sda": {"identify": ["EIO", {"data": [)" + c.data + "]}]}}}", "");
+        EXPECT_EQ(sys::doubtsAbout(machine), c.doubts) << c.data;
+        const sys::bytes& data = machine.nodes.at("/dev/sda").identify.all()[1].data;
+        EXPECT_EQ(sys::bytes(data.begin(), data.begin() + 4), (sys::bytes{0x40, 0, 0xFF, 0x3F}));
+    }
 }

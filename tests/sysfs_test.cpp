@@ -94,7 +94,7 @@ TEST(Sysfs, TellsWhatTheKernelKnowsOfADevice) {
          "/dev/sg7",
          "",
          "",
-         {{"type", "32\n"}, {"block/sda/size", "18446744073709551616\n"}},
+         {{"type", "32\n"}, {"block/sda/size", "18014398509481984\n"}},
          "name=sda|address=2:0:1:4"},
         {"no numbers", "/dev/sg7", "", "", {{"type", "-1\n"}, {"block/sda/size", "8 \n8"}}, "name=sda|address=2:0:1:4"},
         {"a node of the IDE driver",
