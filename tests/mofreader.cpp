@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <iomanip>
-#include <regex>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 using nlohmann::json;
 
@@ -20,6 +21,11 @@ void require(bool holds, const std::string& otherwise) {
 
 bool startsWith(const std::string& line, const char* beginning) { return line.rfind(beginning, 0) == 0; }
 
+std::vector<std::string> wordsOf(const std::string& line) {
+    std::istringstream words(line);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
 /// Reads a document line by line.
 class reader {
 public:
@@ -29,11 +35,10 @@ public:
     }
 
     document read() {
-        const std::regex beginning("instance of (\\w+) as (\\$\\w+)");
         for (std::string line; std::getline(lines_, line);) {
-            std::smatch names;
-            if (std::regex_match(line, names, beginning))
-                readInstance(names[1], names[2]);
+            const auto words = wordsOf(line); // instance of CLASS as ALIAS
+            if (words.size() == 5 && words[0] == "instance")
+                readInstance(words[2], words[4]);
             else if (read_.instances.empty())
                 readDeclaration(line);
             else
@@ -44,21 +49,20 @@ public:
 
 private:
     void readDeclaration(const std::string& line) {
-        static const std::regex beginning("class (\\w+)(?: : (\\w+))?"),
-            property("    \\w+ (?:REF )?(\\w+)(?:\\[\\])?;");
-        std::smatch names;
-        if (startsWith(line, "    ["))
-            isKey_ = startsWith(line, "    [Key, ");
-        if (std::regex_match(line, names, beginning)) {
-            declared_ = names[1];
-            if (names[2].matched) {
-                read_.classes[declared_] = read_.classes.at(names[2]);
-                keys_[declared_] = keys_.at(names[2]);
+        const auto words = wordsOf(line);
+        if (startsWith(line, "class ")) {
+            declared_ = words.at(1);
+            if (words.size() == 4) { // class NAME : BASE
+                read_.classes[declared_] = read_.classes.at(words[3]);
+                keys_[declared_] = keys_.at(words[3]);
             }
-        } else if (std::regex_match(line, names, property)) {
-            read_.classes[declared_].insert(names[1]);
+        } else if (startsWith(line, "    [")) {
+            isKey_ = startsWith(line, "    [Key, ");
+        } else if (startsWith(line, "    ") && line.back() == ';') {
+            const std::string name = words.back().substr(0, words.back().find_first_of("[;"));
+            read_.classes[declared_].insert(name);
             if (isKey_)
-                keys_[declared_].insert(names[1]);
+                keys_[declared_].insert(name);
         }
     }
 
