@@ -177,7 +177,7 @@ void checkOutput(const pluginRun& run) {
         result.queries[0].classes.emplace_back(declaration.name);
     const std::string asJson = written(inventory::writeJson, result), asMof = written(inventory::writeMof, result);
     std::ostringstream asTable;
-    inventory::writeTable(result, {true, 80}, asTable);
+    inventory::writeTable(result, {true, 80, false}, asTable);
     const std::string all = asJson + asMof + asTable.str();
     fuzz::require(std::all_of(all.begin(), all.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
                   "no output drives a terminal");
