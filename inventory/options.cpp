@@ -50,7 +50,7 @@ void describeOutput(CLI::App& app, runOptions& options) {
         ->option_text("FORMAT")
         ->check(CLI::IsMember(formats));
     addFile(app, "--output", options.outputFile, "Write the whole document into this file, or nothing");
-    addFlag(app, "--tree", options.tree, "Show the devices by adapter, channel, target and LUN");
+    addFlag(app, "--tree", options.tree, "Show these lines by adapter, channel, target and LUN");
     addFlag(app, "--all-properties", options.allProperties, "Show tables by class, and below each all properties");
     app.add_option("--log-level", options.logLevel,
                    "Print log messages up to this level on standard error:\n"
@@ -94,8 +94,8 @@ void describe(CLI::App& app, commandLine& line, std::vector<std::string>& querie
     app.set_help_flag("-h,--help", "Print this help");
     auto* const query = app.add_option("QUERY", queries,
                                        "Class names with commas between them, in any case: one query\n"
-                                       "for these classes in this order. Default: one query for each\n"
-                                       "class, devices first, then their firmware")
+                                       "for these classes, by the rules of the first. Default: one\n"
+                                       "query for each class; a table then has one line a device")
                             ->option_text("TEXT ...");
     describeOutput(app, line.options);
     describeMachine(app, line.options);
@@ -116,8 +116,9 @@ void describe(CLI::App& app, commandLine& line, std::vector<std::string>& querie
         ->excludes(query);
     app.footer("Short names of classes:\n" + shortNameLines() +
                "\nExamples:\n"
-               "  scsidev-inventory scsi tape\n"
-               "  scsidev-inventory --machine machines/rack-server.json --format json");
+               "  sudo scsidev-inventory scsi tape\n"
+               "  scsidev-inventory --machine " +
+               exampleMachineFile());
 }
 
 /// Refuses a value for a flag, some of which the parser takes: --force=true, --force=false.
@@ -162,8 +163,7 @@ void checkTogether(const runOptions& options) {
 commandLine parse(int argc, const char* const* argv) {
     commandLine result;
     std::vector<std::string> queries;
-    CLI::App app("Shows the SCSI, ATA and optical devices of a machine and their firmware as CIM instances.",
-                 "scsidev-inventory");
+    CLI::App app("Shows the SCSI, ATA and optical devices of a machine and their firmware.", "scsidev-inventory");
     describe(app, result, queries);
     try {
         refuseFlagValues(app, {argv + 1, argv + argc});
