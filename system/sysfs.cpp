@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdio>
+#include <charconv>
 #include <filesystem>
 #include <map>
 #include <string_view>
@@ -65,13 +65,22 @@ std::string serialNumberOfPage(const std::string& page) {
     return sysfsDirectory::trimmed(page.substr(header, static_cast<std::size_t>(length)));
 }
 
+/// The number in a text such as "8:16"; 0 for anything else.
+dev_t deviceNumberIn(const std::string& text) {
+    unsigned major = 0, minor = 0;
+    const char* const end = text.data() + text.size();
+    const auto [colon, error] = std::from_chars(text.data(), end, major);
+    if (error != std::errc() || colon == end || std::from_chars(colon + 1, end, minor).ec != std::errc())
+        return 0;
+    return makedev(major, minor);
+}
+
 /// The serial number by the device manager. `node` is the directory of a device's node.
 std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& node) {
-    unsigned major = 0, minor = 0;
-    if (!hasUdev() || std::sscanf(device.contentOf(node + "/dev").c_str(), "%u:%u", &major, &minor) != 2)
+    const dev_t number = hasUdev() ? deviceNumberIn(device.contentOf(node + "/dev")) : 0;
+    if (number == 0)
         return "";
-    const char kind = isBlockDevice(node) ? 'b' : 'c';
-    return udevSerialNumber(kind, makedev(major, minor)).substr(0, kernelWords::longestText);
+    return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number).substr(0, kernelWords::longestText);
 }
 
 /// Adds what the directory of a device's node tells.

@@ -53,10 +53,11 @@ def readNode(tools, listed, scanned, plans, kernelNames):
     return node
 
 
-# What lsblk says of block devices, by address: name and WWN, such as "0x3000000000000000".
+# What lsblk says of block devices, by address: name, WWN, such as "0x3000000000000000", serial number and size.
 def readBlocks(tools):
-    lines = [re.fullmatch(r'NAME="(.*)" HCTL="(.*)" WWN="(.*)"', line).groups() for line in linesOf(tools / "lsblk")]
-    return {address: (name, wwn) for name, address, wwn in lines if address}
+    form = re.compile(r'NAME="(.*)" HCTL="(.*)" WWN="(.*)" SERIAL="(.*)" SIZE="(.*)"')
+    lines = [form.fullmatch(line).groups() for line in linesOf(tools / "lsblk")]
+    return {address: (name, *told) for name, address, *told in lines if address}
 
 
 # By address, the names of a device's nodes and its wwid, "" where it has none. Of block devices lsblk has to agree.
@@ -66,7 +67,7 @@ def readKernelNames(tools):
     for line in linesOf(tools / "lsscsi-wwid"):
         address, wwid, path = re.fullmatch(r"\[(\S+)\] +\S+ +(\S.*?) +(\S+) *", line).groups()
         name = path.removeprefix("/dev/")
-        block, wwn = blocks.get(address, (name, ""))
+        block, wwn, *_ = blocks.get(address, (name, ""))
         if block != name or (address in blocks) != name.startswith(("sd", "sr")) or (
                 wwn and wwid != "naa." + wwn.removeprefix("0x")):
             raise ValueError(f"lsscsi says {line}, lsblk {blocks.get(address)}")

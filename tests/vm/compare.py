@@ -16,7 +16,7 @@ from pathlib import Path
 
 import expected
 import replay
-from answers import inventoryLines, linesOf, readAnswers
+from answers import inventoryLines, linesOf, readAnswers, readBlocks
 from collector import nodesLookedAt
 from syscalls import seenCalls
 
@@ -55,8 +55,21 @@ def compareInventory(results, answers, programs):
     document, log, _ = expected.run(answers, ("KORVA_SCSIDevice", "KORVA_ATADevice", "KORVA_CDVDDevice"),
                                     virtualEntries(results, 0), virtualEntries(results, 1))
     yield from compareRun(program, "virtual", document, log, beyond=beyond)
+    yield from compareKernelWords(results, answers)
     yield from replay.compareReplay(programs, program, "traced")
     yield from replay.compareTools(programs, results, answers)
+
+
+# The run that came when udev had asked the devices, as lsblk did.
+def compareKernelWords(results, answers):
+    devices = json.loads((results / "program/settled.json").read_text())["devices"]
+    walked = {"{port}:{bus}:{target}:{lun}".format(**vars(node)) for node in answers.nodes[:nodesLookedAt]}
+    known = [device["kernel"] for device in devices if "size" in device.get("kernel", {})]
+    found = {words.get("address"): (words.get("serial", ""), str(words["size"])) for words in known}
+    wanted = {address: told[2:] for address, told in readBlocks(results / "tools").items()}
+    yield ("address, serial number and size as lsblk has them",
+           *(sorted(f"{address} {told}" for address, told in side.items() if address in walked)
+             for side in (wanted, found)))
 
 
 def compareFaults(results, answers, programs):
