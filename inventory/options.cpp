@@ -185,7 +185,15 @@ commandLine parse(int argc, const char* const* argv) {
 }
 
 /// The directory of this program.
-std::filesystem::path programDirectory() { return std::filesystem::read_symlink("/proc/self/exe").parent_path(); }
+std::filesystem::path programDirectory() {
+    constexpr const char* self = "/proc/self/exe";
+    std::error_code failure;
+    const auto program = std::filesystem::read_symlink(self, failure);
+    if (failure)
+        throw std::runtime_error(std::string(self) + ": cannot be read: " + failure.message() +
+                                 ", expected the path of this program");
+    return program.parent_path();
+}
 
 /// The file where it is installed, or else where it is in a build or in the repository.
 std::string installedOr(const std::filesystem::path& installed, const std::filesystem::path& otherwise) {

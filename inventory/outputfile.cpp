@@ -13,6 +13,7 @@
 #include <random>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace inventory {
 
@@ -99,10 +100,11 @@ mode_t handOnAccess(const std::string& path, const struct stat& before, int made
     const mode_t mode = before.st_mode & 0777;
     const bool keepsGroup =
         ::fchown(made, before.st_uid, before.st_gid) == 0 || ::fchown(made, static_cast<uid_t>(-1), before.st_gid) == 0;
-    char list[XATTR_SIZE_MAX];
-    const ssize_t size = ::lgetxattr(path.c_str(), listName, list, sizeof list);
+    std::vector<char> list(XATTR_SIZE_MAX); // as large as a small stack
+    const ssize_t size = ::lgetxattr(path.c_str(), listName, list.data(), list.size());
     if (size != -1 || !isAbsent()) {
-        const bool keepsList = size != -1 && ::fsetxattr(made, listName, list, static_cast<std::size_t>(size), 0) == 0;
+        const bool keepsList =
+            size != -1 && ::fsetxattr(made, listName, list.data(), static_cast<std::size_t>(size), 0) == 0;
         return keepsGroup && keepsList ? mode : mode & S_IRWXU;
     }
     if (::fremovexattr(made, listName) != 0 && !isAbsent()) // the directory may have given it one

@@ -10,7 +10,6 @@
 #include "minihost/pluginlibrary.h"
 #include "text/forms.h"
 
-#include <new>
 #include <optional>
 #include <stdexcept>
 
@@ -96,8 +95,6 @@ std::string run(const runOptions& options, minihost::memoryNamespace& ns, runRes
         runQueries(options, *machine, ns, log, result);
         if (file)
             recorded = file->write(machine->recorded());
-    } catch (const std::bad_alloc&) {
-        result.error = "out of memory";
     } catch (...) {
         result.error = minihost::whatWasThrown();
     }

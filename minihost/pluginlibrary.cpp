@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 
+#include <new>
 #include <stdexcept>
 
 namespace minihost {
@@ -40,6 +41,8 @@ NHALDEN20::IPluginCallbacks* onlyPlugin(const std::string& name) {
 std::string whatWasThrown() {
     try {
         throw;
+    } catch (const std::bad_alloc&) {
+        return "out of memory";
     } catch (const std::exception& failure) {
         return failure.what();
     } catch (...) {

@@ -359,7 +359,7 @@ std::vector<std::string> doubtsAbout(const machineAnswers& machine) {
 std::optional<std::string> contentUpTo(const std::string& path, std::size_t most) {
     std::ifstream file(path, std::ios::binary);
     std::string content;
-    char block[65536];
+    char block[4096]; // small: a stack can be, too
     while (content.size() <= most && (file.read(block, sizeof block) || file.gcount() > 0))
         content.append(block, static_cast<std::size_t>(file.gcount()));
     if (!file.is_open() || file.bad())

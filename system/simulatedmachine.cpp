@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <utility>
 
 namespace sys {
 
@@ -45,9 +46,11 @@ int simulatedMachine::open(const char* path, int flags, mode_t mode) {
     auto& outcomes = found->second.open;
     if (const int error = outcomes.empty() ? 0 : outcomes.next().error)
         return fail(error);
-    const int fd = newDescriptor();
+    decltype(open_) opened{{-1, &*found}}; // before there is a descriptor, which would be lost where memory ends
+    auto entry = opened.extract(opened.begin());
+    const int fd = entry.key() = newDescriptor();
     if (fd >= 0)
-        open_[fd] = &*found;
+        open_.insert(std::move(entry));
     return fd;
 }
 

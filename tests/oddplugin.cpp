@@ -1,6 +1,6 @@
 // A plug-in that does what ODD_PLUGIN says: "load", "init" and "query" throw at that step ("query" after the first
-// instance), "number" throws a number in Init, "terminate" sends SIGTERM to the process in a query, "drift" sets
-// properties that the class does not declare, and "nothing" registers no plug-in, "twice" two.
+// instance), "number" and "memory" throw something else in Init, "terminate" sends SIGTERM to the process in a query,
+// "drift" sets properties that the class does not declare, and "nothing" registers no plug-in, "twice" two.
 
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
@@ -45,6 +45,8 @@ public:
         failAt("init");
         if (oddity() == "number")
             throw 7;
+        if (oddity() == "memory")
+            throw std::bad_alloc();
     }
     void DeInit() override {}
     void GetData(boost::shared_ptr<ICIMNamespace> /*ns*/,

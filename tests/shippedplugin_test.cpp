@@ -10,6 +10,8 @@ TEST_F(ShippedPlugin, TakesALargeFileBuildOfThePlugin) {
     EXPECT_THAT(output, HasSubstr(" open64@"));
     run("% --format json --plugin " + largeFilePlugin + onRackServer);
     EXPECT_EQ(output, contentOf(expected + "rack-server.json"));
+    run("ulimit -s 64; % --format json" + onRackServer);
+    EXPECT_EQ(output, contentOf(expected + "rack-server.json")) << "where the stack is small";
     run("% --plugin " + largeFilePlugin + "--machine " + fileWith(R"({"nodes": {"/dev/sg0": {"open": "EACCES"}}})"), 3);
     EXPECT_THAT(errors, HasSubstr("1 of 1 device node could not be opened")) << "the program watches open64 too";
 }

@@ -65,6 +65,7 @@ TEST_F(Usage, SaysInOneLineWhyARunFailed) {
         {"ODD_PLUGIN=load %" + oddPlugin, "scsidev-inventory: odd \\x1b[2J load\n"},
         {"ODD_PLUGIN=init %" + oddPlugin, "Init failed: odd \\x1b[2J init"},
         {"ODD_PLUGIN=number %" + oddPlugin, "Init failed: an exception of an unknown type"},
+        {"ODD_PLUGIN=memory %" + oddPlugin, "Init failed: out of memory"},
         {"% --version >/dev/full", "standard output cannot be written: No space left on device"},
         {"% --format json >/dev/full" + onEmptyMachine, "No space left on device"},
         {"TMPDIR=/nonexistent % ", "cannot make a temporary directory: No such file or directory"},
