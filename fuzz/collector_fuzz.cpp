@@ -85,7 +85,7 @@ std::string written(void write(const inventory::runResult&, std::ostream&), cons
 class pluginRun {
 public:
     explicit pluginRun(const sys::machineAnswers& machine)
-        : simulated_(machine), services_(simulated_), recorded_(services_) {
+        : simulated_(machine), services_(simulated_), recorded_(services_), watched_(recorded_) {
         auto& registered = minihost::registeredPlugins();
         for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
@@ -116,7 +116,7 @@ public:
         TScsidevPluginCallbacks::classList requested;
         for (const auto& name : classNames)
             requested.push_back(ns_.memoryNamespace::GetClass(name, {}));
-        const sys::machineInUse inUse(recorded_);
+        const sys::machineInUse inUse(watched_);
         takeLog();
         plugin_->GetData(ns_.handle(), requested);
         requireClosedNodes();
@@ -139,6 +139,13 @@ public:
         return log_.str() + written(inventory::writeJson, result(first));
     }
 
+    /// All of it, with the devices.
+    inventory::runResult wholeResult() {
+        inventory::runResult whole = result();
+        whole.devices = inventory::devicesOf(watched_, watched_, passLog_, instances(), sys::kernelDetail::all);
+        return whole;
+    }
+
     void forgetLog() { log_.str(""); }
 
     void requireClosedNodes() const { fuzz::require(simulated_.openDescriptors() == 0, "every node is closed again"); }
@@ -159,26 +166,32 @@ private:
         minihost::setLogSink([this](int level, const std::string& text) {
             fault.count();
             log_ << level << ' ' << text << '\n';
+            passLog_.take(level, text, watched_);
         });
     }
 
     sys::simulatedMachine simulated_;
     faultyServices services_;
     sys::recordedMachine recorded_;
+    sys::watchedMachine watched_;
+    inventory::passLog passLog_;
     faultyNamespace ns_;
     std::ostringstream log_;
     TScsidevPluginCallbacks* plugin_;
 };
 
 /// Requires that nothing that is printed of a run drives a terminal, and that MOF says the same as JSON.
-void checkOutput(const pluginRun& run) {
-    inventory::runResult result = run.result();
+void checkOutput(pluginRun& run) {
+    inventory::runResult result = run.wholeResult();
     for (const auto& declaration : minihost::classTable())
         result.queries[0].classes.emplace_back(declaration.name);
     const std::string asJson = written(inventory::writeJson, result), asMof = written(inventory::writeMof, result);
-    std::ostringstream asTable;
-    inventory::writeTable(result, {true, 80, false}, asTable);
-    const std::string all = asJson + asMof + asTable.str();
+    const inventory::tableStyle style{true, 80, false};
+    std::ostringstream tables;
+    inventory::writeTable(result, style, tables);
+    inventory::writeOverview(result, style, tables);
+    inventory::writeTree(result, style, tables);
+    const std::string all = asJson + asMof + written(inventory::writePrometheus, result) + tables.str();
     fuzz::require(std::all_of(all.begin(), all.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
                   "no output drives a terminal");
     const auto instances = mof::instancesOf(nlohmann::json::parse(asJson));

@@ -17,7 +17,7 @@ from pathlib import Path
 import expected
 import replay
 from answers import inventoryLines, linesOf, readAnswers, readBlocks
-from collector import nodesLookedAt
+from collector import diskAskedFor, nodesLookedAt
 from syscalls import seenCalls
 
 
@@ -29,16 +29,28 @@ def tellingLines(log):
     return [match[1] for match in map(told.fullmatch, linesOf(log)) if match]
 
 
+# The ATA disks that are asked for their own words at another disk's node, and that node.
+def mistakenNodes(answers):
+    return [{"node": node.path, "asked": asked} for node in answers.nodes[:nodesLookedAt] if node.vendor == "ATA"
+            for asked in [diskAskedFor(node)] if asked in answers.identify and asked != node.block]
+
+
+def asLines(value):
+    return json.dumps(value, indent=2).splitlines()
+
+
 # This and the following functions yield comparisons: of what, the lines wanted, the lines found.
-def compareRun(program, name, document, log, silent=(), beyond=()):
-    yield f"{name}: exit status", ["3" if silent or beyond else "0"], linesOf(program / f"{name}.status")
+def compareRun(program, name, document, log, nodes, beyond=()):
+    isComplete = not (nodes["silent"] or nodes["mistaken"] or beyond)
+    found = json.loads((program / f"{name}.json").read_text())["nodes"]
+    yield f"{name}: exit status", ["0" if isComplete else "3"], linesOf(program / f"{name}.status")
     yield f"{name}: what the log tells", log, tellingLines(program / f"{name}.log")
-    yield f"{name}: silent nodes", list(silent), json.loads((program / f"{name}.json").read_text())["nodes"]["silent"]
-    yield f"{name}: document", json.dumps(document, indent=2).splitlines(), inventoryLines(program / f"{name}.json")
+    yield f"{name}: nodes", asLines(nodes), asLines({kind: found[kind] for kind in nodes})
+    yield f"{name}: document", asLines(document), inventoryLines(program / f"{name}.json")
 
 
-def compareTraced(program, document, log, calls, silent=(), beyond=()):
-    yield from compareRun(program, "traced", document, log, silent, beyond)
+def compareTraced(program, document, log, calls, nodes, beyond=()):
+    yield from compareRun(program, "traced", document, log, nodes, beyond)
     yield "system calls on device nodes", calls, seenCalls(program / "trace")
 
 
@@ -50,11 +62,12 @@ def compareInventory(results, answers, programs):
     program = results / "program"
     document, log, calls = expected.run(answers, expected.defaultQueries)
     beyond = answers.nodes[nodesLookedAt:]
-    yield from compareRun(program, "inventory", document, log, beyond=beyond)
-    yield from compareTraced(program, document, log, calls, beyond=beyond)
+    nodes = {"silent": [], "mistaken": mistakenNodes(answers)}
+    yield from compareRun(program, "inventory", document, log, nodes, beyond)
+    yield from compareTraced(program, document, log, calls, nodes, beyond)
     document, log, _ = expected.run(answers, ("KORVA_SCSIDevice", "KORVA_ATADevice", "KORVA_CDVDDevice"),
                                     virtualEntries(results, 0), virtualEntries(results, 1))
-    yield from compareRun(program, "virtual", document, log, beyond=beyond)
+    yield from compareRun(program, "virtual", document, log, nodes, beyond)
     yield from compareKernelWords(results, answers)
     yield from replay.compareReplay(programs, program, "traced")
     yield from replay.compareTools(programs, results, answers)
@@ -76,7 +89,8 @@ def compareFaults(results, answers, programs):
     program = results / "program"
     document, log, calls = expected.run(answers, ("KORVA_SCSIDevice",))
     shown = [instance["properties"]["DeviceID"] for instance in document["queries"][0]["instances"]]
-    yield from compareTraced(program, document, log, calls, [n.path for n in answers.nodes if n.path not in shown])
+    silent = [node.path for node in answers.nodes if node.path not in shown]
+    yield from compareTraced(program, document, log, calls, {"silent": silent, "mistaken": mistakenNodes(answers)})
     yield from replay.compareReplay(programs, program, "traced", "KORVA_SCSIDevice")
 
 
