@@ -34,6 +34,8 @@ askedMachine::askedMachine(const runOptions& options) {
         this_.emplace(options.virtualDevices);
     else
         simulated_.emplace(answersOf(options));
+    if (simulated_)
+        doubts_ = sys::doubtsAbout(simulated_->answers());
     sys::machine& asked = this_ ? static_cast<sys::machine&>(*this_) : *simulated_;
     const bool replays = options.queries.size() > 1 && !options.askAgain;
     if (replays || !options.recordFile.empty())

@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace inventory {
 
@@ -38,9 +39,12 @@ public:
     const openedNode& opened() const { return *outermost_; }
     sys::watchedMachine& watched() { return *watched_; }
     sys::recordedMachine& recorded() { return *recorded_; }
+    /// What is doubtful in the machine file.
+    const std::vector<std::string>& doubts() const { return doubts_; }
     unsigned secondsSkipped() const { return simulated_ ? simulated_->secondsSkipped() : 0; }
 
 private:
+    std::vector<std::string> doubts_;
     // From the machine itself to the outermost layer: each refers to those before it.
     std::optional<sys::thisMachine> this_;
     std::optional<sys::simulatedMachine> simulated_;

@@ -69,6 +69,8 @@ void runQueries(const runOptions& options, askedMachine& machine, minihost::memo
     result.machineName = machine.machine().hostName();
     minihost::setLogSink(showLog);
     minihost::setRemarkSink(showRemark);
+    for (const auto& doubt : machine.doubts())
+        showRemark(doubt);
     const scratchDirectory scratch(showRemark);
     machine.watched().onStep(showStep);
     showStep("loading the plug-in");

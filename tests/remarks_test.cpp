@@ -73,6 +73,8 @@ TEST_F(Remarks, SaysWhatItCouldNotSee) {
          0,
          "left out as virtual media: /dev/sg1 (named by --virtual-device)\n"
          "--virtual-device 0=x names nothing that is there\n--virtual-device 1=sr7 names nothing that is there\n"},
+        {"", R"({"modprobe": 1, "scsiDevices": false})", 0,
+         "[0] sg module is not loaded correctly\nno devices found on the simulated machine\n"},
         {"--ask-again scsi firmware associations", R"({"nodes": {
             "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0d00050200000000", {"text": "BOX", "size": 28}]}},
             "/dev/sg1": {"sgVersion": 30536, "inquiry": [{"data": ["0d00050200000000", {"text": "BOX", "size": 28}]},
