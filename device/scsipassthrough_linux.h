@@ -30,7 +30,7 @@ extern unsigned char deviceStatus_cmd[commandStorage]; ///< LOG SENSE, page 0x33
 /// Sends SCSI commands to an open node through SG_IO (scsi/sg.h) and keeps the last data and sense.
 ///
 /// At first, the part of the data buffer that an INQUIRY answer fills and the whole sense buffer are zeros, so that
-/// nobody reads bytes that nobody wrote. Nothing clears the buffers later: behind a short answer stands what was there
+/// nobody reads bytes that nobody wrote. Nothing clears the buffers later: behind a short answer is what was there
 /// before.
 class scsiPassThrough {
 public:

@@ -14,7 +14,7 @@ using text::escaped;
 
 namespace {
 
-/// How many blanks stand before the first column of a line, and before each other one.
+/// How many blanks are before the first column of a line, and before each other one.
 struct spacing {
     std::size_t before, between;
 };

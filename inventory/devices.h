@@ -32,7 +32,7 @@ const char* nameOf(deviceState state);
 enum class firmwareTie {
     notAskedFor, ///< no query of the run was for associations
     tied,
-    anothers, ///< in its place stands an association of another device
+    anothers, ///< only that of another device is
     none,
 };
 

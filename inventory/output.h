@@ -27,8 +27,8 @@ void writeTree(const runResult& result, const tableStyle& style, std::ostream& o
 /// Writes the table of optical drives, and a line for each that was left out. The overview ends with it.
 void writeOpticalDrives(const runResult& result, const tableStyle& style, std::ostream& output);
 
-/// Writes one JSON document (docs/json.md). Properties stand in the order in which they
-/// were first set; every byte of a text becomes the code point of the same number.
+/// Writes one JSON document (docs/json.md). Properties are in the order in which they were first set; every byte of a
+/// text becomes the code point of the same number.
 void writeJson(const runResult& result, std::ostream& output);
 
 /// Writes the JSON Schema (2020-12) of the documents that writeJson() writes: schema/inventory.schema.json. Members
@@ -38,7 +38,7 @@ void writeJsonSchema(std::ostream& output);
 /// Writes the declarations and the instances of a run as one MOF document that a CIM compiler takes whole.
 ///
 /// An object path names one instance: of instances with the same path the last is written. Each has an alias, such as
-/// $SCSIDevice1, and stands before the references to it, which use the alias; a reference to an instance that is not
+/// $SCSIDevice1, and comes before the references to it, which use the alias; a reference to an instance that is not
 /// written stays an object path in a text. Properties that were never set are left out. So is what a compiler would
 /// refuse, with a comment that says so: a property that its class does not declare, or declares with another type, and
 /// an instance that lacks a key or belongs to an abstract class. Every byte of a text becomes the code point of the

@@ -27,7 +27,7 @@ extern const std::string kContextName;   ///< "nspID"
 /// The collector: the one object that the host loads, registers and asks for data.
 ///
 /// The host owns it and calls one operation at a time. What Init and GetData gather stays until the object is
-/// deleted. Each operation's definition stands in the source file that is named for its job.
+/// deleted. Each operation's definition is in the source file that is named for its job.
 class TScsidevPluginCallbacks : public NHALDEN20::IPluginCallbacks, public NHALDEN20::IPluginBasicQueryCallbacks {
 public:
     using classList = std::vector<boost::shared_ptr<NHALDEN20::ICIMClass>>;
@@ -105,7 +105,7 @@ public:
     /// The parts of `text` between any of the characters of `separators`, empty parts left out.
     std::vector<std::string> SplitBySeperator(std::string text, std::string separators);
 
-    /// What stands behind the first colon of `text`; all of it when it has none.
+    /// What is behind the first colon of `text`; all of it when it has none.
     std::string ColonFilter(std::string text);
 
     // Placeholders that do nothing.
