@@ -72,6 +72,8 @@ void writePrometheus(const runResult& result, std::ostream& output) {
     };
     write("scsidev_collection_complete", "Whether the inventory is complete: 1, or 0 where something stayed unseen.",
           result.isComplete() ? 1 : 0);
+    write("scsidev_run_complete", "The same, whatever the devices that are listed answered.",
+          result.sawAllBesideDevices() ? 1 : 0);
     write("scsidev_nodes_present", "Device nodes that are there.", result.devices.size());
     nodes("scsidev_nodes_refused", "Device nodes that did not open.", deviceState::refused);
     nodes("scsidev_nodes_silent", "Device nodes that opened and did not identify themselves.", deviceState::silent);

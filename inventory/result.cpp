@@ -25,10 +25,14 @@ const device* runResult::deviceAt(const std::string& node) const {
     return found == devices.end() ? nullptr : &*found;
 }
 
-bool runResult::isComplete() const {
+bool runResult::sawAllBesideDevices() const {
     // A driver that nothing needs is not missed.
     const bool missesDriver = seen.driverStatus != 0 && seen.hasScsiDevices;
-    return !error && !seen.stepFailed && !missesDriver && seen.beyond.empty() && seen.unread.empty() &&
+    return !error && !seen.stepFailed && !missesDriver && seen.beyond.empty() && seen.unread.empty();
+}
+
+bool runResult::isComplete() const {
+    return sawAllBesideDevices() &&
            std::all_of(devices.begin(), devices.end(), [](const device& each) { return each.isTrue(); });
 }
 

@@ -76,7 +76,10 @@ struct runResult {
     /// The device at a node; null where there is none.
     const device* deviceAt(const std::string& node) const;
 
-    /// No query failed, no step of one did, and nothing that is there stayed unseen.
+    /// No query failed, no step of one did, and nothing but devices that are listed may have stayed unseen.
+    bool sawAllBesideDevices() const;
+
+    /// That, and each device is identified or left out on purpose.
     bool isComplete() const;
 
     exitStatus status() const { return error ? failedRun : isComplete() ? completeInventory : incompleteInventory; }
