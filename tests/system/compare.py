@@ -9,7 +9,7 @@ import urllib.request
 
 
 def output(*command):
-    return subprocess.run(command, capture_output=True, check=True, text=True).stdout
+    return subprocess.run(command, capture_output=True, text=True).stdout
 
 
 def devices(path):
@@ -48,7 +48,7 @@ def tools(document):
     for d in found:
         if d["state"] != "identified" or d["vendor"] == "ATA":
             continue
-        inquiry = output("sg_inq", d["node"])
+        inquiry = output("sg_inq", d["node"]) + output("sg_inq", "--page=sn", d["node"])
         for word in (d["vendor"], d["product"], d["revision"], d.get("serial", "")):
             if word not in inquiry:
                 differences.append((d["node"], word, inquiry))
