@@ -37,6 +37,11 @@ void addWords(const minihost::memoryInstance& instance, device& target) {
     target.address = addressOf(instance);
 }
 
+/// Are the kernel's words wanted in place of the plug-in's?
+bool lacksWords(const device& each) {
+    return each.state != deviceState::identified || each.classes.empty() || each.serial.empty() || each.address.empty();
+}
+
 class deviceList {
 public:
     deviceList(sys::machine& machine, const passLog& log) : machine_(machine), log_(log) {}
@@ -46,14 +51,16 @@ public:
             devices_.emplace_back().node = visit.path;
         if (!log_.endedAt().empty())
             addNotAsked();
-        addKernelWords(detail);
         for (const auto& instance : all) {
             if (isKindOf(instance->declaration(), busDeviceClass))
                 if (device* const owner = find(nodeOf(*instance)))
                     addWords(*instance, *owner);
         }
+        addKernelWords(detail, [](const device&) { return true; });
         for (std::size_t i = 0; i < visits.size(); ++i)
             judge(visits[i], devices_[i]);
+        if (detail == sys::kernelDetail::sizes)
+            addKernelWords(sys::kernelDetail::all, lacksWords);
         return std::move(devices_);
     }
 
@@ -80,10 +87,12 @@ private:
         }
     }
 
-    void addKernelWords(sys::kernelDetail detail) {
+    void addKernelWords(sys::kernelDetail detail, bool (*isMeant)(const device&)) {
         std::set<std::string> paths;
-        for (const auto& each : devices_)
-            paths.insert(each.node);
+        for (const auto& each : devices_) {
+            if (isMeant(each))
+                paths.insert(each.node);
+        }
         const auto known = machine_.kernelWordsOf(paths, detail);
         for (auto& each : devices_) {
             if (const auto found = known.find(each.node); found != known.end())

@@ -61,6 +61,13 @@ void addUnmatched(sys::machine& machine, sys::virtualDeviceKind kind, const std:
     }
 }
 
+/// What the output shows of the kernel's words.
+sys::kernelDetail detailFor(const runOptions& options) {
+    if (options.format == outputFormat::json || options.format == outputFormat::prometheus || options.tree)
+        return sys::kernelDetail::all;
+    return options.showsOverview() ? sys::kernelDetail::sizes : sys::kernelDetail::names;
+}
+
 } // namespace
 
 void survey(const runOptions& options, askedMachine& machine, const passLog& log, runResult& result) {
@@ -79,10 +86,7 @@ void survey(const runOptions& options, askedMachine& machine, const passLog& log
     seen.collected = machine.machine().collected();
     seen.secondsSkipped = machine.secondsSkipped();
 
-    const bool showsWords =
-        options.format == outputFormat::json || options.format == outputFormat::prometheus || options.showsOverview();
-    result.devices = devicesOf(machine.machine(), watched, log, result.allInstances(),
-                               showsWords ? sys::kernelDetail::all : sys::kernelDetail::names);
+    result.devices = devicesOf(machine.machine(), watched, log, result.allInstances(), detailFor(options));
     tieFirmware(result);
     seen.drivesLeftOut = log.excludedDrives();
     if (seen.walked)

@@ -130,8 +130,9 @@ void eachKernelText(KernelWords& known, Visit visit) {
     visit("serial", known.serial);
 }
 
-/// How much of it is wanted: all takes longer than the names.
-enum class kernelDetail { names, all };
+/// How much of it is wanted: the names; these and what there is for every device, size and type; or everything. Each
+/// takes longer than the one before.
+enum class kernelDetail { names, sizes, all };
 
 /// By the path of the node. A node of which the kernel knows nothing has no entry.
 using kernelWordMap = std::map<std::string, kernelWords>;

@@ -83,13 +83,11 @@ std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& 
     return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number).substr(0, kernelWords::longestText);
 }
 
-/// Adds what the directory of a device's node tells.
-void addNode(const sysfsDirectory& device, const std::string& node, kernelWords& known) {
+void addSize(const sysfsDirectory& device, const std::string& node, kernelWords& known) {
     constexpr std::int64_t sectorSize = 512; // bytes: the kernel's unit here, whatever sectors the device has
     const auto sectors = isBlockDevice(node) ? device.numberOf<std::int64_t>(node + "/size") : std::nullopt;
     if (sectors >= 0 && sectors <= kernelWords::largestSize / sectorSize)
         known.size = static_cast<std::uint64_t>(*sectors * sectorSize);
-    known.serial = udevSerialNumberOf(device, node);
 }
 
 /// Is it a PCI address, such as "0000:00:1f.2"? Its domain, in front, can have more digits.
@@ -135,6 +133,12 @@ public:
         for (const auto& node : nodes)
             known.names.push_back(node.substr(node.find('/') + 1));
         std::sort(known.names.begin(), known.names.end());
+        if (detail == kernelDetail::names)
+            return known;
+        if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
+            known.type = type;
+        if (!nodes.empty())
+            addSize(device, nodes.front(), known);
         if (detail == kernelDetail::all) {
             addPlace(place, known);
             addWords(device, nodes, known);
@@ -147,8 +151,10 @@ public:
         if (!sysfsDirectory(path_ + "block/" + name).isThere())
             return known;
         known.names = {name};
+        if (detail != kernelDetail::names)
+            addSize(sysfsDirectory(path_), "block/" + name, known);
         if (detail == kernelDetail::all)
-            addNode(sysfsDirectory(path_), "block/" + name, known);
+            known.serial = udevSerialNumberOf(sysfsDirectory(path_), "block/" + name);
         return known;
     }
 
@@ -156,10 +162,8 @@ private:
     static void addWords(const sysfsDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) {
         addInquiry(device.contentOf("inquiry"), known);
         known.wwid = device.textOf("wwid");
-        if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
-            known.type = type;
         if (!nodes.empty())
-            addNode(device, nodes.front(), known);
+            known.serial = udevSerialNumberOf(device, nodes.front());
         if (known.serial.empty())
             known.serial = serialNumberOfPage(device.contentOf("vpd_pg80"));
     }
