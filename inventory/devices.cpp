@@ -105,6 +105,8 @@ private:
             target.state = state;
             target.why = why;
         };
+        if (visit.inquired)
+            target.peripheralType = visit.peripheralByte & 0x1F;
         const auto excluded = log_.excluded().find(visit.path);
         const bool wasWritten = !target.classes.empty();
         if (visit.error != 0) {

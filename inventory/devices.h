@@ -6,7 +6,9 @@
 #include "system/watchedmachine.h"
 
 #include <cstddef>
+#include <initializer_list>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -40,11 +42,12 @@ enum class firmwareTie {
 struct device {
     std::string node;
     deviceState state = deviceState::identified;
-    std::string why;         ///< in words, where there is something to explain
-    std::string error;       ///< the name of the errno of a node that refused
-    std::string askedAt;     ///< of a mistaken device the node whose words it has
-    bool ownWords = true;    ///< false: INQUIRY's words are all that the plug-in got of an ATA disk
-    sys::kernelWords kernel; ///< what the kernel knows
+    std::string why;                   ///< in words, where there is something to explain
+    std::string error;                 ///< the name of the errno of a node that refused
+    std::string askedAt;               ///< of a mistaken device the node whose words it has
+    bool ownWords = true;              ///< false: INQUIRY's words are all that the plug-in got of an ATA disk
+    sys::kernelWords kernel;           ///< what the kernel knows
+    std::optional<int> peripheralType; ///< of INQUIRY, all five bits: the plug-in looks at four
     // The plug-in's words.
     std::string vendor, product, revision, serial, type;
     std::string address; ///< HOST:CHANNEL:TARGET:LUN
@@ -57,8 +60,8 @@ struct device {
 
 using instances = std::vector<boost::shared_ptr<minihost::memoryInstance>>;
 
-/// All devices of a machine, in the order of the walk. `all` are the instances of a run, `log` is its log. Where sizes are
-/// wanted of the kernel, it is asked for everything about the devices of which the plug-in has not got all words.
+/// All devices of a machine, in the order of the walk. `all` are the instances of a run, `log` is its log. Where sizes
+/// are wanted of the kernel, it is asked for everything about the devices of which the plug-in has not got all words.
 std::vector<device> devicesOf(sys::machine& machine, const sys::watchedMachine& watched, const passLog& log,
                               const instances& all, sys::kernelDetail detail);
 

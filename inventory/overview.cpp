@@ -43,9 +43,10 @@ std::string sizeOf(const device& each) {
     return text;
 }
 
-/// The plug-in reads four of a type's five bits. The kernel's own type comes beside its word where they differ.
+/// The plug-in reads four of a type's five bits. The type by all five comes beside its word where they differ.
 std::string typeOf(const device& each) {
-    const std::string kernels = each.kernel.type ? shortTypeName(*each.kernel.type) : "";
+    const auto& whole = each.kernel.type ? each.kernel.type : each.peripheralType;
+    const std::string kernels = whole ? shortTypeName(*whole) : "";
     return each.type.empty() || kernels.empty() || each.type == kernels ? either(each.type, kernels)
                                                                         : each.type + " (" + kernels + ')';
 }

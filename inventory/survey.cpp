@@ -78,12 +78,13 @@ void survey(const runOptions& options, askedMachine& machine, const passLog& log
         seen.beyond = nodesBeyond(machine.machine());
     const int driver = watched.driverStatus().value_or(0);
     seen.driverStatus = WIFEXITED(driver) ? WEXITSTATUS(driver) : -1;
-    seen.hasScsiDevices = machine.machine().hasScsiDevices();
+    seen.hasScsiDevices = driver == 0 || machine.machine().hasScsiDevices(); // asked only where it matters
     seen.stepFailed = log.failedOtherwise();
     seen.endedAt = log.endedAt();
     seen.endedBy = log.endedBy();
     seen.unread = watched.unread();
-    seen.collected = machine.machine().collected();
+    if (options.format == outputFormat::json)
+        seen.collected = machine.machine().collected();
     seen.secondsSkipped = machine.secondsSkipped();
 
     result.devices = devicesOf(machine.machine(), watched, log, result.allInstances(), detailFor(options));

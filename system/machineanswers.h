@@ -130,7 +130,7 @@ void eachKernelText(KernelWords& known, Visit visit) {
     visit("serial", known.serial);
 }
 
-/// How much of it is wanted: the names; these and what there is for every device, size and type; or everything. Each
+/// How much of it is wanted: the names; these and the size; or everything. Each
 /// takes longer than the one before.
 enum class kernelDetail { names, sizes, all };
 

@@ -33,10 +33,13 @@ bool isPlainTape(std::string_view node) {
 
 bool isBlockDevice(const std::string& node) { return boost::starts_with(node, "block/"); }
 
-/// The directories of a device's own nodes, such as "block/sda"; of optical drives as well as of disks.
+/// The directories of a device's own nodes, such as "block/sda"; of optical drives as well as of disks. A device has
+/// one driver beside that of the sg nodes, so its nodes are of one kind.
 std::vector<std::string> nodesOf(const sysfsDirectory& device) {
     std::vector<std::string> nodes;
     for (const std::string kind : {"block", "scsi_changer", "scsi_tape"}) {
+        if (!nodes.empty())
+            break;
         for (auto& node : device.entriesOf(kind)) {
             if (kind != "scsi_tape" || isPlainTape(node))
                 nodes.push_back(std::move(node));
@@ -135,8 +138,6 @@ public:
         std::sort(known.names.begin(), known.names.end());
         if (detail == kernelDetail::names)
             return known;
-        if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
-            known.type = type;
         if (!nodes.empty())
             addSize(device, nodes.front(), known);
         if (detail == kernelDetail::all) {
@@ -162,6 +163,8 @@ private:
     static void addWords(const sysfsDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) {
         addInquiry(device.contentOf("inquiry"), known);
         known.wwid = device.textOf("wwid");
+        if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
+            known.type = type;
         if (!nodes.empty())
             known.serial = udevSerialNumberOf(device, nodes.front());
         if (known.serial.empty())
