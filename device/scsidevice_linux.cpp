@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -78,7 +79,8 @@ int scsiDevice::initialize(std::string path, int index) {
 }
 
 bool scsiDevice::identifyScsi() {
-    scsiPassThrough passThrough;
+    const auto allocated = std::make_unique<scsiPassThrough>(); // 64 KiB: a host's thread can have a small stack
+    scsiPassThrough& passThrough = *allocated;
     if (passThrough.execSCSICommand(this, inquiry_cmd, inquiryCommandLength) != 0)
         return false;
     const inquiryView inquiry(passThrough.getRawBuffer());

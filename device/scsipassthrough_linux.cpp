@@ -103,9 +103,7 @@ void logFailure(const sg_io_hdr& header, const unsigned char* sense) {
 } // namespace
 
 // Clears only what an INQUIRY answer fills: clearing 64 KiB for each node would cost more than the rest of its probing.
-scsiPassThrough::scsiPassThrough() : dataBuffer(new unsigned char[dataBufferSize]) {
-    std::fill_n(dataBuffer.get(), inquiryView::answerSize, 0);
-}
+scsiPassThrough::scsiPassThrough() { std::fill_n(dataBuffer, inquiryView::answerSize, 0); } // NOLINT(*-member-init)
 
 int scsiPassThrough::execSCSICommand(scsiDevice* device, unsigned char* cdb, int cdbLength) {
     if (!offersSgIoAtSecondTry(device))
@@ -137,8 +135,8 @@ scsiPassThrough::attempt scsiPassThrough::sendOnce(int fd, unsigned char* cdb, i
     header.dxfer_direction = SG_DXFER_FROM_DEV;
     header.cmd_len = static_cast<unsigned char>(cdbLength);
     header.mx_sb_len = sizeof senseBuffer;
-    header.dxfer_len = cdb[0] == inquiryOpcode ? inquiryView::answerSize : dataBufferSize;
-    header.dxferp = dataBuffer.get();
+    header.dxfer_len = cdb[0] == inquiryOpcode ? inquiryView::answerSize : sizeof dataBuffer;
+    header.dxferp = dataBuffer;
     header.cmdp = cdb;
     header.sbp = senseBuffer;
     header.timeout = commandTimeout;

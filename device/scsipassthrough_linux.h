@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
-
 class scsiDevice;
 
 /// Room for each command descriptor block: ten bytes for six-byte commands too, because execSCSICommand may
@@ -46,7 +43,7 @@ public:
     /// 0: data is in the raw buffer; 1: the SG_IO request failed; -1: anything else. Failures are logged.
     int execSCSICommand(scsiDevice* device, unsigned char* cdb, int cdbLength);
 
-    unsigned char* getRawBuffer() { return dataBuffer.get(); }
+    unsigned char* getRawBuffer() { return dataBuffer; }
     unsigned char* getRawSense() { return senseBuffer; }
     unsigned char getSensekey() const { return senseBuffer[2]; } ///< whole byte; the key is in its low four bits
     unsigned char getASC() const { return senseBuffer[12]; }
@@ -57,7 +54,6 @@ private:
     attempt sendOnce(int fd, unsigned char* cdb, int cdbLength, bool emulated);
     bool awaitsRetry() const;
 
-    static constexpr std::size_t dataBufferSize = 65535;
-    std::unique_ptr<unsigned char[]> dataBuffer; // not on the stack: a host's thread can have a small one
-    unsigned char senseBuffer[32] = {};          // fixed format (SPC-4, 4.5.3)
+    unsigned char dataBuffer[65535];
+    unsigned char senseBuffer[32] = {}; // fixed format (SPC-4, 4.5.3)
 };

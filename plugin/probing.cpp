@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <sstream>
 
 namespace {
@@ -116,7 +117,8 @@ void TScsidevPluginCallbacks::collectData(std::string nodeBase, boost::shared_pt
 /// identity. A node that is not SCSI is sent the INQUIRY too, but its answer is ignored.
 bool TScsidevPluginCallbacks::collectScsiNode(scsiDevice& device, busDevice& record,
                                               boost::shared_ptr<NHALDEN20::ICIMNamespace> ns) {
-    scsiPassThrough passThrough;
+    const auto allocated = std::make_unique<scsiPassThrough>(); // 64 KiB: a host's thread can have a small stack
+    scsiPassThrough& passThrough = *allocated;
     if (passThrough.execSCSICommand(&device, inquiry_cmd, inquiryCommandLength) != 0 || record.busType != BusTypeScsi)
         return false;
     hostLog(progress, "SCSI Inquiry returned good...");
