@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <memory>
+#include <type_traits>
 
 namespace sys {
 
@@ -20,34 +21,42 @@ constexpr const char* serialProperties[] = {"SCSI_IDENT_SERIAL", "ID_SCSI_SERIAL
 /// of a run.
 class udevLibrary {
 public:
+    udevLibrary() {
+        find("udev_new", newContext_);
+        find("udev_unref", freeContext_);
+        find("udev_device_new_from_devnum", newDevice_);
+        find("udev_device_unref", freeDevice_);
+        find("udev_device_get_property_value", valueOf_);
+    }
+
     std::string propertyOf(char kind, dev_t number) const {
         if (!handle_)
             return "";
-        const std::unique_ptr<udev, decltype(unref_)> context(new_(), unref_);
-        const std::unique_ptr<udev_device, decltype(unrefDevice_)> device(deviceOf_(context.get(), kind, number),
-                                                                          unrefDevice_);
+        udev* const context = newContext_();
+        udev_device* const device = newDevice_(context, kind, number);
+        std::string found;
         for (const char* const name : serialProperties) {
-            const char* const value = device ? value_(device.get(), name) : nullptr;
+            const char* const value = device != nullptr && found.empty() ? valueOf_(device, name) : nullptr;
             if (value != nullptr)
-                return value;
+                found = value;
         }
-        return "";
+        freeDevice_(device); // both take null
+        freeContext_(context);
+        return found;
     }
 
 private:
     template <typename Function>
-    Function* function(const char* name) const {
-        return handle_ ? reinterpret_cast<Function*>(::dlsym(handle_.get(), name)) : nullptr;
+    void find(const char* name, Function*& target) const {
+        target = handle_ ? reinterpret_cast<Function*>(::dlsym(handle_.get(), name)) : nullptr;
     }
 
     std::unique_ptr<void, int (*)(void*)> handle_{::dlopen("libudev.so.1", RTLD_NOW), ::dlclose};
-    decltype(&::udev_new) new_ = function<decltype(::udev_new)>("udev_new");
-    decltype(&::udev_unref) unref_ = function<decltype(::udev_unref)>("udev_unref");
-    decltype(&::udev_device_new_from_devnum) deviceOf_ =
-        function<decltype(::udev_device_new_from_devnum)>("udev_device_new_from_devnum");
-    decltype(&::udev_device_unref) unrefDevice_ = function<decltype(::udev_device_unref)>("udev_device_unref");
-    decltype(&::udev_device_get_property_value) value_ =
-        function<decltype(::udev_device_get_property_value)>("udev_device_get_property_value");
+    std::add_pointer_t<decltype(udev_new)> newContext_ = nullptr;
+    std::add_pointer_t<decltype(udev_unref)> freeContext_ = nullptr;
+    std::add_pointer_t<decltype(udev_device_new_from_devnum)> newDevice_ = nullptr;
+    std::add_pointer_t<decltype(udev_device_unref)> freeDevice_ = nullptr;
+    std::add_pointer_t<decltype(udev_device_get_property_value)> valueOf_ = nullptr;
 };
 
 } // namespace
