@@ -158,11 +158,12 @@ void remarkOnQueries(const runResult& result, texts& remarks) {
     for (const auto& query : result.queries) {
         texts missing;
         for (const auto& name : query.classes) {
-            if (std::none_of(query.instances.begin(), query.instances.end(),
+            if (name != query.classes.front() &&
+                std::none_of(query.instances.begin(), query.instances.end(),
                              [&name](const auto& each) { return each->declaration().name == name; }))
                 missing.push_back(name);
         }
-        if (query.classes.size() > 1 && !missing.empty())
+        if (!missing.empty())
             remarks.push_back("a query follows the rules of its first class, " + query.classes.front() +
                               "; ask in queries of their own for " + shortList(missing));
     }
