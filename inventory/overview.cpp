@@ -36,8 +36,10 @@ std::string sizeOf(const device& each) {
     constexpr const char* units[] = {"B", "kB", "MB", "GB", "TB", "PB", "EB"};
     auto number = static_cast<double>(*each.kernel.size);
     std::size_t unit = 0;
-    for (; number >= 999.5; number /= 1000)
+    while (number >= 999.5) {
+        number /= 1000;
         ++unit;
+    }
     char text[32];
     std::snprintf(text, sizeof text, number < 9.95 && unit > 0 ? "%.1f %s" : "%.0f %s", number, units[unit]);
     return text;

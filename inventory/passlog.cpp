@@ -1,7 +1,5 @@
 #include "inventory/passlog.h"
 
-#include <boost/algorithm/string.hpp>
-
 #include <algorithm>
 
 namespace inventory {
@@ -23,19 +21,22 @@ constexpr unsigned char diskByte = 0, opticalDriveByte = 5; // whole peripheral 
 } // namespace
 
 void passLog::take(int level, const std::string& text, const sys::watchedMachine& watched) {
+    const auto begins = [&text](const std::string& words) {
+        return text.rfind(words, 0) == 0;
+    };
     if (level == failure)
         takeFailure(text, watched);
     else if (text == walkBegins[0] || text == walkBegins[1])
         walking_ = true;
     else if (text == walksEnd)
         walking_ = false;
-    else if (boost::starts_with(text, disk))
+    else if (begins(disk))
         excluded_.emplace(text.substr(disk.size()), "named by --virtual-device");
-    else if (boost::starts_with(text, drive)) {
+    else if (begins(drive)) {
         const std::string name = text.substr(drive.size());
         if (std::find(excludedDrives_.begin(), excludedDrives_.end(), name) == excludedDrives_.end())
             excludedDrives_.push_back(name);
-    } else if (boost::starts_with(text, usbProduct) && watched.isAsking()) {
+    } else if (begins(usbProduct) && watched.isAsking()) {
         const sys::visit& node = *watched.latest(); // a tape is not left out for its product
         if (node.peripheralByte == diskByte || node.peripheralByte == opticalDriveByte)
             excluded_.emplace(node.path, "like a USB device of product 0x4012");
