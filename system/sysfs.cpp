@@ -114,21 +114,20 @@ std::string pciAddressIn(const fs::path& path) {
 
 /// The directory of the device behind an sg node; "" where there is none. The class has links to
 /// DEVICE/scsi_generic/sg0; the way through such a link would take the kernel longer.
-std::string placeOf(const std::string& sgClass, const std::string& name) {
-    std::error_code error;
-    const std::string link = fs::read_symlink(sgClass + name, error).string();
+std::string placeOf(const std::string& path, const sysfsDirectory& sgClass, const std::string& name) {
+    const std::string link = sgClass.targetOf(name);
     const std::size_t end = link.rfind("/scsi_generic/");
-    return end == std::string::npos ? "" : sgClass + link.substr(0, end);
+    return end == std::string::npos ? "" : path + link.substr(0, end);
 }
 
 /// Tells what the kernel knows. Reads each host adapter once.
 class deviceClasses {
 public:
-    explicit deviceClasses(std::string path) : path_(std::move(path)) {}
+    explicit deviceClasses(const std::string& path) : path_(path), sgClass_(path + "scsi_generic/") {}
 
     kernelWords wordsOfSgNode(const std::string& name, kernelDetail detail) {
         kernelWords known;
-        const std::string place = placeOf(path_ + "scsi_generic/", name);
+        const std::string place = placeOf(path_ + "scsi_generic/", sgClass_, name);
         const sysfsDirectory device(place);
         if (!device.isThere())
             return known;
@@ -188,6 +187,7 @@ private:
     }
 
     std::string path_;
+    sysfsDirectory sgClass_;
     std::map<std::string, std::string> drivers_; // by host
 };
 

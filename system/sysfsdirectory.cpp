@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <memory>
 
 namespace sys {
@@ -29,6 +30,12 @@ std::string sysfsDirectory::contentOf(const std::string& file) const {
     const ssize_t size = ::read(fd, content, sizeof content); // the kernel gives all of it at once
     cLibrary::close(fd);
     return {content, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+}
+
+std::string sysfsDirectory::targetOf(const std::string& link) const {
+    char target[PATH_MAX];
+    const ssize_t size = ::readlinkat(fd_, link.c_str(), target, sizeof target);
+    return {target, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
 }
 
 std::string sysfsDirectory::trimmed(const std::string& text) {

@@ -35,6 +35,9 @@ public:
         return error == std::errc() && rest == text.data() + text.size() ? std::make_optional(number) : std::nullopt;
     }
 
+    /// What a symbolic link in it points to; "" where there is none.
+    std::string targetOf(const std::string& link) const;
+
     /// The names in one of its directories, each with that directory in front: "block/sda".
     std::vector<std::string> entriesOf(const std::string& directory) const;
 
