@@ -2,6 +2,7 @@
 
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
+#include "system/boundary.h"
 #include "text/forms.h"
 
 #include <nlohmann/json.hpp>
@@ -51,7 +52,8 @@ json instanceToJson(const minihost::memoryInstance& instance, const runResult& r
         properties[bytesAsCodePoints(name)] = std::visit(valueToJson(), value.Content().value);
     json members;
     members["class"] = instance.declaration().name;
-    const device* const owner = result.deviceAt(nodeOf(instance));
+    const std::string node = nodeOf(instance); // the path of an IDE node has the kernel's name already
+    const device* const owner = sys::sgNodeNumber(node) ? result.deviceAt(node) : nullptr;
     if (owner != nullptr && !(owner->kernel.names.empty() && owner->kernel.wwid.empty())) {
         members["kernel"]["names"] = textsToJson(owner->kernel.names);
         addText(members["kernel"], "wwid", owner->kernel.wwid);

@@ -78,8 +78,10 @@ def compareKernelWords(results, answers):
     devices = json.loads((results / "program/settled.json").read_text())["devices"]
     walked = {"{port}:{bus}:{target}:{lun}".format(**vars(node)) for node in answers.nodes[:nodesLookedAt]}
     known = [device["kernel"] for device in devices if "size" in device.get("kernel", {})]
-    found = {words.get("address"): (words.get("serial", ""), str(words["size"])) for words in known}
     wanted = {address: told[2:] for address, told in readBlocks(results / "tools").items()}
+    # Where udev has noted none, the kernel's own page is looked at, which lsblk does not do.
+    found = {address: (words.get("serial", "") if wanted.get(address, [""])[0] else "", str(words["size"]))
+             for words in known for address in [words.get("address")]}
     yield ("address, serial number and size as lsblk has them",
            *(sorted(f"{address} {told}" for address, told in side.items() if address in walked)
              for side in (wanted, found)))
