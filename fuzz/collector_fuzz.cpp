@@ -186,11 +186,11 @@ void checkOutput(pluginRun& run) {
     for (const auto& declaration : minihost::classTable())
         result.queries[0].classes.emplace_back(declaration.name);
     const std::string asJson = written(inventory::writeJson, result), asMof = written(inventory::writeMof, result);
-    const inventory::tableStyle style{true, 80, false};
+    const inventory::tableStyle style{true, 80, false, false}, tree{false, 80, false, true};
     std::ostringstream tables;
     inventory::writeTable(result, style, tables);
     inventory::writeOverview(result, style, tables);
-    inventory::writeTree(result, style, tables);
+    inventory::writeOverview(result, tree, tables);
     const std::string all = asJson + asMof + written(inventory::writePrometheus, result) + tables.str();
     fuzz::require(std::all_of(all.begin(), all.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
                   "no output drives a terminal");

@@ -36,23 +36,14 @@ firmwareTie tieOf(const std::string& node, const std::string& identity, const ti
 
 bool asksForAssociations(const queryResult& query) { return query.classes.front() == firmwareClass; }
 
-/// The class that a query for associations needs others to have collected before it.
-bool collects(const queryResult& query, bool (*isNeeded)(const minihost::classDeclaration&)) {
-    return std::any_of(query.classes.begin(), query.classes.end(), [isNeeded](const std::string& name) {
-        const auto* const declaration = minihost::findClass(name);
-        return declaration != nullptr && isNeeded(*declaration);
-    });
-}
-
-bool isDevice(const minihost::classDeclaration& declaration) { return isKindOf(declaration, busDeviceClass); }
-bool isFirmware(const minihost::classDeclaration& declaration) { return declaration.name == firmwareElementClass; }
-
 /// Did a query for associations come before those that it needs?
 bool asksTooEarly(const runResult& result) {
     bool hasDevices = false, hasFirmware = false;
     for (const auto& query : result.queries) {
-        hasDevices = hasDevices || collects(query, isDevice);
-        hasFirmware = hasFirmware || collects(query, isFirmware);
+        for (const auto& name : query.classes) {
+            hasDevices = hasDevices || isKindOf(*minihost::findClass(name), busDeviceClass);
+            hasFirmware = hasFirmware || name == firmwareElementClass;
+        }
         if (asksForAssociations(query) && query.instances.empty() && !(hasDevices && hasFirmware))
             return true;
     }
@@ -66,14 +57,14 @@ void tieFirmware(runResult& result) {
         return;
     const instances all = result.allInstances();
     const tieList ties = tiesOf(all);
+    std::map<std::string, std::string> identities; // by node
     for (const auto& instance : all) {
-        if (!isDevice(instance->declaration()))
-            continue;
-        const std::string node = nodeOf(*instance);
-        const auto owner = std::find_if(result.devices.begin(), result.devices.end(),
-                                        [&node](const device& each) { return each.node == node; });
-        if (owner != result.devices.end())
-            owner->firmware = tieOf(node, propertyOf(*instance, "OtherIdentifyingInfo"), ties);
+        if (isKindOf(instance->declaration(), busDeviceClass))
+            identities[nodeOf(*instance)] = propertyOf(*instance, "OtherIdentifyingInfo");
+    }
+    for (auto& each : result.devices) {
+        if (const auto found = identities.find(each.node); found != identities.end())
+            each.firmware = tieOf(each.node, found->second, ties);
     }
 }
 

@@ -33,13 +33,9 @@ void writeTables(const inventory::runResult& result, const inventory::runOptions
     const char* const noColour = std::getenv("NO_COLOR"); // https://no-color.org: set and not empty
     const inventory::tableStyle style{options.allProperties,
                                       onTerminal ? inventory::terminalWidth(STDOUT_FILENO) : inventory::usualWidth,
-                                      onTerminal && (noColour == nullptr || *noColour == '\0')};
-    if (!options.showsOverview())
-        inventory::writeTable(result, style, output);
-    else if (options.tree)
-        inventory::writeTree(result, style, output);
-    else
-        inventory::writeOverview(result, style, output);
+                                      onTerminal && (noColour == nullptr || *noColour == '\0'), options.tree};
+    options.showsOverview() ? inventory::writeOverview(result, style, output)
+                            : inventory::writeTable(result, style, output);
 }
 
 void writeDocument(const inventory::runResult& result, const inventory::runOptions& options, std::ostream& output) {

@@ -13,6 +13,7 @@ struct tableStyle {
     bool allProperties; ///< list every property of each instance below its table
     std::size_t width;  ///< characters of a line; longer lines get narrower gaps but are not cut
     bool inColour;      ///< marks and reasons
+    bool asTree;        ///< the overview, by adapter, channel, target and LUN
 };
 
 /// Writes a table for people: one for each class that a query asked for, with a heading and a count.
@@ -20,9 +21,6 @@ void writeTable(const runResult& result, const tableStyle& style, std::ostream& 
 
 /// Writes the overview: a line for each device, then the optical drives, then one that sums up.
 void writeOverview(const runResult& result, const tableStyle& style, std::ostream& output);
-
-/// Writes the same by adapter, channel, target and LUN.
-void writeTree(const runResult& result, const tableStyle& style, std::ostream& output);
 
 /// Writes the table of optical drives, and a line for each that was left out. The overview ends with it.
 void writeOpticalDrives(const runResult& result, const tableStyle& style, std::ostream& output);

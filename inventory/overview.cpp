@@ -64,6 +64,27 @@ std::string firmwareNote(const device& each) {
     }
 }
 
+/// "13 devices: 10 identified, 1 mistaken, 2 silent; 9 with firmware; not complete", as a line.
+std::string summary(const runResult& result) {
+    if (result.queries.empty()) // the run failed before it asked anything
+        return "";
+    if (result.devices.empty())
+        return "no devices\n";
+    std::string text = std::to_string(result.devices.size()) + (result.devices.size() == 1 ? " device" : " devices");
+    const char* before = ": ";
+    for (std::size_t i = 0; i < deviceStates; ++i) {
+        const auto state = static_cast<deviceState>(i);
+        if (const std::size_t count = countOf(result.devices, {state}); count > 0) {
+            text += before + std::to_string(count) + ' ' + nameOf(state);
+            before = ", ";
+        }
+    }
+    const auto tied = std::count_if(result.devices.begin(), result.devices.end(),
+                                    [](const device& each) { return each.firmware == firmwareTie::tied; });
+    return text + "; " + std::to_string(tied) + " with firmware; " +
+           (result.isComplete() ? "complete\n" : "not complete\n");
+}
+
 const std::vector<std::string> headings{"Node",   "Kernel", "Vendor", "Product", "Firmware",
                                         "Serial", "Size",   "Type",   "H:C:T:L"};
 
@@ -96,32 +117,15 @@ note overviewNote(const device& each, bool inColour) {
     return {each.why.empty() ? firmwareNote(each) : each.why, mild};
 }
 
-std::string summary(const runResult& result) {
-    if (result.queries.empty()) // the run failed before it asked anything
-        return "";
-    if (result.devices.empty())
-        return "no devices\n";
-    std::string text = std::to_string(result.devices.size()) + (result.devices.size() == 1 ? " device" : " devices");
-    const char* before = ": ";
-    for (std::size_t i = 0; i < deviceStates; ++i) {
-        const auto state = static_cast<deviceState>(i);
-        if (const std::size_t count = countOf(result.devices, {state}); count > 0) {
-            text += before + std::to_string(count) + ' ' + nameOf(state);
-            before = ", ";
-        }
-    }
-    const auto tied = std::count_if(result.devices.begin(), result.devices.end(),
-                                    [](const device& each) { return each.firmware == firmwareTie::tied; });
-    return text + "; " + std::to_string(tied) + " with firmware; " +
-           (result.isComplete() ? "complete\n" : "not complete\n");
-}
-
 void writeOverview(const runResult& result, const tableStyle& style, std::ostream& output) {
-    columns rows(headings);
-    for (const auto& each : result.devices)
-        rows.add(overviewRow(each), overviewNote(each, style.inColour));
-    if (!result.devices.empty())
+    if (style.asTree) {
+        writeTree(result, style.inColour, output);
+    } else if (!result.devices.empty()) {
+        columns rows(headings);
+        for (const auto& each : result.devices)
+            rows.add(overviewRow(each), overviewNote(each, style.inColour));
         rows.write(output, style.width);
+    }
     writeOpticalDrives(result, style, output);
     output << (result.devices.empty() ? "" : "\n") << summary(result);
 }

@@ -14,7 +14,7 @@ std::vector<std::string> overviewRow(const device& each);
 /// What has to be said of a device beside them.
 note overviewNote(const device& each, bool inColour);
 
-/// "13 devices: 10 identified, 1 mistaken, 2 silent; 9 with firmware; not complete", as a line.
-std::string summary(const runResult& result);
+/// Writes a line for each device, under lines for the adapter, the channel and the target that it is at.
+void writeTree(const runResult& result, bool inColour, std::ostream& output);
 
 } // namespace inventory

@@ -45,11 +45,9 @@ void passLog::take(int level, const std::string& text, const sys::watchedMachine
 
 /// An exception has left the nodes closed: it is about the node that was asked last.
 void passLog::takeFailure(const std::string& text, const sys::watchedMachine& watched) {
-    if (text == driverMissed) {
-        missedDriver_ = true;
+    if (text == driverMissed)
         return;
-    }
-    failedOtherwise_ = true;
+    failed_ = true;
     if (!walking_ || watched.latest() == nullptr || !endedAt_.empty())
         return;
     endedAt_ = watched.latest()->path;

@@ -26,15 +26,14 @@ public:
     /// Why, in words.
     const std::string& endedBy() const { return endedBy_; }
 
-    /// The driver of the sg nodes was missed, and something else failed.
-    bool missedDriver() const { return missedDriver_; }
-    bool failedOtherwise() const { return failedOtherwise_; }
+    /// Something else failed than loading the driver of the sg nodes.
+    bool failed() const { return failed_; }
 
 private:
     void takeFailure(const std::string& text, const sys::watchedMachine& watched);
 
     bool walking_ = false;
-    bool missedDriver_ = false, failedOtherwise_ = false;
+    bool failed_ = false;
     std::map<std::string, std::string> excluded_;
     std::vector<std::string> excludedDrives_;
     std::string endedAt_, endedBy_;

@@ -79,7 +79,7 @@ void survey(const runOptions& options, askedMachine& machine, const passLog& log
     const int driver = watched.driverStatus().value_or(0);
     seen.driverStatus = WIFEXITED(driver) ? WEXITSTATUS(driver) : -1;
     seen.hasScsiDevices = driver == 0 || machine.machine().hasScsiDevices(); // asked only where it matters
-    seen.stepFailed = log.failedOtherwise();
+    seen.stepFailed = log.failed();
     seen.endedAt = log.endedAt();
     seen.endedBy = log.endedBy();
     seen.unread = watched.unread();

@@ -27,13 +27,13 @@ namespace {
 using cellText = std::function<std::string(const memoryInstance&)>;
 
 struct column {
-    std::string heading;
+    const char* heading;
     cellText text;
 };
 
 /// How the instances of a class are shown.
 struct section {
-    std::string title;
+    const char* title;
     std::vector<column> columns;
 };
 
@@ -63,27 +63,34 @@ cellText abilityWords(std::vector<std::pair<const char*, const char*>> wordOfPro
     };
 }
 
-std::string deviceNode(const memoryInstance& association) {
-    return withoutDirectory(keyAt(association, "Dependent", "DeviceID"));
-}
-
-cellText keyOf(std::string_view endName, const char* name) {
-    return [endName, name](const memoryInstance& association) {
-        return keyAt(association, endName, name);
+cellText antecedent(const char* key) {
+    return [key](const memoryInstance& association) {
+        return keyAt(association, "Antecedent", key);
     };
 }
 
-using sectionTable = std::map<std::string_view, section>;
+std::string deviceNode(const memoryInstance& association) { return keyAt(association, "Dependent", "DeviceID"); }
 
-/// The sections of all classes. `kernelName` and `deviceName` need to know more than an instance.
-sectionTable sections(const cellText& kernelName, const cellText& deviceName) {
+/// The section of each class.
+std::map<std::string_view, section> sectionsFor(const runResult& result) {
+    const cellText kernelNames = [&result](const memoryInstance& instance) {
+        const auto* const known = result.deviceAt(nodeOf(instance));
+        return known == nullptr ? "" : boost::join(known->kernel.names, " ");
+    };
+    const auto isBlank = [](char c) {
+        return c == ' ';
+    };
+    const cellText deviceName = [&result, isBlank](const memoryInstance& association) {
+        const auto* const known = result.deviceAt(deviceNode(association));
+        return known == nullptr ? "" : boost::trim_copy_if(known->vendor + ' ' + known->product, isBlank);
+    };
     const std::vector<column> ideColumns{
         {"Node", node("Name")},        {"Vendor", property("VendorID")},  {"Product", property("ProductID")},
         {"Rev", property("Revision")}, {"Serial", property("serialNum")}, {"Type", typeOf},
         {"H:C:T:L", addressOf}};
     // The name of an IDE node is the kernel's own.
     std::vector<column> deviceColumns = ideColumns;
-    deviceColumns.insert(deviceColumns.begin() + 1, {"Kernel", kernelName});
+    deviceColumns.insert(deviceColumns.begin() + 1, {"Kernel", kernelNames});
     return {
         {busDeviceClass, {"Bus devices", deviceColumns}},
         {scsiDeviceClass, {"SCSI devices", deviceColumns}},
@@ -104,25 +111,14 @@ sectionTable sections(const cellText& kernelName, const cellText& deviceName) {
            {"Version", property("Version")}}}},
         {firmwareClass,
          {"Firmware of devices",
-          {{"Device", deviceNode},
+          {{"Device",
+            [](const auto& association) {
+                return withoutDirectory(deviceNode(association));
+            }},
            {"Name", deviceName},
-           {"Firmware", keyOf("Antecedent", "Version")},
-           {"Device identity", keyOf("Antecedent", "SoftwareElementId")}}}},
+           {"Firmware", antecedent("Version")},
+           {"Device identity", antecedent("SoftwareElementId")}}}},
     };
-}
-
-/// The columns of a class: those of its section, or else of the nearest superclass that has one, or else a column for
-/// each property.
-std::vector<column> columnsOf(const minihost::classDeclaration& declaration, const sectionTable& table) {
-    for (const auto* owner = &declaration; owner != nullptr; owner = minihost::findClass(owner->base)) {
-        const auto own = table.find(owner->name);
-        if (own != table.end())
-            return own->second.columns;
-    }
-    std::vector<column> plain;
-    for (const auto* declared : propertiesOf(declaration))
-        plain.push_back({std::string(declared->name), property(declared->name)});
-    return plain;
 }
 
 /// Writes every property that was set, in the order first set, as an indented line "NAME = VALUE": texts whole,
@@ -158,21 +154,20 @@ void writeRows(const instanceList& instances, const std::vector<column>& shown, 
     }
 }
 
-void writeSection(const std::string& className, const queryResult& query, const sectionTable& table,
-                  const tableStyle& style, std::ostream& output) {
+void writeSection(std::string_view className, const section& shown, const queryResult& query, const tableStyle& style,
+                  std::ostream& output) {
     instanceList instances;
     for (const auto& instance : query.instances) {
         if (instance->declaration().name == className)
             instances.push_back(instance.get());
     }
-    const std::string count = instances.empty() ? "none" : std::to_string(instances.size());
-    const auto own = table.find(className);
-    output << (own == table.end() ? className : own->second.title + " (" + className + ')') << ": " << count << '\n';
-    if (instances.empty())
-        return;
-    const std::vector<column> shown = columnsOf(instances.front()->declaration(), table);
-    if (!shown.empty())
-        writeRows(instances, shown, style, output);
+    output << shown.title << " (" << className << "): ";
+    if (instances.empty()) {
+        output << "none\n";
+    } else {
+        output << instances.size() << '\n';
+        writeRows(instances, shown.columns, style, output);
+    }
 }
 
 } // namespace
@@ -186,39 +181,23 @@ void writeOpticalDrives(const runResult& result, const tableStyle& style, std::o
     if (drives.instances.empty() && result.seen.drivesLeftOut.empty())
         return;
     output << (result.devices.empty() ? "" : "\n");
-    const cellText unknown = [](const memoryInstance& /*any*/) {
-        return "";
-    };
     if (!drives.instances.empty())
-        writeSection(opticalDriveClass, drives, sections(unknown, unknown), style, output);
+        writeSection(opticalDriveClass, sectionsFor(result).at(opticalDriveClass), drives, style, output);
     for (const auto& name : result.seen.drivesLeftOut)
         output << "  " << escaped(name) << "  excluded: named by --virtual-device\n";
 }
 
 void writeTable(const runResult& result, const tableStyle& style, std::ostream& output) {
-    std::map<std::string, std::string> deviceNames; // by DeviceID: the node is the device
-    const cellText kernelName = [&result](const memoryInstance& device) {
-        const auto* const known = result.deviceAt(nodeOf(device));
-        return known == nullptr ? "" : boost::join(known->kernel.names, " ");
-    };
-    const cellText deviceName = [&deviceNames](const memoryInstance& association) {
-        const auto found = deviceNames.find(keyAt(association, "Dependent", "DeviceID"));
-        return found == deviceNames.end() ? "" : found->second;
-    };
-    const sectionTable table = sections(kernelName, deviceName);
+    const auto sections = sectionsFor(result);
     const char* gap = "";
     for (const auto& query : result.queries) {
-        for (const auto& instance : query.instances) {
-            if (isKindOf(instance->declaration(), busDeviceClass))
-                deviceNames[propertyOf(*instance, "DeviceID")] = propertyOf(*instance, "ElementName");
-        }
         std::set<std::string> shown;
         for (const auto& className : query.classes) {
             if (!shown.insert(className).second)
                 continue;
             output << gap;
             gap = "\n";
-            writeSection(className, query, table, style, output);
+            writeSection(className, sections.at(className), query, style, output);
         }
     }
 }

@@ -7,8 +7,8 @@
 #include <boost/algorithm/string.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
+#include <utility>
 
 namespace inventory {
 
@@ -19,27 +19,20 @@ namespace {
 constexpr std::size_t addressParts = 4;
 constexpr const char* partNames[addressParts] = {"host ", "channel ", "target ", "lun "};
 
-struct leaf {
-    const device* owner;
-    std::vector<std::string> address; ///< host, channel, target and LUN; none where it is not known
-};
-
-std::vector<std::string> addressOfDevice(const device& each) {
-    const std::string& known = each.kernel.address.empty() ? each.address : each.kernel.address;
+/// Host, channel, target and LUN; none where they are not known.
+std::vector<std::string> partsOf(const device& each) {
     std::vector<std::string> parts;
-    boost::split(parts, known, [](char c) { return c == ':'; });
+    boost::split(parts, each.kernel.address.empty() ? each.address : each.kernel.address,
+                 [](char c) { return c == ':'; });
     return parts.size() == addressParts ? parts : std::vector<std::string>();
 }
 
-/// Numbers of more digits are greater.
-bool isBefore(const leaf& one, const leaf& other) {
-    const auto byNumber = [](const std::string& a, const std::string& b) {
-        return std::make_pair(a.size(), a) < std::make_pair(b.size(), b);
-    };
-    if (one.address.empty() || other.address.empty())
-        return one.address.size() > other.address.size();
-    return std::lexicographical_compare(one.address.begin(), one.address.end(), other.address.begin(),
-                                        other.address.end(), byNumber);
+/// By address, in which a number of more digits is the greater one. Devices without come last.
+auto placeOf(const device& each) {
+    std::vector<std::pair<std::size_t, std::string>> numbers;
+    for (const auto& part : partsOf(each))
+        numbers.emplace_back(part.size(), part);
+    return std::make_pair(numbers.empty(), numbers);
 }
 
 std::string lineOf(const device& each, bool inColour) {
@@ -50,42 +43,40 @@ std::string lineOf(const device& each, bool inColour) {
     return line + (after.text.empty() ? "" : "  " + coloured(after));
 }
 
-/// Writes the parts of the address in which this leaf differs from the one before, a line each but for the last.
-void writeBranch(const leaf& each, const std::vector<std::string>& before, std::ostream& output) {
+/// Writes the parts of the address in which the device differs from the one before, a line each but for the LUN.
+void writeBranch(const device& each, const std::vector<std::string>& address, const std::vector<std::string>& before,
+                 std::ostream& output) {
     bool differs = before.empty();
     for (std::size_t i = 0; i + 1 < addressParts; ++i) {
-        differs = differs || each.address[i] != before[i];
+        differs = differs || address[i] != before[i];
         if (!differs)
             continue;
-        output << std::string(2 * i, ' ') << partNames[i] << escaped(each.address[i]);
-        if (i == 0 && !each.owner->kernel.adapter.empty())
-            output << ": " << escaped(each.owner->kernel.adapter);
+        output << std::string(2 * i, ' ') << partNames[i] << escaped(address[i]);
+        if (i == 0 && !each.kernel.adapter.empty())
+            output << ": " << escaped(each.kernel.adapter);
         output << '\n';
     }
 }
 
 } // namespace
 
-void writeTree(const runResult& result, const tableStyle& style, std::ostream& output) {
-    std::vector<leaf> leaves;
-    for (const auto& each : result.devices)
-        leaves.push_back({&each, addressOfDevice(each)});
-    std::stable_sort(leaves.begin(), leaves.end(), isBefore);
+void writeTree(const runResult& result, bool inColour, std::ostream& output) {
+    std::vector<device> sorted = result.devices;
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const device& one, const device& other) { return placeOf(one) < placeOf(other); });
     std::vector<std::string> before;
-    bool isUnknown = false;
-    for (const auto& each : leaves) {
-        const bool known = !each.address.empty();
-        if (known)
-            writeBranch(each, before, output);
-        else if (!isUnknown)
-            output << "address unknown\n";
-        isUnknown = !known;
-        before = each.address;
-        output << (known ? std::string(6, ' ') + partNames[3] + escaped(each.address[3]) : "")
-               << lineOf(*each.owner, style.inColour) << '\n';
+    const char* unknown = "address unknown\n";
+    for (const auto& each : sorted) {
+        const auto address = partsOf(each);
+        if (address.empty()) {
+            output << std::exchange(unknown, "");
+        } else {
+            writeBranch(each, address, before, output);
+            output << std::string(2 * addressParts - 2, ' ') << partNames[addressParts - 1] << escaped(address.back());
+            before = address;
+        }
+        output << lineOf(each, inColour) << '\n';
     }
-    writeOpticalDrives(result, style, output);
-    output << (result.devices.empty() ? "" : "\n") << summary(result);
 }
 
 } // namespace inventory

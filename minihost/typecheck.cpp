@@ -12,20 +12,19 @@ using NHALDEN20::TCIMValue;
 
 namespace {
 
-bool areStrings(const std::vector<TCIMValue>& elements) {
-    return std::all_of(elements.begin(), elements.end(), [](const TCIMValue& element) {
-        return std::holds_alternative<std::string>(element.Content().value);
-    });
-}
+constexpr std::string_view typeNames[] = {"string", "uint16", "boolean", "string[]", "reference"}; // by cimType
 
 struct typeOfContent {
     std::string_view operator()(std::monostate /*empty*/) const { return "nothing"; }
-    std::string_view operator()(const std::string& /*text*/) const { return "string"; }
-    std::string_view operator()(bool /*flag*/) const { return "boolean"; }
-    std::string_view operator()(std::uint16_t /*number*/) const { return "uint16"; }
-    std::string_view operator()(const TCIMReference& /*reference*/) const { return "reference"; }
+    std::string_view operator()(const std::string& /*text*/) const { return nameOf(cimType::string); }
+    std::string_view operator()(bool /*flag*/) const { return nameOf(cimType::boolean); }
+    std::string_view operator()(std::uint16_t /*number*/) const { return nameOf(cimType::uint16); }
+    std::string_view operator()(const TCIMReference& /*reference*/) const { return nameOf(cimType::reference); }
     std::string_view operator()(const std::vector<TCIMValue>& elements) const {
-        return areStrings(elements) ? "string[]" : "array of other than strings";
+        const bool areStrings = std::all_of(elements.begin(), elements.end(), [](const TCIMValue& element) {
+            return std::holds_alternative<std::string>(element.Content().value);
+        });
+        return areStrings ? nameOf(cimType::stringArray) : "array of other than strings";
     }
 };
 
@@ -43,21 +42,7 @@ std::string typeText(std::string_view type, std::string_view referenced) {
 
 } // namespace
 
-std::string_view nameOf(cimType type) {
-    switch (type) {
-    case cimType::string:
-        return "string";
-    case cimType::uint16:
-        return "uint16";
-    case cimType::boolean:
-        return "boolean";
-    case cimType::stringArray:
-        return "string[]";
-    case cimType::reference:
-        break;
-    }
-    return "reference";
-}
+std::string_view nameOf(cimType type) { return typeNames[static_cast<std::size_t>(type)]; }
 
 bool suits(const TCIMValue& value, const propertyDeclaration& property) {
     if (value.Content().isEmpty())
