@@ -35,6 +35,8 @@ TEST_F(Documents, PrintsWhatStandsBesideTheMachineFile) {
         const int status = statusOn(entry.path().string());
         run("% --machine " + entry.path().string(), status);
         EXPECT_EQ(output, contentOf(name + ".txt"));
+        run("% --tree --machine " + entry.path().string(), status);
+        EXPECT_EQ(output, contentOf(name + ".tree"));
         run("% --format prometheus --machine " + entry.path().string(), status);
         EXPECT_EQ(output, contentOf(name + ".prom"));
         run("% --format json --log-level 3 --ask-again --machine " + entry.path().string(), status);

@@ -91,6 +91,13 @@ TEST_F(Files, WritesAFileWholeOrNotAtAll) {
     EXPECT_THAT(errors, HasSubstr("recorded in ../results/\\x1b.json: "));
 }
 
+TEST_F(Files, SomeNamesAreStandardOutput) {
+    for (const char* name : {"-", "/dev/stdout", "/dev/fd/1", "/dev/null"}) {
+        run(std::string("% --format json --output ") + name + onRackServer + "; test -c /dev/null; ls -A");
+        EXPECT_EQ(output, name == std::string("/dev/null") ? "" : contentOf(expected + "rack-server.json")) << name;
+    }
+}
+
 TEST_F(Files, AnAccessControlListStays) {
     // In the kernel's form: tag, permissions and id of each entry. User 1 may read, the group may not.
     const std::string list("\2\0\0\0\x01\0\6\0\xff\xff\xff\xff\x02\0\4\0\1\0\0\0\x04\0\0\0\xff\xff\xff\xff"

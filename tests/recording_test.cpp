@@ -39,6 +39,16 @@ TEST_F(Recording, ARecordingReplaysToTheSameOutput) {
     }
 }
 
+TEST_F(Recording, TellsWhenTheAnswersWereTaken) {
+    const std::string recording = fileWith("", "first"), again = fileWith("", "again");
+    run("% scsi --force --record " + recording, anyInventory); // of this machine
+    const std::string moment = nlohmann::json::parse(contentOf(recording))["collected"];
+    EXPECT_THAT(moment, ContainsRegex("^20..-..-..T..:..:..Z$"));
+    EXPECT_EQ(jsonOf("% scsi --force --record " + again + " --machine " + recording, anyInventory)["collected"],
+              moment);
+    EXPECT_EQ(nlohmann::json::parse(contentOf(again))["collected"], moment);
+}
+
 TEST_F(Recording, AnAnonymousReplayDiffersInReplacedTextsOnly) {
     const std::string recording = fileWith(""), key = fileWith("a key", "key"),
                       onMachine = "% --format json --log-level 3 --machine ";
