@@ -5,6 +5,8 @@
 #include "tests/scarcememory.h"
 #include "tests/simulatedmachine.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -149,4 +151,25 @@ TEST(Faults, MemoryThatRunsOutEndsTheQueryAndNoMore) {
         }
         EXPECT_GT(number, 400U);
     }
+}
+
+TEST(Faults, AnOpenThatMemoryEndsLeavesNoDescriptor) {
+    struct : sys::simulatedMachine {
+        using simulatedMachine::simulatedMachine;
+        int newDescriptor() override { return ::open("/", O_PATH); } // as in programs that load the simulator
+    } machine{fullMachine()};
+    const auto descriptors = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    };
+    const auto before = descriptors();
+    for (std::size_t number = 0, opened = 0; opened == 0; ++number) {
+        try {
+            const scarceMemory memory(number, false);
+            machine.open("/dev/sg0", O_RDONLY, 0);
+            opened = 1;
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(descriptors(), before) << "allocation " << number;
+        }
+    }
+    EXPECT_EQ(descriptors(), before + 1);
 }
