@@ -46,7 +46,7 @@ std::string sizeOf(const device& each) {
 }
 
 /// The plug-in reads four of a type's five bits. The type by all five comes beside its word where they differ.
-std::string typeOf(const device& each) {
+std::string shownType(const device& each) {
     const auto& whole = each.kernel.type ? each.kernel.type : each.peripheralType;
     const std::string kernels = whole ? shortTypeName(*whole) : "";
     return each.type.empty() || kernels.empty() || each.type == kernels ? either(each.type, kernels)
@@ -85,8 +85,8 @@ std::string summary(const runResult& result) {
            (result.isComplete() ? "complete\n" : "not complete\n");
 }
 
-const std::vector<std::string> headings{"Node",   "Kernel", "Vendor", "Product", "Firmware",
-                                        "Serial", "Size",   "Type",   "H:C:T:L"};
+const std::vector<std::string> overviewHeadings{"Node",   "Kernel", "Vendor", "Product", "Firmware",
+                                                "Serial", "Size",   "Type",   "H:C:T:L"};
 
 } // namespace
 
@@ -102,7 +102,7 @@ std::vector<std::string> overviewRow(const device& each) {
             word(each.revision, each.kernel.revision),
             word(each.serial, each.kernel.serial),
             sizeOf(each),
-            typeOf(each),
+            shownType(each),
             either(each.address, each.kernel.address)};
 }
 
@@ -121,7 +121,7 @@ void writeOverview(const runResult& result, const tableStyle& style, std::ostrea
     if (style.asTree) {
         writeTree(result, style.inColour, output);
     } else if (!result.devices.empty()) {
-        columns rows(headings);
+        columns rows(overviewHeadings);
         for (const auto& each : result.devices)
             rows.add(overviewRow(each), overviewNote(each, style.inColour));
         rows.write(output, style.width);

@@ -10,9 +10,9 @@ namespace {
 constexpr const char* walkBegins[] = {"Getting sg devices...", "Getting hd devices..."};
 constexpr const char* walksEnd = "Getting optical devices...";
 constexpr const char* driverMissed = "sg module is not loaded correctly";
-const std::string disk = "TScsidevPluginCallbacks::collectData : Ignoring Virtual Device ";
-const std::string drive = "TScsidevPluginCallbacks::IterateCDromdrives : Ignoring Virtual Device ";
-const std::string usbProduct = "FindUSBDevice Remove Virtual: ";
+const std::string diskIgnored = "TScsidevPluginCallbacks::collectData : Ignoring Virtual Device ";
+const std::string driveIgnored = "TScsidevPluginCallbacks::IterateCDromdrives : Ignoring Virtual Device ";
+const std::string usbProductFound = "FindUSBDevice Remove Virtual: ";
 
 constexpr int failure = 0; // level
 
@@ -30,13 +30,13 @@ void passLog::take(int level, const std::string& text, const sys::watchedMachine
         walking_ = true;
     else if (text == walksEnd)
         walking_ = false;
-    else if (begins(disk))
-        excluded_.emplace(text.substr(disk.size()), "named by --virtual-device");
-    else if (begins(drive)) {
-        const std::string name = text.substr(drive.size());
+    else if (begins(diskIgnored))
+        excluded_.emplace(text.substr(diskIgnored.size()), "named by --virtual-device");
+    else if (begins(driveIgnored)) {
+        const std::string name = text.substr(driveIgnored.size());
         if (std::find(excludedDrives_.begin(), excludedDrives_.end(), name) == excludedDrives_.end())
             excludedDrives_.push_back(name);
-    } else if (begins(usbProduct) && watched.isAsking()) {
+    } else if (begins(usbProductFound) && watched.isAsking()) {
         const sys::visit& node = *watched.latest(); // a tape is not left out for its product
         if (node.peripheralByte == diskByte || node.peripheralByte == opticalDriveByte)
             excluded_.emplace(node.path, "like a USB device of product 0x4012");

@@ -14,9 +14,6 @@ using testing::Not;
 
 namespace {
 
-const strings scsi{"KORVA_SCSIDevice"}, element{"KORVA_SysBusDeviceFirmwareElement"},
-    firmware{"KORVA_SysBusDeviceFirmware"};
-
 /// Another provider's instance: notes what it is asked, and has no handle for a property that was never set.
 class foreignInstance : public minihost::memoryInstance {
 public:
@@ -45,12 +42,12 @@ protected:
         minihost::setRemarkSink(nullptr); // not every provider does as its class says
     }
 
-    boost::shared_ptr<foreignInstance> commitForeign(const strings& className) {
-        auto instance = boost::make_shared<foreignInstance>(namespace_, className[0], asked_);
+    boost::shared_ptr<foreignInstance> commitForeign(const std::string& className) {
+        auto instance = boost::make_shared<foreignInstance>(namespace_, className, asked_);
         instance->AddToClass({});
         return instance;
     }
-    void commitForeign(const strings& className, const std::string& property, const TCIMValue& value) {
+    void commitForeign(const std::string& className, const std::string& property, const TCIMValue& value) {
         commitForeign(className)->SetProperty(property, value, {});
     }
 
@@ -60,16 +57,16 @@ protected:
 } // namespace
 
 TEST_F(Associations, AreMadeOnlyWhenBothEndsAreThere) {
-    EXPECT_EQ(query(firmware).size(), 0U);
-    query(scsi);
+    EXPECT_EQ(query({firmware}).size(), 0U);
+    query({scsi});
     const std::size_t before = calls().size();
     takeLog();
-    EXPECT_EQ(query(firmware).size(), 0U);
+    EXPECT_EQ(query({firmware}).size(), 0U);
     EXPECT_EQ(calls().size(), before) << "not even the driver is loaded";
     EXPECT_EQ(takeLog(), strings());
 
-    query(element);
-    EXPECT_EQ(query(firmware).size(), 1U);
+    query({element});
+    EXPECT_EQ(query({firmware}).size(), 1U);
     // Device lists grow from query to query: two reads of one device, one read of one element before this one.
     EXPECT_THAT(takeLog(), Contains("3 Making association for /dev/sg0 0001 2 1"));
 }
@@ -79,27 +76,27 @@ TEST_F(Associations, PassOverDevicesWithoutASuitableIdentity) {
     for (const TCIMValue& identity :
          {TCIMValue(), TCIMValue("/dev/sg0"), listOf({}), listOf({"/dev/sg0 and more", "/dev/sg0"})})
         commitForeign(scsi, "OtherIdentifyingInfo", identity);
-    query(scsi);
+    query({scsi});
     commitForeign(element);
-    query(element);
-    EXPECT_THAT(each(query(firmware), "Dependent"), ElementsAre(HasSubstr("DeviceID=\"/dev/sg0\"")));
+    query({element});
+    EXPECT_THAT(each(query({firmware}), "Dependent"), ElementsAre(HasSubstr("DeviceID=\"/dev/sg0\"")));
 }
 
 TEST_F(Associations, AskForADevicesPathBeforeTheyLookForItsElement) {
     commitForeign(scsi, "OtherIdentifyingInfo", listOf({"/dev/sg0"}));
     commitForeign(scsi, "OtherIdentifyingInfo", listOf({""}));
     commitForeign(element, "SoftwareElementId", "Port:9");
-    EXPECT_EQ(query(firmware).size(), 0U);
+    EXPECT_EQ(query({firmware}).size(), 0U);
     EXPECT_EQ(asked_, (strings{"OtherIdentifyingInfo", "path", "SoftwareElementId"}));
     EXPECT_THAT(takeLog(), Not(Contains("3 Found association...")));
     commitForeign(element, "SoftwareElementId", "");
-    EXPECT_EQ(query(firmware).size(), 1U) << "an empty identity is part of every key";
+    EXPECT_EQ(query({firmware}).size(), 1U) << "an empty identity is part of every key";
 }
 
 TEST_F(Associations, PassOnWhatTheHostThrows) {
     commitForeign(scsi, "OtherIdentifyingInfo", listOf({true})); // which this host does not read as a text
-    query(scsi);
-    query(element);
-    EXPECT_EQ(query(firmware).size(), 0U);
+    query({scsi});
+    query({element});
+    EXPECT_EQ(query({firmware}).size(), 0U);
     EXPECT_THROW(plugin_->findRefs("/dev/sg0", "", {}), std::runtime_error);
 }

@@ -50,7 +50,7 @@ TEST_F(Plugin, WithoutAnyClassDoesNothing) {
 TEST_F(Plugin, SkipsTheScsiNodesWithoutTheirDriver) {
     sgNode("/dev/sg0", inquiry(13, "ACME", "X"));
     machine().modprobe = 1;
-    EXPECT_EQ(query({"KORVA_SCSIDevice"}).size(), 0U);
+    EXPECT_EQ(query({scsi}).size(), 0U);
     EXPECT_EQ(takeLog(), (strings{"0 sg module is not loaded correctly", "3 Getting hd devices...",
                                   "3 Getting optical devices..."}));
 }
@@ -59,33 +59,31 @@ TEST_F(Plugin, AnAllBlankProductEndsTheWalkAndLeavesRecordsForTheNextQuery) {
     sgNode("/dev/sg0", inquiry(13, "ACME", "FIRST"));
     sgNode("/dev/sg1", inquiry(0, "ACME", " \t "));
     sgNode("/dev/sg2", inquiry(13, "ACME", "THIRD"));
-    EXPECT_EQ(query({"KORVA_SCSIDevice"}).size(), 0U);
+    EXPECT_EQ(query({scsi}).size(), 0U);
     const strings log = takeLog();
     EXPECT_THAT(log.back(), HasSubstr("0 basic_string::substr"));
     EXPECT_THAT(log, Not(Contains("3 Getting hd devices...")));
 
     machine().nodes.erase("/dev/sg0");
     machine().nodes.erase("/dev/sg1");
-    EXPECT_EQ(each(query({"KORVA_SCSIDevice"}), "ProductID"), (strings{"FIRST", "THIRD"}));
+    EXPECT_EQ(each(query({scsi}), "ProductID"), (strings{"FIRST", "THIRD"}));
 }
 
 TEST_F(Plugin, TheFirstClassDecides) {
     sgNode("/dev/sg0", inquiry(13, "ACME", "X"));
     machine().opticalTable = "drive name:\tsr0\n" + std::string(20, '\n');
-    EXPECT_EQ(each(query({"KORVA_SCSIDevice", "KORVA_CDVDDevice"}), "class"), strings{"KORVA_SCSIDevice"});
-    EXPECT_EQ(each(query({"KORVA_CDVDDevice", "KORVA_SCSIDevice"}), "class"),
-              (strings{"KORVA_CDVDDevice", "KORVA_SCSIDevice"}));
+    EXPECT_EQ(each(query({scsi, optical}), "class"), strings{scsi});
+    EXPECT_EQ(each(query({optical, scsi}), "class"), (strings{optical, scsi}));
 }
 
 TEST_F(Plugin, LooksClassesUpInThePluginsContext) {
     sgNode("/dev/sg0", inquiry(13, "ACME", "X"));
     notingNamespace noting;
-    for (const char* name : {"KORVA_SysBusDeviceFirmwareElement", "KORVA_SysBusDeviceFirmware"}) {
+    for (const auto& name : {element, firmware}) {
         auto requested = classes({name});
         plugin_->GetData(noting.handle(), requested);
     }
-    EXPECT_EQ(noting.lookUps,
-              (strings{"KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin", "KORVA_SysBusDevice", "nspID", "plugin",
-                       "true", "KORVA_SysBusDeviceFirmwareElement", "nspID", "plugin", "true"}));
+    EXPECT_EQ(noting.lookUps, (strings{element, "nspID", "plugin", "KORVA_SysBusDevice", "nspID", "plugin", "true",
+                                       element, "nspID", "plugin", "true"}));
     plugin_.reset(); // which has instances of that namespace
 }

@@ -17,7 +17,13 @@ namespace {
 
 /// One that has a device of each kind.
 const sys::machineAnswers& fullMachine() {
-    static const auto machine = sys::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json");
+    static const auto machine = [] {
+        auto rack = sys::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json");
+        for (const char* another :
+             {"/dev/sg0", "/dev/sg1", "/dev/sg7"}) // the time grows with the square of the devices
+            rack.nodes.erase(another);
+        return rack;
+    }();
     return machine;
 }
 
@@ -76,8 +82,7 @@ struct faultyRun : pluginInUse {
     std::vector<properties> everything() {
         plugin_->Init();
         std::vector<properties> all;
-        for (const char* name : {"KORVA_SCSIDevice", "KORVA_SCSITapeDrive", "KORVA_ATADevice", "KORVA_CDVDDevice",
-                                 "KORVA_SysBusDeviceFirmwareElement", "KORVA_SysBusDeviceFirmware"})
+        for (const auto& name : {scsi, tape, ata, optical, element, firmware})
             for (const auto& instance : query({name}))
                 all.push_back(instance);
         return all;
@@ -111,9 +116,7 @@ TEST(Faults, AFailedCallCostsItsNodeAlone) {
 }
 
 TEST(Faults, MemoryThatRunsOutEndsTheQueryAndNoMore) {
-    const std::string device = "KORVA_SCSIDevice", optical = "KORVA_CDVDDevice",
-                      element = "KORVA_SysBusDeviceFirmwareElement", firmware = "KORVA_SysBusDeviceFirmware";
-    for (const strings& queries : {strings{device}, {optical}, {element}, {device, element, firmware}}) {
+    for (const strings& queries : {strings{scsi}, {optical}, {element}, {scsi, element, firmware}}) {
         const std::string last = queries.back();
         const auto prepare = [&](faultyRun& run) {
             for (std::size_t i = 0; i + 1 < queries.size(); ++i)
@@ -165,7 +168,7 @@ TEST(Faults, AnOpenThatMemoryEndsLeavesNoDescriptor) {
     for (std::size_t number = 0, opened = 0; opened == 0; ++number) {
         try {
             const scarceMemory memory(number, false);
-            machine.open("/dev/sg0", O_RDONLY, 0);
+            machine.open("/dev/sg2", O_RDONLY, 0);
             opened = 1;
         } catch (const std::bad_alloc&) {
             EXPECT_EQ(descriptors(), before) << "allocation " << number;

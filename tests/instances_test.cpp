@@ -4,10 +4,6 @@
 
 namespace {
 
-const std::string scsi = "KORVA_SCSIDevice", tape = "KORVA_SCSITapeDrive", ata = "KORVA_ATADevice",
-                  element = "KORVA_SysBusDeviceFirmwareElement", firmware = "KORVA_SysBusDeviceFirmware",
-                  optical = "KORVA_CDVDDevice";
-
 class Records : public Plugin {
 protected:
     void store(unsigned short busType, const std::string& product, const std::string& type, const std::string& path) {

@@ -39,8 +39,7 @@ TEST(Namespace, RemarksOnceOnEachPropertyThatDoesNotSuitItsClass) {
     const auto instanceOf = [&ns](const std::string& className) {
         return ns.GetClass(className, {})->CreateInstance({});
     };
-    const std::string disk = "KORVA_SCSIDevice", firmware = "KORVA_SysBusDeviceFirmware";
-    auto toDisk = instanceOf(disk)->GetReference({});
+    auto toDisk = instanceOf(scsi)->GetReference({});
     auto toNothing = NHALDEN20::TCIMReference({}, {});
     const unsigned short number = 1;
     const struct {
@@ -48,19 +47,19 @@ TEST(Namespace, RemarksOnceOnEachPropertyThatDoesNotSuitItsClass) {
         TCIMValue value;
         std::string remark; ///< behind the class name
     } cases[] = {
-        {disk, "Lun", number, ""},
-        {disk, "OtherIdentifyingInfo", listOf({"a"}), ""},
-        {disk, "Lun", TCIMValue(), ""},
+        {scsi, "Lun", number, ""},
+        {scsi, "OtherIdentifyingInfo", listOf({"a"}), ""},
+        {scsi, "Lun", TCIMValue(), ""},
         {firmware, "LoadedOnDevice", true, ""},
         {firmware, "Dependent", toDisk, ""},
-        {disk, "lun", number, " declares no property lun"},
-        {disk, "Lun", "1", " declares Lun as uint16, it is set as string"},
-        {disk, "Lun", true, ""}, // once for a property of a class
+        {scsi, "lun", number, " declares no property lun"},
+        {scsi, "Lun", "1", " declares Lun as uint16, it is set as string"},
+        {scsi, "Lun", true, ""}, // once for a property of a class
         {"KORVA_ATADevice", "Lun", true, " declares Lun as uint16, it is set as boolean"},
-        {disk, "Model", listOf({"a"}), " declares Model as string, it is set as string[]"},
-        {disk, "OtherIdentifyingInfo", listOf({"a", true}),
+        {scsi, "Model", listOf({"a"}), " declares Model as string, it is set as string[]"},
+        {scsi, "OtherIdentifyingInfo", listOf({"a", true}),
          " declares OtherIdentifyingInfo as string[], it is set as array of other than strings"},
-        {disk, "Name", toDisk, " declares Name as string, it is set as reference to KORVA_SCSIDevice"},
+        {scsi, "Name", toDisk, " declares Name as string, it is set as reference to KORVA_SCSIDevice"},
         {firmware, "Antecedent", toDisk,
          " declares Antecedent as reference to KORVA_SysBusDeviceFirmwareElement, it is set as reference to "
          "KORVA_SCSIDevice"},

@@ -1,11 +1,5 @@
 #include "tests/simulatedmachine.h"
 
-namespace {
-
-const std::string optical = "KORVA_CDVDDevice", ata = "KORVA_ATADevice";
-
-} // namespace
-
 TEST_F(Plugin, NeedsAWholeOpticalTable) {
     const std::string drive = "drive name:\tsr0\n";
     const struct {

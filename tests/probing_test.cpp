@@ -8,7 +8,7 @@ TEST_F(Plugin, ProbesADiskWithThePrescribedCalls) {
     sys::node& disk = sgNode("/dev/sg0", inquiry(0, "ACME", "ROADRUNNER"));
     disk.address = sys::addressAnswer{0x10200, 0x10300, 0x10400, 0x10100, 0, 0};
     disk.serialPage = serialPage("SN-0001");
-    EXPECT_THAT(each(query({"KORVA_SCSIDevice"}), "OtherIdentifyingInfo"),
+    EXPECT_THAT(each(query({scsi}), "OtherIdentifyingInfo"),
                 testing::ElementsAre(testing::HasSubstr("Port:512|Target:1024|Bus:768|Lun:256")))
         << "16 bits are kept";
     EXPECT_EQ(strings(calls().begin(), calls().begin() + 9),
@@ -22,7 +22,7 @@ TEST_F(Plugin, ProbesADiskWithThePrescribedCalls) {
 
 TEST_F(Plugin, AsksTheDiskNodeBehindAnAtaDisk) {
     sgNode("/dev/sg2", inquiry(0, "ATA", "DISK")).emulated = sys::numberAnswer{1, 0};
-    query({"KORVA_SCSIDevice"});
+    query({scsi});
     const auto next = std::find(calls().begin(), calls().end(), "close /dev/sg2");
     ASSERT_GE(calls().end() - next, 5);
     EXPECT_EQ(strings(next, next + 5),
@@ -33,6 +33,6 @@ TEST_F(Plugin, AsksTheDiskNodeBehindAnAtaDisk) {
 
 TEST_F(Plugin, AsksAgainWhatNamesNoMaker) {
     sgNode("/dev/sg0", inquiry(0, std::string(1, '\0'), "ROADRUNNER"));
-    EXPECT_EQ(query({"KORVA_SCSIDevice"}).size(), 0U) << "a product alone is no identity";
+    EXPECT_EQ(query({scsi}).size(), 0U) << "a product alone is no identity";
     EXPECT_THAT(takeLog(), testing::Contains("3 Scsi:ATA Inquiry started"));
 }

@@ -48,6 +48,11 @@ private:
     strings log_;
 };
 
+// What queries ask for.
+inline const std::string scsi = "KORVA_SCSIDevice", tape = "KORVA_SCSITapeDrive", ata = "KORVA_ATADevice",
+                         optical = "KORVA_CDVDDevice", element = "KORVA_SysBusDeviceFirmwareElement",
+                         firmware = "KORVA_SysBusDeviceFirmware";
+
 /// The texts of the properties of one instance: numbers in decimal, flags as true, references as paths.
 using properties = std::map<std::string, std::string>;
 
