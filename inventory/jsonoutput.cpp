@@ -93,6 +93,7 @@ json deviceToJson(const device& each) {
     addText(members, "type", each.type);
     addText(members, "vendor", each.vendor);
     addText(members, "product", each.product);
+    addText(members, "model", each.model);
     addText(members, "revision", each.revision);
     addText(members, "serial", each.serial);
     if (!each.classes.empty())
