@@ -41,13 +41,20 @@ install() { # PACKAGE...
         die 2 "$suite: apt-get could not install $*: $(tail -n 3 "$scratch/log")"
 }
 
-# Makes a minimal root in $scratch/$suite.
-makeTemplate() { # PACKAGE,PACKAGE...
+# Says how long a command took.
+timed() { # WHAT COMMAND...
+    what=$1
+    shift
     began=$(date +%s)
+    "$@"
+    echo "${0##*/}: $suite, $what: $(($(date +%s) - began)) s"
+}
+
+# Makes a minimal root with git in $scratch/$suite.
+makeTemplate() {
     # shellcheck disable=SC2086 # an empty MIRROR is no argument
-    isolated debootstrap --variant=minbase --include="$1" "$suite" "$scratch/$suite" ${MIRROR-} \
+    isolated debootstrap --variant=minbase --include=git,ca-certificates "$suite" "$scratch/$suite" ${MIRROR-} \
         >"$scratch/log" 2>&1 || die 2 "debootstrap could not make a root of $suite: $(tail -n 3 "$scratch/log")"
-    echo "${0##*/}: $suite: a minimal root was made in $(($(date +%s) - began)) s"
 }
 
 # Makes $fresh, a copy of it in which nothing has run yet.

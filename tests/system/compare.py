@@ -37,35 +37,37 @@ def fromLsscsi():
     return {(line[-1], line[0].strip("[]"), line[-2].removeprefix("/dev/")) for line in lines}
 
 
+# The root is on a disk without an address.
+def fromLsblk():
+    disks = json.loads(output("lsblk", "-bdJ", "-o", "NAME,HCTL,SIZE,SERIAL,WWN"))["blockdevices"]
+    return {tuple(disk.values()) for disk in disks if disk["hctl"]}
+
+
 def tools(document):
     found = devices(document)
-    ours = {(d["node"], d["address"], (d["kernel"]["names"] or ["-"])[0]) for d in found if "address" in d}
-    left = {d["node"] for d in found if d["state"] == "excluded"}
-    differences = list(ours ^ {line for line in fromLsscsi() if line[0] not in left})
+    kernels = [(d["node"], d["kernel"], d["kernel"]["names"][0]) for d in found]
+    differences = list(fromLsscsi() ^ {(node, k["address"], name) for node, k, name in kernels})
+    differences += fromLsblk() ^ {
+        (name, k["address"], k["size"], k.get("serial"), k["wwid"].replace("naa.", "0x") if "wwid" in k else None)
+        for _, k, name in kernels}
+    left = [d["node"] for d in found if d["state"] == "excluded"]
     if len(left) != 2:
         differences.append(("left out", left))
-    blocks = {b["name"]: b for b in json.loads(output("lsblk", "-bdJO"))["blockdevices"]}
     for d in found:
-        if d["state"] != "identified" or d["vendor"] == "ATA":
-            continue
         inquiry = output("sg_inq", d["node"]) + output("sg_inq", "--page=sn", d["node"])
-        for word in (d["vendor"], d["product"], d["revision"], d.get("serial", "")):
-            if word not in inquiry:
-                differences.append((d["node"], word, inquiry))
-        block = blocks.get((d["kernel"]["names"] or [""])[0], {})
-        for ours, theirs in (("size", "size"), ("wwid", "wwn")):
-            said, other = d["kernel"].get(ours), block.get(theirs)
-            if said and other and str(other).removeprefix("0x") not in str(said):
-                differences.append((d["node"], said, other))
+        for word in ("vendor", "product", "revision", "serial"):
+            if d.get(word, "") not in inquiry:
+                differences.append((d["node"], d[word], inquiry))
     return differences
 
 
+# The adapters are probed in another order, so the nodes are other ones.
 def wwids(before, after):
-    def words(path):
-        return {d["kernel"]["wwid"]: d.get("product") for d in devices(path)
-                if d["kernel"].get("wwid", "").startswith("naa.5000c5")}
-    first, second = words(before), words(after)
-    return [] if first == second and len(first) >= 4 else [first, second]
+    def disks(path):
+        return [(d["kernel"]["wwid"], d["product"]) for d in devices(path)
+                if d["kernel"].get("wwid", "").startswith("naa.5000c5")]
+    first, second = disks(before), disks(after)
+    return [] if first != second and sorted(first) == sorted(second) and len(first) == 5 else [first, second]
 
 
 differences = globals()[sys.argv[1]](*sys.argv[2:])
