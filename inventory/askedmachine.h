@@ -32,7 +32,7 @@ private:
 /// it. While it lives, the plug-in's system calls come to it. One object at a time.
 class askedMachine {
 public:
-    /// Throws sys::machineFileError when the machine file cannot be used.
+    /// Throws std::runtime_error when the machine file cannot be used.
     explicit askedMachine(const runOptions& options);
 
     sys::machine& machine() { return *outermost_; }

@@ -2,82 +2,56 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstddef>
-#include <functional>
-#include <limits>
-#include <optional>
-#include <stdexcept>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace sys {
 
-/// A machine file that cannot be used. The text names the file, the place in it and what was expected there.
-class machineFileError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
+/// The members of an object with all that have the same name, of which nlohmann::json would keep the last.
+template <typename Name, typename Value, typename... Rest>
+struct jsonMembers : std::multimap<Name, Value, Rest...> {
+    using std::multimap<Name, Value, Rest...>::multimap;
+    Value& operator[](const Name& name) { return this->emplace(name, nullptr)->second; }
 };
 
-/// A JSON document, and the name of its file for errors.
-struct jsonDocument {
-    std::string file;
-    nlohmann::json value;
-};
+using jsonTree = nlohmann::basic_json<jsonMembers>;
 
-/// Reads a document. Throws machineFileError for what is no JSON, for an object with two members of the same name, and
-/// for more values than a machine file can need.
-jsonDocument parseJson(const std::string& text, const std::string& file);
+/// Parses a document. Throws std::runtime_error for what is no JSON and for more values than a machine file can need.
+jsonTree parseJson(const std::string& text);
 
-/// A value in a JSON document together with where it stands, for errors that name the place.
-///
-/// Cheap to make: only an error puts the place into words. Points to the document and to the place that it was found
-/// in, which both have to outlive it. Every failure is a machineFileError of a bounded length.
+/// A value in a JSON document together with where it stands. Every failure is a std::runtime_error of a bounded length
+/// that names the place.
 class jsonPlace {
 public:
-    /// The whole document.
-    explicit jsonPlace(const jsonDocument& document) : document_(document), value_(document.value) {}
+    /// The whole document, which has to outlive its places.
+    explicit jsonPlace(const jsonTree& document) : value_(document) {}
 
-    bool isText() const { return value_.is_string(); }
-    bool isList() const { return value_.is_array(); }
-    bool isObject() const { return value_.is_object(); }
-    bool isWholeNumber() const { return value_.is_number_integer(); }
-    bool isTrue() const { return value_.is_boolean() && value_.get<bool>(); }
-    bool isFalse() const { return value_.is_boolean() && !value_.get<bool>(); }
+    const jsonTree& value() const { return value_; }
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;
-    /// The name of this member in its object, read like a text.
-    std::string name() const;
+    /// The bytes of a member's name, read like a text.
+    std::string bytesOf(const std::string& name) const;
     long long number(long long least, long long largest) const;
-    /// Any number that the type can hold.
-    template <typename Number>
-    Number number() const {
-        return static_cast<Number>(number(std::numeric_limits<Number>::min(), std::numeric_limits<Number>::max()));
-    }
 
-    /// The member called `name`. Fails where there is none.
-    jsonPlace member(const char* name) const;
-    /// The same, but returns none where there is none.
-    std::optional<jsonPlace> find(const char* name) const;
-    /// Fails for an object with other members than these. `expected` is for the error where there is no object.
-    void allowMembers(const std::vector<const char*>& names, const std::string& expected = "an object") const;
+    /// The elements of a list; of another value, that alone.
+    std::vector<jsonPlace> elements() const;
+    /// The members of an object, by name. `expected` is for the error where it is none.
+    std::map<std::string, jsonPlace> members(const std::string& expected) const;
 
-    void forEachElement(const std::string& expected, const std::function<void(const jsonPlace&)>& use) const;
-    void forEachMember(const std::string& expected, const std::function<void(const jsonPlace&)>& use) const;
-
-    /// Throws: "FILE: PLACE: expected EXPECTED, found ...".
+    /// Throws: "PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
+    /// Throws: "PLACE: unknown member NAME, expected one of EXPECTED".
+    [[noreturn]] void failAtUnknown(const std::string& name, const std::string& expected) const;
 
 private:
-    jsonPlace(const jsonPlace& parent, const nlohmann::json& value, const std::string* name, std::size_t index = 0)
-        : document_(parent.document_), value_(value), parent_(&parent), name_(name), index_(index) {}
-    std::string bytesOf(const std::string& utf8) const;
+    jsonPlace(const jsonTree& value, std::string place) : value_(value), place_(std::move(place)) {}
     [[noreturn]] void failWith(const std::string& message) const;
 
-    const jsonDocument& document_;
-    const nlohmann::json& value_;
-    const jsonPlace* parent_ = nullptr; // null: the whole document
-    const std::string* name_ = nullptr; // of this member of the parent; null: an element
-    std::size_t index_ = 0;             // of this element
+    const jsonTree& value_;
+    std::string place_; // nodes["/dev/sg0"].inquiry[1]; "" of the document
 };
 
 } // namespace sys

@@ -74,8 +74,7 @@ struct scsiAnswer {
     std::optional<int> residual; ///< none: as much as the data leaves of the buffer
 };
 
-/// Calls `visit` with the name and the value of each number that the driver reports beside data and sense. All code
-/// that reads, writes or makes answers walks this list.
+/// Calls `visit` with the name and the value of each number that the driver reports beside data and sense.
 template <typename ScsiAnswer, typename Visit>
 void eachStatus(ScsiAnswer& answer, Visit visit) {
     visit("status", answer.status);
@@ -94,8 +93,6 @@ struct driveAnswer {
 /// What the kernel and its device manager know of the device behind a node, without asking it. Texts are without outer
 /// blanks; what is not known is empty.
 struct kernelWords {
-    static constexpr std::size_t longestName = 255;        // bytes: NAME_MAX of linux/limits.h
-    static constexpr std::size_t longestText = 4096;       // bytes: a sysfs file has at most one page
     static constexpr int largestType = 31;                 // five bits of the INQUIRY answer
     static constexpr std::int64_t largestSize = INT64_MAX; // of the kernel's loff_t
 

@@ -3,14 +3,13 @@
 #include "system/machineanswers.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace sys {
 
-/// Reads the machine file (JSON, docs/machine-files.md) at `path`, all of it checked. Throws machineFileError
-/// (system/jsonplace.h).
+/// Reads the machine file (JSON, docs/machine-files.md) at `path`, all of it checked. Throws std::runtime_error
+/// with the file's name, the place in it and what was expected there.
 machineAnswers readMachineFile(const std::string& path);
 
 /// The same from a text. Errors name the file `name`.
@@ -24,8 +23,7 @@ std::vector<std::string> doubtsAbout(const machineAnswers& machine);
 /// at the end of a list that repeat the one before.
 std::string machineFileText(const machineAnswers& recorded);
 
-/// Reads a file of at most `most` bytes; returns none for a larger one. Throws std::runtime_error, with the path, when
-/// the file cannot be read.
-std::optional<std::string> contentUpTo(const std::string& path, std::size_t most);
+/// Reads a file. Throws std::runtime_error, with the path, when it cannot be read or has more than `most` bytes.
+std::string contentUpTo(const std::string& path, std::size_t most);
 
 } // namespace sys

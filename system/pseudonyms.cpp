@@ -53,13 +53,10 @@ std::string hash(std::string key, std::string text) {
 std::string pseudonymKey(const std::string& path) {
     if (path.empty())
         return randomKey();
-    const auto key = contentUpTo(path, largestKey);
-    if (!key)
-        throw std::runtime_error(path + ": larger than the " + std::to_string(largestKey) +
-                                 " bytes that a key may have");
-    if (key->empty())
+    const std::string key = contentUpTo(path, largestKey);
+    if (key.empty())
         throw std::runtime_error(path + ": expected a key, found an empty file");
-    return *key;
+    return key;
 }
 
 std::string pseudonyms::of(const std::string& text) const {

@@ -83,7 +83,7 @@ std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& 
     const dev_t number = hasUdev() ? deviceNumberIn(device.contentOf(node + "/dev")) : 0;
     if (number == 0)
         return "";
-    return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number).substr(0, kernelWords::longestText);
+    return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number);
 }
 
 void addSize(const sysfsDirectory& device, const std::string& node, kernelWords& known) {

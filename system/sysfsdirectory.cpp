@@ -1,7 +1,6 @@
 #include "system/sysfsdirectory.h"
 
 #include "system/clibrary.h"
-#include "system/machineanswers.h"
 
 #include <boost/algorithm/string/trim.hpp>
 #include <dirent.h>
@@ -26,8 +25,8 @@ std::string sysfsDirectory::contentOf(const std::string& file) const {
     const int fd = ::openat(fd_, file.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd == -1)
         return "";
-    char content[kernelWords::longestText];
-    const ssize_t size = ::read(fd, content, sizeof content); // the kernel gives all of it at once
+    char content[4096]; // a page: no file has more, and the kernel gives all of it at once
+    const ssize_t size = ::read(fd, content, sizeof content);
     cLibrary::close(fd);
     return {content, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
 }

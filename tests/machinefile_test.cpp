@@ -1,7 +1,5 @@
 #include "system/machinefile.h"
 
-#include "system/jsonplace.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <linux/cdrom.h>
@@ -11,6 +9,7 @@
 #include <chrono>
 #include <csignal>
 #include <limits>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -18,7 +17,7 @@ namespace {
 std::string refusal(const std::string& text) {
     try {
         sys::parseMachine(text, "file.json");
-    } catch (const sys::machineFileError& failure) {
+    } catch (const std::runtime_error& failure) {
         return failure.what();
     }
     return "accepted";
@@ -43,62 +42,41 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     } cases[] = {
         {"{\"name\": ", "file.json: not a JSON document: parse error at line 1, column 10"},
         {"[]", "file.json: the document: expected an object, found a list"},
-        {R"({"nam": "x"})",
-         "file.json: the document: unknown member \"nam\", expected one of comment, name, collected,"},
+        {R"({"nam": "x"})", "file.json: the document: unknown member \"nam\", expected one of name, collected, "},
         {R"({"name": "a", "name": "b"})", "file.json: the document: the member \"name\" stands twice"},
-        {R"({"x": [{}, {"a b": {"c": {"odd": 1, "y": 0, "odd": 2}}}]})",
-         "file.json: x[\"a b\"].c: the member \"odd\" stands twice"},
+        {R"({"nodes": {"/dev/sg0": {"open": true, "task": "EIO", "open": true}}})",
+         "file.json: nodes[\"/dev/sg0\"]: the member \"open\" stands twice"},
         {R"({"name": "\u0100"})", "file.json: name: expected characters up to U+00FF, found \"\\u0100\""},
         {R"({"modprobe": 256})", "file.json: modprobe: expected a whole number from 0 to 255, found 256"},
-        {R"({"modprobe": 1.5})",
-         "file.json: modprobe: expected a whole number from 0 to 255, or a list of these, found 1.5"},
+        {R"({"modprobe": 1.5})", "file.json: modprobe: expected a whole number from 0 to 255, found 1.5"},
         {R"({"modprobe": 18446744073709551615})", "expected a whole number from 0 to 255"},
         {R"({"nodes": {"/dev/sg0": {"sgVersion": 2147483648}}})", " from -2147483648 to 2147483647, found 2147483648"},
         {withInquiry(R"({"hostStatus": 65536})"), ".hostStatus: expected a whole number from 0 to 65535, found 65536"},
-        {R"({"virtualDevices": {"0": "sr0"}})", "file.json: virtualDevices[\"0\"]: expected a list of texts"},
+        {R"({"virtualDevices": {"0": ["sr0", 1]}})", "file.json: virtualDevices[\"0\"][1]: expected a text, found 1"},
         {withInquiry(R"({"data": [{"zeros": 513}]})"),
          ".data[0].zeros: expected a whole number from 0 to 512, found 513"},
-        {withInquiry(R"({"data": ["00", ")" + std::string(131072, '0') + "\"]}"),
-         ".data[1]: expected at most 65536 bytes in all"},
-        {R"({"nodes": {"sg0": {}}})", "file.json: nodes[\"sg0\"]: expected a node of /dev/sg, "},
-        {R"({"comment": 1})", "file.json: comment: expected a text, or a list of lines, found 1"},
-        {R"({"nodes": {"/dev/sda": {"comment": ["a", {}]}}})", ".comment[1]: expected a text, found an object"},
+        {R"({"nodes": {"sg0": {}}})", "file.json: nodes.sg0: expected a node of /dev/sg, "},
         {R"({"scsiDevices": 0})", "file.json: scsiDevices: expected true or false, found 0"},
         {R"({"collected": "2026-02-29T00:00:00Z"})", "file.json: collected: expected a time such as 2026-11-23T17:0"},
         {R"({"collected": "2026-02-28 00:00:00"})", "file.json: collected: expected a time such as"},
         {withInquiry(R"({"data": [{"zeros": 2, "text": "A"}]})"),
          ".data[0]: expected one of text, swapped, words and zeros"},
-        {withInquiry(R"({"data": [{"words": "0040", "size": 2}]})"),
-         ".data[0]: unknown member \"size\", expected words"},
-        {withInquiry(R"({"data": [{"words": "0040 3f ff"}]})"),
-         ".data[0].words: expected words of four hex digits with blanks between them, found \"0040 3f ff\""},
-        {withInquiry(R"({"data": [{"words": "0040 3ffg"}]})"), ".words: expected words of four hex digits"},
-        {withInquiry(R"({"data": [{"zeros": 2, "size": 2}]})"), ".data[0]: unknown member \"size\", expected zeros"},
+        {withInquiry(R"({"data": [{"words": "0040 3ffg"}]})"),
+         ".words: expected pairs of hex digits, found \"0040 3ffg\""},
         {R"({"nodes": {"/dev/sda": {"kernel": {}}}})",
-         "[\"/dev/sda\"]: unknown member \"kernel\", expected one of comment, open, "},
-        {R"({"nodes": {"/dev/sg0": {"kernel": {"names": [""]}}}})",
-         "kernel.names[0]: expected a text of 1 to 255 bytes"},
-        {R"({"nodes": {"/dev/sg0": {"kernel": {"wwid": ")" + std::string(4097, 'w') + "\"}}}}",
-         "kernel.wwid: expected a text of 1 to 4096 bytes"},
-        {R"({"nodes": {"/dev/sg0": {"kernel": {"serial": ""}}}})", "kernel.serial: expected a text of 1 to 4096 bytes"},
+         "[\"/dev/sda\"]: unknown member \"kernel\", expected one of open, "},
         {R"({"nodes": {"/dev/hda": {"kernel": {"size": -1}}}})", "kernel.size: expected a whole number from 0 to 9223"},
         {R"({"nodes": {"/dev/sg0": {"kernel": {"type": 32}}}})", "kernel.type: expected a whole number from 0 to 31, "},
-        {R"({"nodes": {"/dev/sg0": {"open": false}}})",
-         "open: expected true, the name of an error such as \"EIO\", or a list of answers, found false"},
-        {R"({"nodes": {"/dev/sg0": {"address": {"host": 1}}}})", "address: expected a member \"channel\""},
+        {R"({"nodes": {"/dev/sg0": {"open": false}}})", ".open: expected true, found false"},
         {withInquiry(R"("EWHAT")"),
-         inquiryPlace + ": expected an object, the name of an error such as \"EIO\", or a list of answers, found \"EW"},
-        {withInquiry("[{}, true]"), "[1]: expected an object, or the name of an error such as \"EIO\", found true"},
-        {withInquiry("[]"), inquiryPlace + ": expected at least one answer"},
+         inquiryPlace + ": expected an answer, or the name of an error such as \"EIO\", found \"EWHAT\""},
+        {withInquiry("[{}, true]"), "[1]: expected an object, found true"},
         {withInquiry(R"([{"data": "00"}, {"data": "000"}])"),
          inquiryPlace + "[1].data: expected pairs of hex digits, found \"000\""},
         {withInquiry(R"({"data": ["00", {"text": "ABC", "size": 2}]})"),
-         inquiryPlace + ".data[1].size: expected room for the text, found 2"},
-        {withInquiry(R"({"data": [{"swapped": "A", "size": 3}]})"),
-         ".size: expected room for the text, an even number"},
-        {withInquiry(R"({"data": {"zeros": 1}})"), ".data: expected pairs of hex digits, or a list of parts"},
-        {'[' + repeated(65535, "0") + ']', "file.json: the document: expected an object, found a list"},
-        {'[' + repeated(65536, "0") + ']', "file.json: too many values, expected at most 65536"},
+         inquiryPlace + ".data[1]: expected a size with room for the text"},
+        {'[' + repeated(65536, "0") + ']', "file.json: the document: expected an object, found a list"},
+        {'[' + repeated(65537, "0") + ']', "file.json: too many values, expected at most 65536"},
         {std::string(65536, '[') + std::string(65536, ']'),
          "file.json: the document: expected an object, found a list"},
         {std::string(65537, '['), "file.json: too many values, expected at most 65536"},
@@ -106,7 +84,7 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     for (const auto& c : cases)
         EXPECT_THAT(refusal(c.text), testing::HasSubstr(c.message));
     for (const auto& text : std::vector<std::string>{
-             "{}", R"({"modprobe": [0, 255]})",
+             "{}", R"({"modprobe": [0, 255], "virtualDevices": {"0": "sr0"}})",
              R"({"comment": "\u2713", "scsiDevices": true, "nodes": {"/dev/sd": {"comment": ["\u2713"]}}})",
              withInquiry(R"({"data": [{"zeros": 512}, ")" + std::string(130048, '0') + "\"]}")})
         EXPECT_EQ(refusal(text), "accepted");
@@ -122,7 +100,6 @@ TEST(MachineFile, IsRefusedInOneShortLineHoweverLongItsTextsAre) {
              withInquiry('"' + longText + '"'),
              R"({"modprobe": )" + std::string(1 << 20, '9') + '}',
              R"({"name": ")" + longText,
-             std::string(60000, '[') + R"({"a": 1, "a": 1})",
          }) {
         const std::string message = refusal(text);
         EXPECT_LE(message.size(), 200U) << message.substr(0, 1000);

@@ -48,7 +48,7 @@ TEST_F(Usage, SaysInOneLineWhyARunFailed) {
         {"% --machine .", ": .: cannot be read: Is a directory"},
         {"% --machine " + fileWith(R"({"nodes": {"/dev/sg0": {"inquiry": {"data": "000"}}}})"),
          "file.json: nodes[\"/dev/sg0\"].inquiry.data: expected pairs of hex digits, found \"000\""},
-        {"ulimit -t 1; % --machine /dev/zero", "larger than the 16 MiB that a machine file may have"},
+        {"ulimit -t 1; % --machine /dev/zero", "larger than 16777216 bytes"},
         {"% --record .", ".: is a directory, expected a regular file or none"},
         {"% --record " + fileWith("", "kept.json") + onEmptyMachine,
          "kept.json: is there already; --force replaces it"},
