@@ -1,5 +1,7 @@
 #include "system/machine.h"
 
+#include "system/boundary.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -15,6 +17,32 @@ serviceAnswer machine::captureFile(const std::string& path) {
     errno = 0;
     content << file.rdbuf(); // which also fails where there is nothing to read, but without an error
     return {content.str(), content.fail() && errno != 0 ? std::strerror(errno) : ""};
+}
+
+int nodeListener::open(const char* path, int flags, mode_t mode) {
+    const int fd = layer::open(path, flags, mode);
+    const int error = errno;
+    if (isNodePath(path)) {
+        if (fd >= 0)
+            open_[fd] = path;
+        opened(path, fd >= 0 ? 0 : error);
+    }
+    errno = error;
+    return fd;
+}
+
+int nodeListener::close(int fd) {
+    open_.erase(fd);
+    return layer::close(fd);
+}
+
+int nodeListener::ioctl(int fd, unsigned long request, void* argument) {
+    const int result = layer::ioctl(fd, request, argument);
+    const int error = errno;
+    if (const auto found = open_.find(fd); found != open_.end())
+        asked(found->second, request, argument, result, result == -1 ? error : 0);
+    errno = error;
+    return result;
 }
 
 } // namespace sys

@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -86,6 +87,28 @@ public:
 
 private:
     machine& below_;
+};
+
+/// A layer that is told what became of each call on a device node, and changes nothing of it.
+class nodeListener : public layer {
+public:
+    using layer::layer;
+
+    int open(const char* path, int flags, mode_t mode) override;
+    int close(int fd) override;
+    int ioctl(int fd, unsigned long request, void* argument) override;
+
+    /// Is a node open now?
+    bool isAsking() const { return !open_.empty(); }
+
+protected:
+    // `error` is the errno of a call that failed, or 0.
+    virtual void opened(const std::string& path, int error) = 0;
+    virtual void asked(const std::string& /*path*/, unsigned long /*request*/, const void* /*argument*/, int /*result*/,
+                       int /*error*/) {}
+
+private:
+    std::map<int, std::string> open_; // descriptor to path
 };
 
 /// While it lives, this process asks the machine `asked`. At its end the process asks the machine of before again.

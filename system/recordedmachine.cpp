@@ -6,35 +6,12 @@
 #include <sys/wait.h>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace sys {
 
-int recordedMachine::open(const char* path, int flags, mode_t mode) {
-    const int fd = layer::open(path, flags, mode);
-    const int error = errno;
-    if (isNodePath(path)) {
-        node& asked = answers_.nodes[path];
-        asked.open.add({fd >= 0 ? 0 : error});
-        if (fd >= 0)
-            open_[fd] = &asked;
-    }
-    errno = error;
-    return fd;
-}
-
-int recordedMachine::close(int fd) {
-    open_.erase(fd);
-    return layer::close(fd);
-}
-
-int recordedMachine::ioctl(int fd, unsigned long request, void* argument) {
-    const int result = layer::ioctl(fd, request, argument);
-    const int error = errno;
-    if (const auto found = open_.find(fd); found != open_.end())
-        keepAnswer(*found->second, request, argument, result, result == -1 ? error : 0);
-    errno = error;
-    return result;
+void recordedMachine::asked(const std::string& path, unsigned long request, const void* argument, int result,
+                            int error) {
+    keepAnswer(answers_.nodes[path], request, argument, result, error);
 }
 
 int recordedMachine::system(const char* command) {

@@ -2,19 +2,14 @@
 
 #include "system/machine.h"
 
-#include <map>
-
 namespace sys {
 
 /// Keeps every answer of the machine below, so that a simulated machine can give the same answers. It never calls a
 /// device node by itself: a recorded run asks a device no more than a plain one.
-class recordedMachine : public layer {
+class recordedMachine : public nodeListener {
 public:
-    using layer::layer;
+    using nodeListener::nodeListener;
 
-    int open(const char* path, int flags, mode_t mode) override;
-    int close(int fd) override;
-    int ioctl(int fd, unsigned long request, void* argument) override;
     int system(const char* command) override;
     serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
                         std::chrono::seconds limit) override;
@@ -27,8 +22,10 @@ public:
     machineAnswers wholeMachine();
 
 private:
+    void opened(const std::string& path, int error) override { answers_.nodes[path].open.add({error}); }
+    void asked(const std::string& path, unsigned long request, const void* argument, int result, int error) override;
+
     machineAnswers answers_;
-    std::map<int, node*> open_; // descriptor to node, which stays in the answers
 };
 
 } // namespace sys

@@ -26,6 +26,9 @@ constexpr std::size_t registerBytes = 4, modelOffset = 54, modelSize = 40;
 
 bool isOfFamily(std::string_view path, std::string_view family) { return path.substr(0, family.size()) == family; }
 
+/// Is it asked for the words of the sg node before it?
+bool isSubstitute(const std::string& path) { return isOfFamily(path, "/dev/sd"); }
+
 bool isBetter(const visit& one, const visit& other) {
     return (one.error == 0 && one.identified) && !(other.error == 0 && other.identified);
 }
@@ -60,33 +63,37 @@ void noteInquiry(const sg_io_hdr& header, visit& node) {
     node.blankProduct = (product.empty() ? vendor : product).find_first_not_of(" \t") == std::string::npos;
 }
 
+/// Of a node that is not SCSI the plug-in takes no notice of the answer to INQUIRY.
+void noteScsiCommand(const sg_io_hdr& header, const std::string& error, visit& node) {
+    const bool isStandardInquiry = header.cmdp[0] == inquiryOpcode && header.cmdp[1] == 0;
+    if (!isStandardInquiry || !isOfFamily(node.path, "/dev/sg"))
+        return;
+    if (!error.empty())
+        node.failure = "INQUIRY: " + error;
+    else if ((header.info & SG_INFO_OK_MASK) == SG_INFO_CHECK)
+        node.failure = "INQUIRY: " + whyFailed(header);
+    else
+        noteInquiry(header, node);
+}
+
+void noteDriveCommand(const unsigned char* registers, const std::string& error, const std::string& substitute,
+                      visit& node) {
+    if (error.empty()) {
+        node.identified = node.hasOwnWords = true;
+        node.model = modelOf(registers + registerBytes);
+        node.askedAt = substitute;
+    } else if (!substitute.empty()) {
+        node.askedInVain = substitute + ": IDENTIFY DEVICE: " + error;
+    } else if (!isOfFamily(node.path, "/dev/sg") || node.failure.empty()) {
+        node.failure = "IDENTIFY DEVICE: " + error; // what an sg node says to SCSI commands tells more
+    }
+}
+
 } // namespace
 
 void watchedMachine::begin(const std::string& step) const {
     if (step_ && !step.empty())
         step_(step);
-}
-
-int watchedMachine::open(const char* path, int flags, mode_t mode) {
-    const int fd = layer::open(path, flags, mode);
-    const int error = errno;
-    if (isNodePath(path))
-        opened(path, fd, error);
-    errno = error;
-    return fd;
-}
-
-int watchedMachine::close(int fd) {
-    open_.erase(fd);
-    return layer::close(fd);
-}
-
-int watchedMachine::ioctl(int fd, unsigned long request, void* argument) {
-    const int result = layer::ioctl(fd, request, argument);
-    const int error = errno;
-    asked(fd, request, argument, result, error);
-    errno = error;
-    return result;
 }
 
 unsigned watchedMachine::sleep(unsigned seconds) {
@@ -113,10 +120,8 @@ serviceAnswer watchedMachine::spawn(const std::string& command, const std::vecto
                                     std::chrono::seconds limit) {
     serviceAnswer answer = layer::spawn(command, arguments, limit);
     if (!answer.failure.empty() && hasOpticalTable()) {
-        std::string words = command;
-        for (const auto& argument : arguments)
-            words += ' ' + argument;
-        unread_.push_back("the optical-drive table could not be read (" + words + ": " + answer.failure + ')');
+        unread_.push_back("the optical-drive table could not be read (" + command + ' ' + boost::join(arguments, " ") +
+                          ": " + answer.failure + ')');
     }
     return answer;
 }
@@ -128,96 +133,48 @@ serviceAnswer watchedMachine::captureFile(const std::string& path) {
     return answer;
 }
 
-/// The plug-in opens a node a second time when its driver does not answer at first: that is still the same visit.
-void watchedMachine::visited(const std::string& path, int error) {
-    if (visits_.size() > walk_ && visits_.back().path == path) {
+void watchedMachine::opened(const std::string& path, int error) {
+    if ((isOfFamily(path, "/dev/sg") || isOfFamily(path, "/dev/hd")) && !isAbsent(error)) {
+        // The plug-in opens a node a second time when its driver does not answer at first: that is the same visit.
+        if (visits_.size() == walk_ || visits_.back().path != path)
+            visits_.emplace_back().path = path;
         visits_.back().error = error;
-        return;
-    }
-    visits_.emplace_back();
-    visits_.back().path = path;
-    visits_.back().error = error;
-}
-
-void watchedMachine::opened(const std::string& path, int fd, int error) {
-    if (isOfFamily(path, "/dev/sd"))
-        return openedSubstitute(path, fd, error);
-    if ((fd < 0 && isAbsent(error)) || !(isOfFamily(path, "/dev/sg") || isOfFamily(path, "/dev/hd")))
-        return;
-    visited(path, fd >= 0 ? 0 : error);
-    if (fd < 0)
-        return;
-    begin(path);
-    open_[fd] = {visits_.size() - 1, ""};
-}
-
-/// A /dev/sd node is asked for the words of the sg node before it.
-void watchedMachine::openedSubstitute(const std::string& path, int fd, int error) {
-    if (visits_.empty())
-        return;
-    if (fd >= 0)
-        open_[fd] = {visits_.size() - 1, path};
-    else
+        if (error == 0)
+            begin(path);
+    } else if (isSubstitute(path) && error != 0 && !visits_.empty()) {
         visits_.back().askedInVain =
             path + (isAbsent(error) ? " is not there" : " could not be opened (" + text::errorName(error) + ')');
+    }
 }
 
-void watchedMachine::asked(int fd, unsigned long request, const void* argument, int result, int error) {
-    const auto found = open_.find(fd);
-    if (found == open_.end())
+void watchedMachine::asked(const std::string& path, unsigned long request, const void* argument, int /*result*/,
+                           int error) {
+    if (visits_.empty())
         return;
-    const auto& [number, substitute] = found->second;
-    visit& node = visits_[number];
-    const std::string why = result == -1 ? text::errorName(error) : "";
+    visit& node = visits_.back();
+    const std::string substitute = isSubstitute(path) ? path : "";
+    const std::string why = error != 0 ? text::errorName(error) : "";
     switch (request) {
     case SG_GET_VERSION_NUM:
-        if (result == -1)
+        if (error != 0)
             node.failure = "SG_GET_VERSION_NUM: " + why;
         else if (const int version = *static_cast<const int*>(argument); version < firstSgIoVersion)
             node.failure = "its driver is too old: " + std::to_string(version);
         break;
     case SG_IO:
-        scsiCommandSent(*static_cast<const sg_io_hdr*>(argument), why, node);
+        noteScsiCommand(*static_cast<const sg_io_hdr*>(argument), why, node);
         break;
     case CDROM_GET_CAPABILITY:
-        if (result == -1)
-            break;
-        if (substitute.empty())
+        if (error == 0 && substitute.empty())
             node.identified = true;
-        else
+        else if (error == 0)
             node.askedInVain = substitute + " is an optical drive";
         break;
     case HDIO_DRIVE_CMD:
-        driveCommandSent(static_cast<const unsigned char*>(argument), why, substitute, node);
+        noteDriveCommand(static_cast<const unsigned char*>(argument), why, substitute, node);
         break;
     default:
         break;
-    }
-}
-
-/// Of a node that is not SCSI the plug-in takes no notice of the answer to INQUIRY.
-void watchedMachine::scsiCommandSent(const sg_io_hdr& header, const std::string& error, visit& node) {
-    const bool isStandardInquiry = header.cmdp[0] == inquiryOpcode && header.cmdp[1] == 0;
-    if (!isStandardInquiry || !isOfFamily(node.path, "/dev/sg"))
-        return;
-    if (!error.empty())
-        node.failure = "INQUIRY: " + error;
-    else if ((header.info & SG_INFO_OK_MASK) == SG_INFO_CHECK)
-        node.failure = "INQUIRY: " + whyFailed(header);
-    else
-        noteInquiry(header, node);
-}
-
-void watchedMachine::driveCommandSent(const unsigned char* registers, const std::string& error,
-                                      const std::string& substitute, visit& node) {
-    if (error.empty()) {
-        node.identified = node.hasOwnWords = true;
-        node.model = modelOf(registers + registerBytes);
-        node.askedAt = substitute;
-    } else if (!substitute.empty()) {
-        node.askedInVain = substitute + ": IDENTIFY DEVICE: " + error;
-    } else if (!isOfFamily(node.path, "/dev/sg") || node.failure.empty()) {
-        node.failure = "IDENTIFY DEVICE: " + error; // what an sg node says to SCSI commands tells more
     }
 }
 

@@ -2,11 +2,8 @@
 
 #include "system/machine.h"
 
-#include <scsi/sg.h>
-
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,16 +31,13 @@ struct visit {
 /// A node is there when opening it succeeds or fails with another error than ENOENT, ENXIO and ENODEV. A /dev/sd node
 /// is opened in place of the sg node before it and never counts on its own. Loading the driver begins a new walk, in
 /// which each node has to identify itself anew.
-class watchedMachine : public layer {
+class watchedMachine : public nodeListener {
 public:
-    using layer::layer;
+    using nodeListener::nodeListener;
 
     /// From now on `step` is called before everything that can take long: a node, a pause, a shell command.
     void onStep(std::function<void(const std::string& step)> step) { step_ = std::move(step); }
 
-    int open(const char* path, int flags, mode_t mode) override;
-    int close(int fd) override;
-    int ioctl(int fd, unsigned long request, void* argument) override;
     unsigned sleep(unsigned seconds) override;
     int system(const char* command) override;
     serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
@@ -57,9 +51,6 @@ public:
     /// The node that is being asked, or else was last: null before the first.
     const visit* latest() const { return visits_.empty() ? nullptr : &visits_.back(); }
 
-    /// Is it open now?
-    bool isAsking() const { return !open_.empty(); }
-
     /// The wait status of loading the driver. If the driver was loaded several times, the first failure counts. None:
     /// nobody loaded it.
     std::optional<int> driverStatus() const { return driverStatus_; }
@@ -68,24 +59,13 @@ public:
     const std::vector<std::string>& unread() const { return unread_; }
 
 private:
-    struct descriptor {
-        std::size_t visit;
-        std::string path; // of a node that is asked in place of the visited one; else ""
-    };
-
     void begin(const std::string& step) const;
-    void opened(const std::string& path, int fd, int error);
-    void openedSubstitute(const std::string& path, int fd, int error);
-    void visited(const std::string& path, int error);
-    void asked(int fd, unsigned long request, const void* argument, int result, int error);
-    static void scsiCommandSent(const sg_io_hdr& header, const std::string& error, visit& node);
-    static void driveCommandSent(const unsigned char* registers, const std::string& error,
-                                 const std::string& substitute, visit& node);
+    void opened(const std::string& path, int error) override;
+    void asked(const std::string& path, unsigned long request, const void* argument, int result, int error) override;
 
     std::function<void(const std::string&)> step_;
     std::vector<visit> visits_; // of all walks
     std::size_t walk_ = 0;      // where the present one begins
-    std::map<int, descriptor> open_;
     std::optional<int> driverStatus_;
     std::vector<std::string> unread_;
 };
