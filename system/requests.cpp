@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <iterator>
 #include <string_view>
 
 namespace sys {
@@ -56,9 +55,9 @@ std::size_t allocationLength(const unsigned char* inquiryCdb) {
 }
 
 /// Puts an answer where the request wants it.
-requestResult deliver(const scsiAnswer& reply, sg_io_hdr& header) {
+int deliver(const scsiAnswer& reply, sg_io_hdr& header) {
     if (reply.error != 0)
-        return {0, reply.error};
+        return -reply.error;
 
     std::size_t sent = std::min<std::size_t>(reply.data.size(), header.dxfer_len);
     if (header.cmdp[0] == inquiryOpcode)
@@ -75,7 +74,7 @@ requestResult deliver(const scsiAnswer& reply, sg_io_hdr& header) {
     header.host_status = reply.hostStatus;
     header.driver_status = reply.driverStatus;
     header.info = reply.info;
-    return {};
+    return 0;
 }
 
 /// The other way round: what a request has brought. Keeps the whole data buffer, however much of it the device filled:
@@ -103,13 +102,13 @@ answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
     return asksForPage(cdb, serialNumberPage) ? &asked.serialPage : nullptr;
 }
 
-requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
+int sendScsiCommand(node& asked, sg_io_hdr& header) {
     if (header.interface_id != 'S')
-        return {0, ENOSYS};
+        return -ENOSYS;
     if (header.cmdp == nullptr || header.cmd_len < 6)
-        return {0, EMSGSIZE};
+        return -EMSGSIZE;
     if (header.iovec_count != 0)
-        return {0, EINVAL}; // an answer goes into one buffer only
+        return -EINVAL; // an answer goes into one buffer only
     const unsigned char* const cdb = header.cmdp;
     if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
         return deliver(own->next(), header);
@@ -120,37 +119,30 @@ requestResult sendScsiCommand(node& asked, sg_io_hdr& header) {
 
 /// The next answer to a request, given by `deliver` if it is no error.
 template <typename Answer, typename Deliver>
-requestResult answerNext(answerList<Answer>& replies, int refusal, Deliver deliver) {
+int answerNext(answerList<Answer>& replies, int refusal, Deliver deliver) {
     if (replies.empty())
-        return {0, refusal};
+        return -refusal;
     const Answer& reply = replies.next();
-    return reply.error != 0 ? requestResult{0, reply.error} : deliver(reply);
+    return reply.error != 0 ? -reply.error : deliver(reply);
 }
 
-requestResult sendDriveCommand(answerList<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
+int sendDriveCommand(answerList<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
     return answerNext(replies, refusal, [=](const driveAnswer& reply) {
         const std::size_t sent = std::min(reply.data.size(), room);
         std::fill(std::copy_n(reply.data.begin(), sent, target), target + room, 0); // a drive fills all of it
-        return requestResult();
+        return 0;
     });
 }
 
 /// For a request that writes a number to its argument.
-requestResult writeNumber(answerList<numberAnswer>& replies, void* target) {
+int writeNumber(answerList<numberAnswer>& replies, void* target) {
     return answerNext(replies, ENOTTY, [target](const numberAnswer& reply) {
         *static_cast<int*>(target) = reply.value;
-        return requestResult();
+        return 0;
     });
 }
 
-/// For a request whose result is the number itself: -1 from a driver is -EPERM, which the C library makes an error.
-requestResult returnNumber(answerList<numberAnswer>& replies, int refusal) {
-    return answerNext(replies, refusal, [](const numberAnswer& reply) {
-        return reply.value == -1 ? requestResult{0, EPERM} : requestResult{reply.value, 0};
-    });
-}
-
-requestResult writeAddress(answerList<addressAnswer>& replies, void* target) {
+int writeAddress(answerList<addressAnswer>& replies, void* target) {
     return answerNext(replies, ENOTTY, [target](const addressAnswer& reply) {
         sg_scsi_id id{};
         id.host_no = reply.host;
@@ -159,7 +151,7 @@ requestResult writeAddress(answerList<addressAnswer>& replies, void* target) {
         id.lun = reply.lun;
         id.scsi_type = reply.type;
         *static_cast<sg_scsi_id*>(target) = id;
-        return requestResult();
+        return 0;
     });
 }
 
@@ -167,22 +159,15 @@ addressAnswer addressIn(const sg_scsi_id& id) { return {id.host_no, id.channel, 
 
 driveAnswer dataAt(const unsigned char* bytes, std::size_t size) { return {0, {bytes, bytes + size}}; }
 
-/// Does the request read or write what its argument points to?
-bool needsAddress(unsigned long request) {
-    constexpr unsigned long requests[] = {SG_GET_VERSION_NUM, SG_EMULATED_HOST, SG_GET_SCSI_ID, SG_IO,
-                                          HDIO_DRIVE_CMD,     HDIO_DRIVE_TASK};
-    return std::find(std::begin(requests), std::end(requests), request) != std::end(requests);
-}
-
 /// The errno of a node for a request that its driver does not know. The sg driver takes no unknown request on a
 /// descriptor that is open for reading only.
 int refusalOf(std::string_view path) { return path.substr(0, 7) == "/dev/sg" ? EPERM : ENOTTY; }
 
 } // namespace
 
-requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument) {
-    if (argument == nullptr && needsAddress(request))
-        return {0, EFAULT};
+int answerRequest(const std::string& path, node& asked, unsigned long request, void* argument) {
+    if (argument == nullptr && request != CDROM_GET_CAPABILITY)
+        return -EFAULT;
     const int refusal = refusalOf(path);
     auto* const registers = static_cast<unsigned char*>(argument);
     switch (request) {
@@ -193,18 +178,19 @@ requestResult answerRequest(const std::string& path, node& asked, unsigned long 
     case SG_GET_SCSI_ID:
         return writeAddress(asked.address, argument);
     case SG_IO:
-        return asked.inquiry.empty() ? requestResult{0, EINVAL}
-                                     : sendScsiCommand(asked, *static_cast<sg_io_hdr*>(argument));
+        return asked.inquiry.empty() ? -EINVAL : sendScsiCommand(asked, *static_cast<sg_io_hdr*>(argument));
     case CDROM_GET_CAPABILITY:
-        return returnNumber(asked.opticalCapability, refusal);
+        return answerNext(asked.opticalCapability, refusal, [](const numberAnswer& reply) {
+            return std::max(reply.value, -EPERM); // what a driver's -1 means; it has no smaller number
+        });
     case HDIO_DRIVE_CMD:
         return registers[0] == identifyOpcode
                    ? sendDriveCommand(asked.identify, registers + registerBytes, registers[3] * sectorSize, refusal)
-                   : requestResult{0, asked.identify.empty() ? refusal : EIO};
+                   : (asked.identify.empty() ? -refusal : -EIO);
     case HDIO_DRIVE_TASK:
         return sendDriveCommand(asked.task, registers, taskBytes, refusal);
     default:
-        return {0, refusal};
+        return -refusal;
     }
 }
 

@@ -10,15 +10,10 @@ namespace sys {
 /// How many register bytes HDIO_DRIVE_TASK (linux/hdreg.h) takes, and how many it returns.
 constexpr std::size_t taskBytes = 7;
 
-/// The result of a request: a value, or an errno.
-struct requestResult {
-    int value = 0;
-    int error = 0; ///< 0: the request succeeds
-};
-
 /// Answers the ioctl `request` on a node as its driver would (scsi/sg.h, linux/hdreg.h, linux/cdrom.h), with the
-/// data in `argument`. Refuses requests and SCSI commands that it does not know as a driver or a device would.
-requestResult answerRequest(const std::string& path, node& asked, unsigned long request, void* argument);
+/// data in `argument`. Refuses requests and SCSI commands that it does not know as a driver or a device would. Returns
+/// what a driver returns: a negative number is an errno.
+int answerRequest(const std::string& path, node& asked, unsigned long request, void* argument);
 
 /// The other way round: adds the outcome of a request to the answers of a node. `argument` is as the driver left it;
 /// `error` is the errno of a request that failed, or 0.

@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <utility>
 
 namespace sys {
 
@@ -46,8 +45,7 @@ int simulatedMachine::open(const char* path, int flags, mode_t mode) {
     auto& outcomes = found->second.open;
     if (const int error = outcomes.empty() ? 0 : outcomes.next().error)
         return fail(error);
-    decltype(open_) opened{{-1, &*found}}; // before there is a descriptor, which would be lost where memory ends
-    auto entry = opened.extract(opened.begin());
+    auto entry = open_.extract(open_.emplace(-1, &*found).first); // memory ends here, before there is a descriptor
     const int fd = entry.key() = newDescriptor();
     if (fd >= 0)
         open_.insert(std::move(entry));
@@ -63,11 +61,11 @@ int simulatedMachine::close(int fd) { return open_.erase(fd) != 0 ? 0 : cLibrary
 
 int simulatedMachine::ioctl(int fd, unsigned long request, void* argument) {
     const auto found = open_.find(fd);
-    if (found == open_.end()) // where a node did not open, it is nobody's descriptor
-        return fd < 0 ? fail(EBADF) : cLibrary::ioctl(fd, request, argument);
+    if (found == open_.end())
+        return cLibrary::ioctl(fd, request, argument);
     auto& [path, node] = *found->second;
-    const requestResult result = answerRequest(path, node, request, argument);
-    return result.error == 0 ? result.value : fail(result.error);
+    const int result = answerRequest(path, node, request, argument);
+    return result < 0 ? fail(-result) : result;
 }
 
 unsigned simulatedMachine::sleep(unsigned seconds) {
