@@ -2,10 +2,9 @@
 
 #include "system/boundary.h"
 #include "system/sysfsdirectory.h"
-#include "system/udev.h"
 
 #include <boost/algorithm/string/predicate.hpp>
-#include <sys/sysmacros.h>
+#include <boost/algorithm/string/trim_all.hpp>
 
 #include <algorithm>
 #include <cctype>
@@ -68,24 +67,6 @@ std::string serialNumberOfPage(const std::string& page) {
     return sysfsDirectory::trimmed(page.substr(header, static_cast<std::size_t>(length)));
 }
 
-/// The number in a text such as "8:16"; 0 for anything else.
-dev_t deviceNumberIn(const std::string& text) {
-    unsigned major = 0, minor = 0;
-    const char* const end = text.data() + text.size();
-    const auto [colon, error] = std::from_chars(text.data(), end, major);
-    if (error != std::errc() || colon == end || std::from_chars(colon + 1, end, minor).ec != std::errc())
-        return 0;
-    return makedev(major, minor);
-}
-
-/// The serial number by the device manager. `node` is the directory of a device's node.
-std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& node) {
-    const dev_t number = hasUdev() ? deviceNumberIn(device.contentOf(node + "/dev")) : 0;
-    if (number == 0)
-        return "";
-    return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number);
-}
-
 void addSize(const sysfsDirectory& device, const std::string& node, kernelWords& known) {
     constexpr std::int64_t sectorSize = 512; // bytes: the kernel's unit here, whatever sectors the device has
     const auto sectors = isBlockDevice(node) ? device.numberOf<std::int64_t>(node + "/size") : std::nullopt;
@@ -123,7 +104,8 @@ std::string placeOf(const std::string& path, const sysfsDirectory& sgClass, cons
 /// Tells what the kernel knows. Reads each host adapter once.
 class deviceClasses {
 public:
-    explicit deviceClasses(const std::string& path) : path_(path), sgClass_(path + "scsi_generic/") {}
+    deviceClasses(const std::string& path, const std::string& udevDatabase)
+        : path_(path), sgClass_(path + "scsi_generic/"), udev_(udevDatabase) {}
 
     kernelWords wordsOfSgNode(const std::string& name, kernelDetail detail) {
         kernelWords known;
@@ -159,7 +141,7 @@ public:
     }
 
 private:
-    static void addWords(const sysfsDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) {
+    void addWords(const sysfsDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) const {
         addInquiry(device.contentOf("inquiry"), known);
         known.wwid = device.textOf("wwid");
         if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
@@ -168,6 +150,24 @@ private:
             known.serial = udevSerialNumberOf(device, nodes.front());
         if (known.serial.empty())
             known.serial = serialNumberOfPage(device.contentOf("vpd_pg80"));
+    }
+
+    /// The serial number that udev has noted, which lsblk of util-linux shows. `node` is the directory of a device's
+    /// node. Rules of sg3-utils set the first property, others of udev the rest.
+    std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& node) const {
+        if (!udev_.isThere()) // as in an initial RAM disk
+            return "";
+        const std::string record =
+            '\n' + udev_.contentOf((isBlockDevice(node) ? 'b' : 'c') + device.textOf(node + "/dev"));
+        for (const std::string property : {"SCSI_IDENT_SERIAL", "ID_SCSI_SERIAL", "ID_SERIAL_SHORT", "ID_SERIAL"}) {
+            const std::string label = "\nE:" + property + '=';
+            if (const std::size_t begin = record.find(label); begin != std::string::npos) {
+                const std::size_t text = begin + label.size();
+                return boost::trim_all_copy_if(record.substr(text, record.find('\n', text) - text),
+                                               [](char c) { return c == ' '; });
+            }
+        }
+        return "";
     }
 
     /// Adds what the place of a device among all devices tells: .../0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0
@@ -187,14 +187,15 @@ private:
     }
 
     std::string path_;
-    sysfsDirectory sgClass_;
+    sysfsDirectory sgClass_, udev_;
     std::map<std::string, std::string> drivers_; // by host
 };
 
 } // namespace
 
-kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& path) {
-    deviceClasses classes(path);
+kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& path,
+                              const std::string& udevDatabase) {
+    deviceClasses classes(path, udevDatabase);
     kernelWordMap known;
     for (const auto& node : nodes) {
         if (!isWalkedNode(node))

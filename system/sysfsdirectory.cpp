@@ -25,7 +25,7 @@ std::string sysfsDirectory::contentOf(const std::string& file) const {
     const int fd = ::openat(fd_, file.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd == -1)
         return "";
-    char content[4096]; // a page: no file has more, and the kernel gives all of it at once
+    char content[16384]; // a file of sysfs has at most one page, and is given at once
     const ssize_t size = ::read(fd, content, sizeof content);
     cLibrary::close(fd);
     return {content, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};

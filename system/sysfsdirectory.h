@@ -8,8 +8,8 @@
 
 namespace sys {
 
-/// A directory of sysfs, kept open: the kernel walks the long way to it once and not for each file. Files are named by
-/// their way from it.
+/// A directory of sysfs or udev, kept open: the kernel walks the long way to it once and not for each file. Files are
+/// named by their way from it.
 class sysfsDirectory {
 public:
     explicit sysfsDirectory(const std::string& path);
@@ -19,7 +19,7 @@ public:
 
     bool isThere() const { return fd_ != -1; }
 
-    /// The start of a file, as much as a sysfs file can have; empty where it cannot be read.
+    /// The start of a file, longer than such files are; empty where it cannot be read.
     std::string contentOf(const std::string& file) const;
 
     /// The same without the blanks, line ends and zero bytes around it.
