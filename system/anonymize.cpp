@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <iterator>
 #include <set>
 #include <string_view>
 #include <unordered_set>
@@ -76,40 +75,30 @@ void anonymizeIdentify(bytes& sector, const pseudonyms& names) {
 /// Keeps the format of a wwid and what stands for the maker (drivers/scsi/scsi_lib.c, scsi_vpd_lun_id): of registered
 /// names and EUI-64 the maker's number in 6 digits, after T10 eight characters.
 std::string anonymousWwid(const std::string& wwid, const pseudonyms& names) {
-    const struct {
-        std::string format;
-        std::size_t kept;
-    } formats[] = {{"naa.5", 11}, {"naa.6", 11}, {"naa.", 5}, {"eui.", 10}, {"t10.", 12}, {"", 0}};
-    const auto& found = *std::find_if(std::begin(formats), std::end(formats), [&wwid](const auto& candidate) {
-        return wwid.compare(0, candidate.format.size(), candidate.format) == 0;
-    });
-    const std::size_t kept = std::min(found.kept, wwid.size());
-    const std::string rest = wwid.substr(kept);
-    const bool isText = found.format == "t10." || found.format.empty();
-    return wwid.substr(0, kept) + (isText ? names.of(rest) : names.ofHexadecimal(rest));
-}
-
-/// Makes a list of the same answers, each changed by `change`.
-template <typename Answer, typename Change>
-void changeEach(answerList<Answer>& answers, Change change) {
-    std::vector<Answer> list = answers.all();
-    std::for_each(list.begin(), list.end(), change);
-    answers = list;
+    const std::pair<std::string, std::size_t> kept[] = {{"naa.5", 11}, {"naa.6", 11}, {"naa.", 5}, {"eui.", 10}};
+    for (const auto& [format, size] : kept) {
+        if (boost::starts_with(wwid, format))
+            return wwid.substr(0, size) + names.ofHexadecimal(wwid.substr(std::min(size, wwid.size())));
+    }
+    const std::size_t size = boost::starts_with(wwid, "t10.") ? std::min<std::size_t>(12, wwid.size()) : 0;
+    return wwid.substr(0, size) + names.of(wwid.substr(size));
 }
 
 void anonymizeNode(node& target, const pseudonyms& names) {
     target.knownAs.wwid = anonymousWwid(target.knownAs.wwid, names);
     target.knownAs.serial = names.of(target.knownAs.serial);
-    changeEach(target.inquiry, [](scsiAnswer& answer) {
+    for (auto& answer : target.inquiry.all()) {
         keepOnly(answer.data, {inquiryData});
         keepOnly(answer.sense, {fixedSense});
-    });
-    changeEach(target.serialPage, [&names](scsiAnswer& answer) {
+    }
+    for (auto& answer : target.serialPage.all()) {
         anonymizeSerialPage(answer.data, names);
         keepOnly(answer.sense, {fixedSense});
-    });
-    changeEach(target.identify, [&names](driveAnswer& answer) { anonymizeIdentify(answer.data, names); });
-    changeEach(target.task, [](driveAnswer& answer) { keepOnly(answer.data, {{0, taskBytes}}); });
+    }
+    for (auto& answer : target.identify.all())
+        anonymizeIdentify(answer.data, names);
+    for (auto& answer : target.task.all())
+        keepOnly(answer.data, {{0, taskBytes}});
 }
 
 using nameSet = std::set<std::string>;

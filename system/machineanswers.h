@@ -23,6 +23,7 @@ public:
 
     bool empty() const { return list_.empty(); }
     const std::vector<T>& all() const { return list_; }
+    std::vector<T>& all() { return list_; }
 
     void add(T answer) { list_.push_back(std::move(answer)); }
 
@@ -34,9 +35,6 @@ public:
 
     /// The next answer. There must be one.
     const T& next() { return list_[position_ + 1 < list_.size() ? position_++ : position_]; }
-
-    /// The next answer is the first one again.
-    void rewind() { position_ = 0; }
 
 private:
     std::vector<T> list_;

@@ -35,12 +35,9 @@ unsigned replayedMachine::sleep(unsigned seconds) { return again_ ? again_->slee
 int replayedMachine::system(const char* command) {
     if (commandOf(command).kind != shellCommand::modprobe)
         return layer::system(command);
-    if (!again_ && !walk_.answers().modprobe.empty())
+    if (!walk_.answers().modprobe.empty()) // from the second walk on
         again_.emplace(devicesOf(walk_.answers()));
-    if (!again_)
-        return layer::system(command);
-    again_->rewind();
-    return again_->system(command);
+    return again_ ? again_->system(command) : layer::system(command);
 }
 
 } // namespace sys

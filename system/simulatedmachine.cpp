@@ -4,6 +4,8 @@
 #include "system/clibrary.h"
 #include "system/requests.h"
 
+#include <sys/wait.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -29,12 +31,6 @@ int writeListing(const std::string& file, const std::string& listing) {
 }
 
 } // namespace
-
-void simulatedMachine::rewind() {
-    answers_.modprobe.rewind();
-    for (auto& [path, node] : answers_.nodes)
-        eachAnswer(node, [](const char* /*name*/, auto& answers) { answers.rewind(); });
-}
 
 int simulatedMachine::open(const char* path, int flags, mode_t mode) {
     if (!isNodePath(path))
@@ -76,22 +72,18 @@ unsigned simulatedMachine::sleep(unsigned seconds) {
 int simulatedMachine::system(const char* command) {
     constexpr int commandNotFound = 127;
     const shellCommand known = commandOf(command);
-    int exitStatus = commandNotFound;
     switch (known.kind) {
     case shellCommand::modprobe:
-        exitStatus = answers_.modprobe.empty() ? 0 : answers_.modprobe.next();
-        break;
+        return answers_.modprobe.empty() ? 0 : W_EXITCODE(answers_.modprobe.next(), 0);
     case shellCommand::usbQuery:
-        exitStatus = writeListing(known.file, answers_.usbListing);
-        break;
+        return W_EXITCODE(writeListing(known.file, answers_.usbListing), 0);
     case shellCommand::removal:
         std::remove(known.file.c_str());
-        exitStatus = 0;
-        break;
+        return 0;
     case shellCommand::other:
         break;
     }
-    return exitStatus << 8;
+    return W_EXITCODE(commandNotFound, 0);
 }
 
 serviceAnswer simulatedMachine::spawn(const std::string& command, const std::vector<std::string>& arguments,
