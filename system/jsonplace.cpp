@@ -39,16 +39,9 @@ jsonTree parseJson(const std::string& text) {
     }
 }
 
-void jsonPlace::failWith(const std::string& message) const {
-    throw std::runtime_error((place_.empty() ? "the document" : place_) + ": " + message);
-}
-
 void jsonPlace::fail(const std::string& expected) const {
-    failWith("expected " + expected + ", found " + excerpt(value_));
-}
-
-void jsonPlace::failAtUnknown(const std::string& name, const std::string& expected) const {
-    failWith("unknown member " + excerpt(name) + ", expected one of " + expected);
+    throw std::runtime_error((place_.empty() ? "the document" : place_) + ": expected " + expected + ", found " +
+                             excerpt(value_));
 }
 
 std::string jsonPlace::text() const {
@@ -94,8 +87,9 @@ std::map<std::string, jsonPlace> jsonPlace::members(const std::string& expected)
     for (const auto& [name, value] : value_.get_ref<const jsonTree::object_t&>()) {
         const bool isPlain = name.size() <= longestExcerpt && name[0] >= 'a' && name[0] <= 'z'; // else it is quoted
         const std::string step = isPlain ? (place_.empty() ? "" : ".") + name : '[' + excerpt(name) + ']';
-        if (!members.emplace(name, jsonPlace(value, place_ + step)).second)
-            failWith("the member " + excerpt(name) + " stands twice");
+        const jsonPlace member(value, place_ + step);
+        if (!members.emplace(name, member).second)
+            member.fail("no second member of that name");
     }
     return members;
 }

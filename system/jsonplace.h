@@ -43,12 +43,9 @@ public:
 
     /// Throws: "PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
-    /// Throws: "PLACE: unknown member NAME, expected one of EXPECTED".
-    [[noreturn]] void failAtUnknown(const std::string& name, const std::string& expected) const;
 
 private:
     jsonPlace(const jsonTree& value, std::string place) : value_(value), place_(std::move(place)) {}
-    [[noreturn]] void failWith(const std::string& message) const;
 
     const jsonTree& value_;
     std::string place_; // nodes["/dev/sg0"].inquiry[1]; "" of the document

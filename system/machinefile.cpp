@@ -52,7 +52,7 @@ auto upTo(const jsonPlace& place) {
 class memberReader {
 public:
     explicit memberReader(const jsonPlace& place, const std::string& expected = "an object")
-        : place_(place), left_(place.members(expected)) {
+        : left_(place.members(expected)) {
         left_.erase("comment"); // is for whoever reads the file
     }
 
@@ -72,11 +72,10 @@ public:
     /// Refuses an object that has other members.
     void end() const {
         if (!left_.empty())
-            place_.failAtUnknown(left_.begin()->first, names_);
+            left_.begin()->second.fail("no such member, but one of " + names_);
     }
 
 private:
-    const jsonPlace& place_;
     std::map<std::string, jsonPlace> left_;
     std::string names_;
 };
