@@ -51,13 +51,13 @@ std::string jsonPlace::text() const {
 }
 
 /// The parser lets only valid UTF-8 through, in which a first byte above 0xC3 begins a code point above U+00FF.
-std::string jsonPlace::bytesOf(const std::string& name) const {
+std::string jsonPlace::bytesOf(const std::string& utf8) const {
     std::string result;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(name[i]);
+    for (std::size_t i = 0; i < utf8.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(utf8[i]);
         if (byte > 0xC3)
             fail("characters up to U+00FF");
-        result += byte < 0x80 ? name[i] : static_cast<char>((byte & 0x03) << 6 | (name[++i] & 0x3F));
+        result += byte < 0x80 ? utf8[i] : static_cast<char>((byte & 0x03) << 6 | (utf8[++i] & 0x3F));
     }
     return result;
 }
@@ -88,7 +88,7 @@ std::map<std::string, jsonPlace> jsonPlace::members(const std::string& expected)
         const bool isPlain = name.size() <= longestExcerpt && name[0] >= 'a' && name[0] <= 'z'; // else it is quoted
         const std::string step = isPlain ? (place_.empty() ? "" : ".") + name : '[' + excerpt(name) + ']';
         const jsonPlace member(value, place_ + step);
-        if (!members.emplace(name, member).second)
+        if (!members.emplace(bytesOf(name), member).second)
             member.fail("no second member of that name");
     }
     return members;

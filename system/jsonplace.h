@@ -32,13 +32,11 @@ public:
 
     /// A text whose code points up to 255 become the bytes of the same number.
     std::string text() const;
-    /// The bytes of a member's name, read like a text.
-    std::string bytesOf(const std::string& name) const;
     long long number(long long least, long long largest) const;
 
     /// The elements of a list; of another value, that alone.
     std::vector<jsonPlace> elements() const;
-    /// The members of an object, by name. `expected` is for the error where it is none.
+    /// The members of an object, by name, which is read like a text. `expected` is for the error where it is none.
     std::map<std::string, jsonPlace> members(const std::string& expected) const;
 
     /// Throws: "PLACE: expected EXPECTED, found ...".
@@ -46,6 +44,7 @@ public:
 
 private:
     jsonPlace(const jsonTree& value, std::string place) : value_(value), place_(std::move(place)) {}
+    std::string bytesOf(const std::string& utf8) const;
 
     const jsonTree& value_;
     std::string place_; // nodes["/dev/sg0"].inquiry[1]; "" of the document

@@ -255,8 +255,7 @@ node nodeAt(const jsonPlace& place, const std::string& path) {
 
 std::map<std::string, node> nodesAt(const jsonPlace& place) {
     std::map<std::string, node> nodes;
-    for (const auto& [name, member] : place.members("an object of nodes by path")) {
-        const std::string path = member.bytesOf(name);
+    for (const auto& [path, member] : place.members("an object of nodes by path")) {
         if (!isNodePath(path))
             member.fail("a node of /dev/sg, /dev/sd, /dev/hd or /dev/sr");
         nodes[path] = nodeAt(member, path);

@@ -103,13 +103,11 @@ answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
 }
 
 int sendScsiCommand(node& asked, sg_io_hdr& header) {
-    if (header.interface_id != 'S')
-        return -ENOSYS;
-    if (header.cmdp == nullptr || header.cmd_len < 6)
-        return -EMSGSIZE;
-    if (header.iovec_count != 0)
-        return -EINVAL; // an answer goes into one buffer only
     const unsigned char* const cdb = header.cmdp;
+    if (cdb == nullptr || header.cmd_len < 6)
+        return -EMSGSIZE;
+    if (header.interface_id != 'S' || header.iovec_count != 0)
+        return -EINVAL; // an answer goes into one buffer only
     if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
         return deliver(own->next(), header);
     if (cdb[0] != inquiryOpcode)

@@ -1,16 +1,22 @@
 #include "system/sysfs.h"
 
 #include "system/boundary.h"
-#include "system/sysfsdirectory.h"
+#include "system/clibrary.h"
 
 #include <boost/algorithm/string/predicate.hpp>
 #include <boost/algorithm/string/trim_all.hpp>
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <charconv>
+#include <climits>
 #include <filesystem>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -21,6 +27,70 @@ namespace sys {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// Without the blanks, line ends and zero bytes around it.
+std::string trimmed(const std::string& text) {
+    return boost::trim_copy_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\0'; });
+}
+
+/// A directory of sysfs or udev, kept open: the kernel walks the long way to it once and not for each file. Files are
+/// named by their way from it. What cannot be read is empty.
+class keptDirectory {
+public:
+    explicit keptDirectory(const std::string& path)
+        : fd_(cLibrary::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC, 0)) {}
+    ~keptDirectory() {
+        if (isThere())
+            cLibrary::close(fd_);
+    }
+    keptDirectory(const keptDirectory&) = delete;
+    keptDirectory& operator=(const keptDirectory&) = delete;
+
+    bool isThere() const { return fd_ != -1; }
+
+    /// The start of a file, longer than such files are.
+    std::string contentOf(const std::string& file) const {
+        const int fd = ::openat(fd_, file.c_str(), O_RDONLY | O_CLOEXEC);
+        if (fd == -1)
+            return "";
+        char content[16384]; // a file of sysfs has at most one page, and is given at once
+        const ssize_t size = ::read(fd, content, sizeof content);
+        cLibrary::close(fd);
+        return {content, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+    }
+
+    std::string textOf(const std::string& file) const { return trimmed(contentOf(file)); }
+
+    /// The number that a file holds, in decimal; none for anything else.
+    std::optional<std::int64_t> numberOf(const std::string& file) const {
+        const std::string text = textOf(file);
+        std::int64_t number = 0;
+        const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+        return error == std::errc() && rest == text.data() + text.size() ? std::make_optional(number) : std::nullopt;
+    }
+
+    /// What a symbolic link in it points to.
+    std::string targetOf(const std::string& link) const {
+        char target[PATH_MAX];
+        const ssize_t size = ::readlinkat(fd_, link.c_str(), target, sizeof target);
+        return {target, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
+    }
+
+    /// The names in one of its directories, each with that directory in front: "block/sda".
+    std::vector<std::string> entriesOf(const std::string& directory) const {
+        std::vector<std::string> entries;
+        const int fd = ::openat(fd_, directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const std::unique_ptr<DIR, int (*)(DIR*)> listed(fd == -1 ? nullptr : ::fdopendir(fd), ::closedir);
+        while (const dirent* const entry = listed ? ::readdir(listed.get()) : nullptr) {
+            if (entry->d_name[0] != '.')
+                entries.push_back(directory + '/' + entry->d_name);
+        }
+        return entries;
+    }
+
+private:
+    int fd_;
+};
 
 /// Is this the plain name of a tape drive, "scsi_tape/st0"? The names beside it, "nst0" or "st0a", are the same drive
 /// in modes that do not rewind or have another density.
@@ -34,7 +104,7 @@ bool isBlockDevice(const std::string& node) { return boost::starts_with(node, "b
 
 /// The directories of a device's own nodes, such as "block/sda"; of optical drives as well as of disks. A device has
 /// one driver beside that of the sg nodes, so its nodes are of one kind.
-std::vector<std::string> nodesOf(const sysfsDirectory& device) {
+std::vector<std::string> nodesOf(const keptDirectory& device) {
     std::vector<std::string> nodes;
     for (const std::string kind : {"block", "scsi_changer", "scsi_tape"}) {
         if (!nodes.empty())
@@ -53,9 +123,9 @@ void addInquiry(const std::string& answer, kernelWords& known) {
     constexpr std::size_t vendor = 8, model = 16, revision = 32, size = 36;
     if (answer.size() < size)
         return;
-    known.vendor = sysfsDirectory::trimmed(answer.substr(vendor, model - vendor));
-    known.model = sysfsDirectory::trimmed(answer.substr(model, revision - model));
-    known.revision = sysfsDirectory::trimmed(answer.substr(revision, size - revision));
+    known.vendor = trimmed(answer.substr(vendor, model - vendor));
+    known.model = trimmed(answer.substr(model, revision - model));
+    known.revision = trimmed(answer.substr(revision, size - revision));
 }
 
 /// The text of page 0x80, the unit serial number (SPC-4, 7.8.19).
@@ -64,12 +134,12 @@ std::string serialNumberOfPage(const std::string& page) {
     if (page.size() < header)
         return "";
     const auto length = static_cast<unsigned char>(page[2]) << 8 | static_cast<unsigned char>(page[3]);
-    return sysfsDirectory::trimmed(page.substr(header, static_cast<std::size_t>(length)));
+    return trimmed(page.substr(header, static_cast<std::size_t>(length)));
 }
 
-void addSize(const sysfsDirectory& device, const std::string& node, kernelWords& known) {
+void addSize(const keptDirectory& device, const std::string& node, kernelWords& known) {
     constexpr std::int64_t sectorSize = 512; // bytes: the kernel's unit here, whatever sectors the device has
-    const auto sectors = isBlockDevice(node) ? device.numberOf<std::int64_t>(node + "/size") : std::nullopt;
+    const auto sectors = isBlockDevice(node) ? device.numberOf(node + "/size") : std::nullopt;
     if (sectors >= 0 && sectors <= kernelWords::largestSize / sectorSize)
         known.size = static_cast<std::uint64_t>(*sectors * sectorSize);
 }
@@ -95,7 +165,7 @@ std::string pciAddressIn(const fs::path& path) {
 
 /// The directory of the device behind an sg node; "" where there is none. The class has links to
 /// DEVICE/scsi_generic/sg0; the way through such a link would take the kernel longer.
-std::string placeOf(const std::string& path, const sysfsDirectory& sgClass, const std::string& name) {
+std::string placeOf(const std::string& path, const keptDirectory& sgClass, const std::string& name) {
     const std::string link = sgClass.targetOf(name);
     const std::size_t end = link.rfind("/scsi_generic/");
     return end == std::string::npos ? "" : path + link.substr(0, end);
@@ -110,7 +180,7 @@ public:
     kernelWords wordsOfSgNode(const std::string& name, kernelDetail detail) {
         kernelWords known;
         const std::string place = placeOf(path_ + "scsi_generic/", sgClass_, name);
-        const sysfsDirectory device(place);
+        const keptDirectory device(place);
         if (!device.isThere())
             return known;
         const auto nodes = nodesOf(device);
@@ -130,22 +200,22 @@ public:
 
     kernelWords wordsOfIdeNode(const std::string& name, kernelDetail detail) const {
         kernelWords known;
-        if (!sysfsDirectory(path_ + "block/" + name).isThere())
+        if (!keptDirectory(path_ + "block/" + name).isThere())
             return known;
         known.names = {name};
         if (detail != kernelDetail::names)
-            addSize(sysfsDirectory(path_), "block/" + name, known);
+            addSize(keptDirectory(path_), "block/" + name, known);
         if (detail == kernelDetail::all)
-            known.serial = udevSerialNumberOf(sysfsDirectory(path_), "block/" + name);
+            known.serial = udevSerialNumberOf(keptDirectory(path_), "block/" + name);
         return known;
     }
 
 private:
-    void addWords(const sysfsDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) const {
+    void addWords(const keptDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) const {
         addInquiry(device.contentOf("inquiry"), known);
         known.wwid = device.textOf("wwid");
-        if (const auto type = device.numberOf<int>("type"); type >= 0 && type <= kernelWords::largestType)
-            known.type = type;
+        if (const auto type = device.numberOf("type"); type >= 0 && type <= kernelWords::largestType)
+            known.type = static_cast<int>(*type);
         if (!nodes.empty())
             known.serial = udevSerialNumberOf(device, nodes.front());
         if (known.serial.empty())
@@ -154,7 +224,7 @@ private:
 
     /// The serial number that udev has noted, which lsblk of util-linux shows. `node` is the directory of a device's
     /// node. Rules of sg3-utils set the first property, others of udev the rest.
-    std::string udevSerialNumberOf(const sysfsDirectory& device, const std::string& node) const {
+    std::string udevSerialNumberOf(const keptDirectory& device, const std::string& node) const {
         if (!udev_.isThere()) // as in an initial RAM disk
             return "";
         const std::string record =
@@ -174,20 +244,20 @@ private:
     void addPlace(const fs::path& place, kernelWords& known) {
         known.address = place.filename();
         const std::string driver = driverOf("host" + known.address.substr(0, known.address.find(':')));
-        known.adapter = sysfsDirectory::trimmed(driver + ' ' + pciAddressIn(place));
+        known.adapter = trimmed(driver + ' ' + pciAddressIn(place));
     }
 
     /// The driver of a host adapter; "" where the kernel has no name for it.
     const std::string& driverOf(const std::string& host) {
         const auto [driver, isNew] = drivers_.emplace(host, "");
-        const std::string name = isNew ? sysfsDirectory(path_ + "scsi_host/" + host).textOf("proc_name") : "";
+        const std::string name = isNew ? keptDirectory(path_ + "scsi_host/" + host).textOf("proc_name") : "";
         if (name != "<NULL>" && name != "(null)")
             driver->second += name;
         return driver->second;
     }
 
     std::string path_;
-    sysfsDirectory sgClass_, udev_;
+    keptDirectory sgClass_, udev_;
     std::map<std::string, std::string> drivers_; // by host
 };
 
