@@ -53,7 +53,7 @@ std::string hash(std::string key, std::string text) {
 std::string pseudonymKey(const std::string& path) {
     if (path.empty())
         return randomKey();
-    const std::string key = contentUpTo(path, largestKey);
+    std::string key = contentUpTo(path, largestKey);
     if (key.empty())
         throw std::runtime_error(path + ": expected a key, found an empty file");
     return key;
