@@ -3,6 +3,7 @@
 #include "system/boundary.h"
 #include "system/jsonplace.h"
 #include "system/utctime.h"
+#include "text/forms.h"
 #include "text/hex.h"
 
 #include <scsi/sg.h>
@@ -31,8 +32,7 @@ constexpr unsigned char statusMask = 0x1F; // of the status byte shifted right, 
 int errnoOf(const std::string& name) {
     constexpr int lastErrno = 133; // EHWPOISON, asm-generic/errno.h
     for (int number = 1; number <= lastErrno; ++number) {
-        const char* known = ::strerrorname_np(number);
-        if (known != nullptr && name == known)
+        if (text::errorName(number) == name)
             return number;
     }
     return 0;

@@ -16,13 +16,6 @@ namespace {
 
 constexpr std::size_t randomKeySize = 32, largestKey = 65536;
 
-std::string randomKey() {
-    std::string key(randomKeySize, '\0');
-    if (::getrandom(key.data(), key.size(), 0) != static_cast<ssize_t>(key.size()))
-        throw std::runtime_error(std::string("no random key: ") + std::strerror(errno));
-    return key;
-}
-
 /// One of `characters`, which `random` chooses.
 char chosen(const char* characters, char random) {
     return characters[static_cast<unsigned char>(random) % std::strlen(characters)];
@@ -51,8 +44,12 @@ std::string hash(std::string key, std::string text) {
 } // namespace
 
 std::string pseudonymKey(const std::string& path) {
-    if (path.empty())
-        return randomKey();
+    if (path.empty()) {
+        std::string random(randomKeySize, '\0');
+        if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size()))
+            throw std::runtime_error(std::string("no random key: ") + std::strerror(errno));
+        return random;
+    }
     std::string key = contentUpTo(path, largestKey);
     if (key.empty())
         throw std::runtime_error(path + ": expected a key, found an empty file");

@@ -4,22 +4,6 @@
 
 namespace sys {
 
-namespace {
-
-/// A machine with the nodes and the driver of this one.
-machineAnswers devicesOf(const machineAnswers& walked) {
-    machineAnswers devices;
-    devices.modprobe = walked.modprobe;
-    devices.nodes = walked.nodes;
-    for (auto& [path, node] : devices.nodes) {
-        node.inquiry.keepLast();
-        node.serialPage.keepLast();
-    }
-    return devices;
-}
-
-} // namespace
-
 int replayedMachine::open(const char* path, int flags, mode_t mode) {
     return again_ ? again_->open(path, flags, mode) : layer::open(path, flags, mode);
 }
@@ -35,8 +19,13 @@ unsigned replayedMachine::sleep(unsigned seconds) { return again_ ? again_->slee
 int replayedMachine::system(const char* command) {
     if (commandOf(command).kind != shellCommand::modprobe)
         return layer::system(command);
-    if (!walk_.answers().modprobe.empty()) // from the second walk on
-        again_.emplace(devicesOf(walk_.answers()));
+    if (!walk_.answers().modprobe.empty()) { // from the second walk on
+        again_.emplace(walk_.answers());
+        for (auto& [path, node] : again_->answers().nodes) {
+            node.inquiry.keepLast();
+            node.serialPage.keepLast();
+        }
+    }
     return again_ ? again_->system(command) : layer::system(command);
 }
 

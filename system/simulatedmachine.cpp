@@ -21,15 +21,6 @@ int fail(int error) {
     return -1;
 }
 
-/// Writes what the USB query finds into its file. Returns the exit status.
-int writeListing(const std::string& file, const std::string& listing) {
-    constexpr int writeError = 2; // of grep, with which the query ends
-    std::ofstream stream(file, std::ios::binary);
-    stream << listing;
-    stream.close();
-    return stream ? 0 : writeError;
-}
-
 } // namespace
 
 int simulatedMachine::open(const char* path, int flags, mode_t mode) {
@@ -70,13 +61,16 @@ unsigned simulatedMachine::sleep(unsigned seconds) {
 }
 
 int simulatedMachine::system(const char* command) {
-    constexpr int commandNotFound = 127;
+    constexpr int commandNotFound = 127, writeError = 2; // the second of grep, with which the USB query ends
     const shellCommand known = commandOf(command);
     switch (known.kind) {
     case shellCommand::modprobe:
         return answers_.modprobe.empty() ? 0 : W_EXITCODE(answers_.modprobe.next(), 0);
-    case shellCommand::usbQuery:
-        return W_EXITCODE(writeListing(known.file, answers_.usbListing), 0);
+    case shellCommand::usbQuery: {
+        std::ofstream listing(known.file, std::ios::binary);
+        listing << answers_.usbListing << std::flush;
+        return listing ? 0 : W_EXITCODE(writeError, 0);
+    }
     case shellCommand::removal:
         std::remove(known.file.c_str());
         return 0;

@@ -24,10 +24,8 @@ constexpr int firstSgIoVersion = 30000; // of the sg driver: 3.0.0
 constexpr std::size_t vendorOffset = 8, productOffset = 16, revisionOffset = 32;
 constexpr std::size_t registerBytes = 4, modelOffset = 54, modelSize = 40;
 
-bool isOfFamily(std::string_view path, std::string_view family) { return path.substr(0, family.size()) == family; }
-
 /// Is it asked for the words of the sg node before it?
-bool isSubstitute(const std::string& path) { return isOfFamily(path, "/dev/sd"); }
+bool isSubstitute(const std::string& path) { return boost::starts_with(path, "/dev/sd"); }
 
 bool isBetter(const visit& one, const visit& other) {
     return (one.error == 0 && one.identified) && !(other.error == 0 && other.identified);
@@ -35,8 +33,7 @@ bool isBetter(const visit& one, const visit& other) {
 
 /// The text up to its first zero byte.
 std::string textAt(const unsigned char* data, std::size_t begin, std::size_t end) {
-    const std::string text(data + begin, data + end);
-    return text.substr(0, text.find('\0'));
+    return std::string(data + begin, data + end).c_str();
 }
 
 /// The model of an IDENTIFY DEVICE answer without the blanks that pad it.
@@ -66,7 +63,7 @@ void noteInquiry(const sg_io_hdr& header, visit& node) {
 /// Of a node that is not SCSI the plug-in takes no notice of the answer to INQUIRY.
 void noteScsiCommand(const sg_io_hdr& header, const std::string& error, visit& node) {
     const bool isStandardInquiry = header.cmdp[0] == inquiryOpcode && header.cmdp[1] == 0;
-    if (!isStandardInquiry || !isOfFamily(node.path, "/dev/sg"))
+    if (!isStandardInquiry || !boost::starts_with(node.path, "/dev/sg"))
         return;
     if (!error.empty())
         node.failure = "INQUIRY: " + error;
@@ -84,7 +81,7 @@ void noteDriveCommand(const unsigned char* registers, const std::string& error, 
         node.askedAt = substitute;
     } else if (!substitute.empty()) {
         node.askedInVain = substitute + ": IDENTIFY DEVICE: " + error;
-    } else if (!isOfFamily(node.path, "/dev/sg") || node.failure.empty()) {
+    } else if (!boost::starts_with(node.path, "/dev/sg") || node.failure.empty()) {
         node.failure = "IDENTIFY DEVICE: " + error; // what an sg node says to SCSI commands tells more
     }
 }
@@ -134,7 +131,7 @@ serviceAnswer watchedMachine::captureFile(const std::string& path) {
 }
 
 void watchedMachine::opened(const std::string& path, int error) {
-    if ((isOfFamily(path, "/dev/sg") || isOfFamily(path, "/dev/hd")) && !isAbsent(error)) {
+    if ((boost::starts_with(path, "/dev/sg") || boost::starts_with(path, "/dev/hd")) && !isAbsent(error)) {
         // The plug-in opens a node a second time when its driver does not answer at first: that is the same visit.
         if (visits_.size() == walk_ || visits_.back().path != path)
             visits_.emplace_back().path = path;
