@@ -2,11 +2,13 @@
 
 #include "system/boundary.h"
 #include "system/clibrary.h"
+#include "system/udev.h"
 
 #include <boost/algorithm/string/predicate.hpp>
-#include <boost/algorithm/string/trim_all.hpp>
+#include <boost/algorithm/string/trim.hpp>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -33,7 +35,7 @@ std::string trimmed(const std::string& text) {
     return boost::trim_copy_if(text, [](char c) { return c == ' ' || c == '\n' || c == '\0'; });
 }
 
-/// A directory of sysfs or udev, kept open: the kernel walks the long way to it once and not for each file. Files are
+/// A directory of sysfs, kept open: the kernel walks the long way to it once and not for each file. Files are
 /// named by their way from it. What cannot be read is empty.
 class keptDirectory {
 public:
@@ -53,7 +55,7 @@ public:
         const int fd = ::openat(fd_, file.c_str(), O_RDONLY | O_CLOEXEC);
         if (fd == -1)
             return "";
-        char content[16384]; // a file of sysfs has at most one page, and is given at once
+        char content[4096]; // a file of sysfs has at most one page, and is given at once
         const ssize_t size = ::read(fd, content, sizeof content);
         cLibrary::close(fd);
         return {content, static_cast<std::size_t>(std::max<ssize_t>(size, 0))};
@@ -117,6 +119,24 @@ std::vector<std::string> nodesOf(const keptDirectory& device) {
     return nodes;
 }
 
+/// The number in a text such as "8:16"; 0 for anything else.
+dev_t deviceNumberIn(const std::string& text) {
+    unsigned major = 0, minor = 0;
+    const char* const end = text.data() + text.size();
+    const auto [colon, error] = std::from_chars(text.data(), end, major);
+    if (error != std::errc() || colon == end || std::from_chars(colon + 1, end, minor).ec != std::errc())
+        return 0;
+    return makedev(major, minor);
+}
+
+/// The serial number by the device manager. `node` is the directory of a device's node.
+std::string udevSerialNumberOf(const keptDirectory& device, const std::string& node) {
+    const dev_t number = hasUdev() ? deviceNumberIn(device.contentOf(node + "/dev")) : 0;
+    if (number == 0)
+        return "";
+    return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number);
+}
+
 /// Adds the texts of an INQUIRY answer (SPC-4, 6.4.2). The files vendor, model and rev have the same ones, but reading
 /// three files takes three times as long.
 void addInquiry(const std::string& answer, kernelWords& known) {
@@ -174,8 +194,7 @@ std::string placeOf(const std::string& path, const keptDirectory& sgClass, const
 /// Tells what the kernel knows. Reads each host adapter once.
 class deviceClasses {
 public:
-    deviceClasses(const std::string& path, const std::string& udevDatabase)
-        : path_(path), sgClass_(path + "scsi_generic/"), udev_(udevDatabase) {}
+    explicit deviceClasses(const std::string& path) : path_(path), sgClass_(path + "scsi_generic/") {}
 
     kernelWords wordsOfSgNode(const std::string& name, kernelDetail detail) {
         kernelWords known;
@@ -211,7 +230,7 @@ public:
     }
 
 private:
-    void addWords(const keptDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) const {
+    static void addWords(const keptDirectory& device, const std::vector<std::string>& nodes, kernelWords& known) {
         addInquiry(device.contentOf("inquiry"), known);
         known.wwid = device.textOf("wwid");
         if (const auto type = device.numberOf("type"); type >= 0 && type <= kernelWords::largestType)
@@ -220,24 +239,6 @@ private:
             known.serial = udevSerialNumberOf(device, nodes.front());
         if (known.serial.empty())
             known.serial = serialNumberOfPage(device.contentOf("vpd_pg80"));
-    }
-
-    /// The serial number that udev has noted, which lsblk of util-linux shows. `node` is the directory of a device's
-    /// node. Rules of sg3-utils set the first property, others of udev the rest.
-    std::string udevSerialNumberOf(const keptDirectory& device, const std::string& node) const {
-        if (!udev_.isThere()) // as in an initial RAM disk
-            return "";
-        const std::string record =
-            '\n' + udev_.contentOf((isBlockDevice(node) ? 'b' : 'c') + device.textOf(node + "/dev"));
-        for (const std::string property : {"SCSI_IDENT_SERIAL", "ID_SCSI_SERIAL", "ID_SERIAL_SHORT", "ID_SERIAL"}) {
-            const std::string label = "\nE:" + property + '=';
-            if (const std::size_t begin = record.find(label); begin != std::string::npos) {
-                const std::size_t text = begin + label.size();
-                return boost::trim_all_copy_if(record.substr(text, record.find('\n', text) - text),
-                                               [](char c) { return c == ' '; });
-            }
-        }
-        return "";
     }
 
     /// Adds what the place of a device among all devices tells: .../0000:00:1f.2/ata1/host0/target0:0:0/0:0:0:0
@@ -257,15 +258,14 @@ private:
     }
 
     std::string path_;
-    keptDirectory sgClass_, udev_;
+    keptDirectory sgClass_;
     std::map<std::string, std::string> drivers_; // by host
 };
 
 } // namespace
 
-kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& path,
-                              const std::string& udevDatabase) {
-    deviceClasses classes(path, udevDatabase);
+kernelWordMap readKernelWords(const std::set<std::string>& nodes, kernelDetail detail, const std::string& path) {
+    deviceClasses classes(path);
     kernelWordMap known;
     for (const auto& node : nodes) {
         if (!isWalkedNode(node))
