@@ -40,8 +40,11 @@ jsonTree parseJson(const std::string& text) {
 }
 
 void jsonPlace::fail(const std::string& expected) const {
-    throw std::runtime_error((place_.empty() ? "the document" : place_) + ": expected " + expected + ", found " +
-                             excerpt(value_));
+    refuse("expected " + expected + ", found " + excerpt(value_));
+}
+
+void jsonPlace::refuse(const std::string& why) const {
+    throw std::runtime_error((place_.empty() ? "the document" : place_) + ": " + why);
 }
 
 std::string jsonPlace::text() const {
@@ -89,7 +92,7 @@ std::map<std::string, jsonPlace> jsonPlace::members(const std::string& expected)
         const std::string step = isPlain ? (place_.empty() ? "" : ".") + name : '[' + excerpt(name) + ']';
         const jsonPlace member(value, place_ + step);
         if (!members.emplace(bytesOf(name), member).second)
-            member.fail("no second member of that name");
+            member.refuse("a second member of that name");
     }
     return members;
 }

@@ -41,6 +41,8 @@ public:
 
     /// Throws: "PLACE: expected EXPECTED, found ...".
     [[noreturn]] void fail(const std::string& expected) const;
+    /// Throws: "PLACE: WHY".
+    [[noreturn]] void refuse(const std::string& why) const;
 
 private:
     jsonPlace(const jsonTree& value, std::string place) : value_(value), place_(std::move(place)) {}

@@ -15,6 +15,7 @@
 #include <limits>
 #include <map>
 #include <stdexcept>
+#include <utility>
 
 namespace sys {
 
@@ -56,23 +57,25 @@ public:
         left_.erase("comment"); // is for whoever reads the file
     }
 
-    /// Changes nothing where there is no member of that name.
+    /// Changes nothing and returns false where there is no member of that name.
     template <typename Value, typename Read>
-    void operator()(const std::string& name, Value& target, Read read) {
+    bool operator()(const std::string& name, Value& target, Read read) {
         names_ += (names_.empty() ? "" : ", ") + name;
-        if (const auto found = left_.extract(name))
+        const auto found = left_.extract(name);
+        if (found)
             target = read(found.mapped());
+        return !found.empty();
     }
 
     template <typename Number>
-    void operator()(const std::string& name, Number& target) {
-        (*this)(name, target, numberAt<Number>);
+    bool operator()(const std::string& name, Number& target) {
+        return (*this)(name, target, numberAt<Number>);
     }
 
     /// Refuses an object that has other members.
     void end() const {
         if (!left_.empty())
-            left_.begin()->second.fail("no such member, but one of " + names_);
+            left_.begin()->second.refuse("unknown member, expected one of " + names_);
     }
 
 private:
@@ -104,7 +107,7 @@ bytes partAt(const jsonPlace& place) {
     if (place.value().is_string())
         return hexBytesAt(place);
     std::optional<bytes> text, swapped, words, zeros;
-    std::size_t size = 0;
+    std::optional<std::size_t> size;
     memberReader members(place, "pairs of hex digits, or an object with one of text, swapped, words and zeros");
     members("text", text, textBytesAt);
     members("swapped", swapped, textBytesAt);
@@ -114,11 +117,15 @@ bytes partAt(const jsonPlace& place) {
     members.end();
     if (text.has_value() + swapped.has_value() + words.has_value() + zeros.has_value() != 1)
         place.fail("one of text, swapped, words and zeros");
+    if ((text || swapped) != size.has_value())
+        place.fail("a size, of text and swapped only");
     bytes result = *(text ? text : swapped ? swapped : words ? words : zeros);
-    if (size != 0 && result.size() > size)
+    if (size && result.size() > *size)
         place.fail("a size with room for the text");
-    result.resize(std::max(size, result.size()), ' ');
-    for (std::size_t i = 0; (swapped || words) && i + 1 < result.size(); i += 2)
+    result.resize(size.value_or(result.size()), ' ');
+    if ((swapped || words) && result.size() % 2 != 0)
+        place.fail("an even number of bytes");
+    for (std::size_t i = 0; (swapped || words) && i < result.size(); i += 2)
         std::swap(result[i], result[i + 1]);
     return result;
 }
@@ -174,12 +181,14 @@ void readSuccess(const jsonPlace& place, numberAnswer& answer) { answer.value = 
 
 void readSuccess(const jsonPlace& place, addressAnswer& answer) {
     memberReader members(place);
-    members("host", answer.host);
-    members("channel", answer.channel);
-    members("target", answer.target);
-    members("lun", answer.lun);
+    bool isWhole = true;
+    for (const auto& [name, number] : {std::pair("host", &answer.host), std::pair("channel", &answer.channel),
+                                       std::pair("target", &answer.target), std::pair("lun", &answer.lun)})
+        isWhole = members(name, *number) && isWhole;
     members("type", answer.type);
     members.end();
+    if (!isWhole)
+        place.fail("the members host, channel, target and lun");
 }
 
 /// A status that the file leaves out has the value that the kernel reports with those before it.
@@ -220,6 +229,8 @@ answerList<Answer> answersAt(const jsonPlace& place) {
             element.fail("an answer, or the name of an error such as \"EIO\"");
         answers.add(answer);
     }
+    if (answers.empty())
+        place.fail("at least one answer");
     return answers;
 }
 
@@ -227,6 +238,8 @@ answerList<int> statusesAt(const jsonPlace& place) {
     answerList<int> statuses;
     for (const auto& status : place.elements())
         statuses.add(static_cast<int>(upTo<largestStatus>(status)));
+    if (statuses.empty())
+        place.fail("at least one exit status");
     return statuses;
 }
 

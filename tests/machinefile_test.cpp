@@ -42,10 +42,10 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
     } cases[] = {
         {"{\"name\": ", "file.json: not a JSON document: parse error at line 1, column 10"},
         {"[]", "file.json: the document: expected an object, found a list"},
-        {R"({"nam": "x"})", "file.json: nam: expected no such member, but one of name, collected, "},
-        {R"({"name": "a", "name": "b"})", "file.json: name: expected no second member of that name, found \"b\""},
+        {R"({"nam": "x"})", "file.json: nam: unknown member, expected one of name, collected, "},
+        {R"({"name": "a", "name": "b"})", "file.json: name: a second member of that name"},
         {R"({"nodes": {"/dev/sg0": {"open": true, "task": "EIO", "open": true}}})",
-         "file.json: nodes[\"/dev/sg0\"].open: expected no second member of that name, found"},
+         "file.json: nodes[\"/dev/sg0\"].open: a second member of that name"},
         {R"({"name": "\u0100"})", "file.json: name: expected characters up to U+00FF, found \"\\u0100\""},
         {R"({"modprobe": 256})", "file.json: modprobe: expected a whole number from 0 to 255, found 256"},
         {R"({"modprobe": 1.5})", "file.json: modprobe: expected a whole number from 0 to 255, found 1.5"},
@@ -61,13 +61,20 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {R"({"collected": "2026-02-28 00:00:00"})", "file.json: collected: expected a time such as"},
         {withInquiry(R"({"data": [{"zeros": 2, "text": "A"}]})"),
          ".data[0]: expected one of text, swapped, words and zeros"},
+        {withInquiry(R"({"data": [{"zeros": 2, "size": 2}]})"), ".data[0]: expected a size, of text and swapped only"},
+        {withInquiry(R"({"data": [{"text": "A"}]})"), ".data[0]: expected a size, of text and swapped only"},
+        {withInquiry(R"({"data": [{"swapped": "A", "size": 3}]})"), ".data[0]: expected an even number of bytes"},
+        {withInquiry(R"({"data": [{"words": "0040 3f"}]})"), ".data[0]: expected an even number of bytes"},
         {withInquiry(R"({"data": [{"words": "0040 3ffg"}]})"),
          ".words: expected pairs of hex digits, found \"0040 3ffg\""},
-        {R"({"nodes": {"/dev/sda": {"kernel": {}}}})",
-         "[\"/dev/sda\"].kernel: expected no such member, but one of open, "},
+        {R"({"nodes": {"/dev/sda": {"kernel": {}}}})", "[\"/dev/sda\"].kernel: unknown member, expected one of open, "},
         {R"({"nodes": {"/dev/hda": {"kernel": {"size": -1}}}})", "kernel.size: expected a whole number from 0 to 9223"},
         {R"({"nodes": {"/dev/sg0": {"kernel": {"type": 32}}}})", "kernel.type: expected a whole number from 0 to 31, "},
         {R"({"nodes": {"/dev/sg0": {"open": false}}})", ".open: expected true, found false"},
+        {R"({"nodes": {"/dev/sg0": {"address": {"host": 1}}}})",
+         "address: expected the members host, channel, target and lun, found an object"},
+        {R"({"modprobe": []})", "modprobe: expected at least one exit status"},
+        {withInquiry("[]"), inquiryPlace + ": expected at least one answer"},
         {withInquiry(R"("EWHAT")"),
          inquiryPlace + ": expected an answer, or the name of an error such as \"EIO\", found \"EWHAT\""},
         {withInquiry("[{}, true]"), "[1]: expected an object, found true"},
@@ -103,7 +110,7 @@ TEST(MachineFile, IsRefusedInOneShortLineHoweverLongItsTextsAre) {
          }) {
         const std::string message = refusal(text);
         EXPECT_LE(message.size(), 250U) << message.substr(0, 1000);
-        EXPECT_THAT(message, testing::MatchesRegex("file.json: .*(expected|not a JSON document).*"));
+        EXPECT_THAT(message, testing::MatchesRegex("file.json: .*(expected|a second member|not a JSON document).*"));
     }
 }
 
