@@ -150,8 +150,8 @@ public:
 
     void requireClosedNodes() const { fuzz::require(simulated_.openDescriptors() == 0, "every node is closed again"); }
 
-    /// The classes of the instances, without drives: a recording that is made anonymous loses names of virtual drives
-    /// that no kernel gives.
+    /// The classes of the instances, without drives: a table of these that no kernel writes does not stay in a
+    /// recording that is made anonymous.
     std::vector<std::string_view> classes() const {
         std::vector<std::string_view> names;
         for (const auto& instance : instances()) {

@@ -18,8 +18,7 @@ constexpr const char* recordedTexts =
 
 constexpr const char* anonymousTexts =
     "\nreplaced: serial numbers, world wide names but for their makers, the host name\n"
-    "kept: vendors, products, firmware, sizes, node paths, the kernel's names, addresses, statuses, sense data and\n"
-    "the optical-drive table\n"
+    "kept: vendors, products, firmware, sizes, node paths, the kernel's names, addresses, statuses and sense data\n"
     "left out: everything else\n"
     "this run's output and log have the originals; those of --machine on this file do not\n";
 

@@ -144,26 +144,74 @@ void anonymizeUsbListing(machineAnswers& machine) {
         machine.usbListing += "  Device: usb 0x4012 " + product + '\n';
 }
 
-/// The names of the drives in the kernel's table.
-nameSet drivesIn(const std::string& opticalTable) {
-    const std::string label = "drive name:";
-    const std::size_t begin = opticalTable.find(label), end = opticalTable.find('\n', begin);
+// What the kernel writes before the columns (drivers/cdrom/cdrom.c, cdrom_sysctl_info).
+constexpr std::string_view tableHeading = "CD-ROM information, Id: cdrom.c 3.20 2003/12/17";
+constexpr std::string_view tableLabels[] = {tableHeading,       "drive name:",
+                                            "drive speed:",     "drive # of slots:",
+                                            "Can close tray:",  "Can open tray:",
+                                            "Can lock tray:",   "Can change speed:",
+                                            "Can select disk:", "Can read multisession:",
+                                            "Can read MCN:",    "Reports media changed:",
+                                            "Can play audio:",  "Can write CD-R:",
+                                            "Can write CD-RW:", "Can read DVD:",
+                                            "Can write DVD-R:", "Can write DVD-RAM:",
+                                            "Can read MRW:",    "Can write MRW:",
+                                            "Can write RAM:"};
+
+bool consistsOf(std::string_view characters, std::string_view word) {
+    constexpr std::size_t most = 5; // longer ones could be serial numbers
+    return word.size() <= most && word.find_first_not_of(characters) == std::string_view::npos;
+}
+
+/// Is it a name that the kernel gives drives, such as sr0 or hdc?
+bool isDriveName(std::string_view word) {
+    const std::size_t stem = std::min(word.find_first_of("0123456789"), word.size());
+    const std::string_view driver = word.substr(0, stem), number = word.substr(stem);
+    if (driver == "sr" || driver == "scd" || driver == "pcd")
+        return !number.empty() && consistsOf("0123456789", number);
+    return word.size() == 3 && boost::starts_with(word, "hd") && word[2] >= 'a' && word[2] <= 'z';
+}
+
+/// Writes x over what no kernel writes in a line of the table, so that lines and columns stay where they are. Adds the
+/// names of drives to `drives`.
+void hideForeignWords(std::string& line, nameSet& drives) {
+    const auto* const label = std::find_if(std::begin(tableLabels), std::end(tableLabels),
+                                           [&line](std::string_view known) { return boost::starts_with(line, known); });
+    if (label == std::end(tableLabels)) {
+        line.assign(line.size(), 'x');
+        return;
+    }
+    for (std::size_t begin = label->size(), end = 0; begin < line.size(); begin = end + 1) {
+        end = std::min(line.find_first_of("\t/", begin), line.size()); // the plug-in takes what follows the last slash
+        const std::string word = line.substr(begin, end - begin);
+        if (isDriveName(word))
+            drives.insert(word);
+        else if (!consistsOf("-0123456789", word))
+            line.replace(begin, word.size(), word.size(), 'x');
+    }
+}
+
+/// Returns the names of the drives.
+nameSet anonymizeOpticalTable(std::string& table) {
     nameSet drives;
-    if (begin != std::string::npos)
-        boost::split(drives, opticalTable.substr(begin, end - begin).erase(0, label.size()),
-                     [](char c) { return c == '\t'; });
+    std::vector<std::string> lines;
+    boost::split(lines, table, [](char c) { return c == '\n'; });
+    for (auto& line : lines)
+        hideForeignWords(line, drives);
+    table = boost::join(lines, "\n");
     return drives;
 }
 
 /// Leaves of the other texts than those of devices what the plug-in needs to leave out the same devices.
 void anonymizeLists(machineAnswers& machine) {
     anonymizeUsbListing(machine);
+    const nameSet drives = machine.opticalTable ? anonymizeOpticalTable(*machine.opticalTable) : nameSet();
     nameSet paths;
     for (const auto& [path, node] : machine.nodes)
         paths.insert(path);
     auto& [disks, opticalDrives] = machine.virtualDevices;
     disks = namesIn(disks, paths);
-    opticalDrives = namesIn(opticalDrives, drivesIn(machine.opticalTable.value_or("")));
+    opticalDrives = namesIn(opticalDrives, drives);
 }
 
 } // namespace

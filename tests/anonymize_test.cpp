@@ -133,13 +133,14 @@ TEST(Anonymize, ReplacesEqualSerialNumbersByEqualOnes) {
 
 TEST(Anonymize, KeepsOfListsWhatLeavesDevicesOut) {
     auto made = anonymous(R"({"usb": ["x \"Virtual\" SN77", "\"Disk\"", "\"ACME\"", "\"virtual\""],
-        "opticalTable": ["", "drive name:\t\tsr10\thdc", "drive speed:\t\t24\t8"],
-        "virtualDevices": {"0": ["Vault 7 of /dev/sg12", "/dev/disk/by-id/x", "/dev/sda"], "1": ["drive 24/sr10", "MINE", "hdc", "sr7"]},
+        "opticalTable": ["drive name:\t\tsr0\tprivate/scd1\tMINE\thdc", "host drive name:\tsr7", "Can read DVD:\t\t1\tx23\t-1"],
+        "virtualDevices": {"0": ["Vault 7 of /dev/sg12", "/dev/disk/by-id/x", "/dev/sda"], "1": ["host7/sr01", "MINE", "hdc", "sr7"]},
         "nodes": {"/dev/sg1": {"inquiry": {"data": [{"zeros": 16}, {"text": " Virtual", "size": 16}]}},
                   "/dev/sg2": {"inquiry": {"data": [{"zeros": 8}, {"text": "ACME", "size": 8}, {"zeros": 16}]}},
                   "/dev/sg12": {}, "/dev/sg3": {}, "/dev/sda": {}}})");
     EXPECT_EQ(made.usbListing, "  Device: usb 0x4012 \"Virtual\"\n  Device: usb 0x4012 \"ACME\"\n");
-    EXPECT_EQ(made.opticalTable, "\ndrive name:\t\tsr10\thdc\ndrive speed:\t\t24\t8\n");
+    EXPECT_EQ(made.opticalTable, "drive name:\t\tsr0\txxxxxxx/scd1\txxxx\thdc\nxxxxxxxxxxxxxxxxxxxx\n"
+                                 "Can read DVD:\t\t1\txxx\t-1\n");
     EXPECT_THAT(made.virtualDevices[0], ElementsAre("/dev/sg1", "/dev/sg12", "/dev/sda"));
-    EXPECT_THAT(made.virtualDevices[1], ElementsAre("sr10", "hdc"));
+    EXPECT_THAT(made.virtualDevices[1], ElementsAre("sr0", "hdc"));
 }
