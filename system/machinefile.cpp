@@ -2,6 +2,7 @@
 
 #include "system/boundary.h"
 #include "system/jsonplace.h"
+#include "system/requests.h"
 #include "system/utctime.h"
 #include "text/forms.h"
 #include "text/hex.h"
@@ -25,8 +26,6 @@ constexpr std::size_t largestFile = std::size_t{16} << 20; // bytes
 constexpr std::size_t largestPart = 512;                   // bytes; few characters of the file describe them all
 constexpr int largestStatus = 0xFF;                        // of a command that exits
 
-constexpr unsigned char checkCondition = 2;
-constexpr unsigned short driverSense = 8;
 constexpr unsigned char statusMask = 0x1F; // of the status byte shifted right, as the sg driver masks it
 
 /// The number of the error called `name` ("EIO"); 0 when there is none of that name.

@@ -20,9 +20,6 @@ constexpr unsigned char identifyOpcode = 0xEC;
 constexpr std::size_t sectorSize = 512;
 constexpr std::size_t registerBytes = 4; // before the data of HDIO_DRIVE_CMD
 
-constexpr unsigned char checkCondition = 2;
-constexpr unsigned short driverSense = 8;
-
 /// A CHECK CONDITION with the sense key ILLEGAL REQUEST.
 scsiAnswer illegalRequest(unsigned char additionalSenseCode) {
     scsiAnswer refusal;
@@ -104,9 +101,11 @@ answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
 
 int sendScsiCommand(node& asked, sg_io_hdr& header) {
     const unsigned char* const cdb = header.cmdp;
+    if (header.interface_id != 'S')
+        return -ENOSYS;
     if (cdb == nullptr || header.cmd_len < 6)
         return -EMSGSIZE;
-    if (header.interface_id != 'S' || header.iovec_count != 0)
+    if (header.iovec_count != 0)
         return -EINVAL; // an answer goes into one buffer only
     if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
         return deliver(own->next(), header);

@@ -7,6 +7,9 @@
 
 namespace sys {
 
+constexpr unsigned char checkCondition = 2; ///< SCSI status (SAM-4)
+constexpr unsigned short driverSense = 8;   ///< driver status: there is sense data (scsi/sg.h)
+
 /// How many register bytes HDIO_DRIVE_TASK (linux/hdreg.h) takes, and how many it returns.
 constexpr std::size_t taskBytes = 7;
 
