@@ -5,8 +5,8 @@
 #include <scsi/sg.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 namespace sys {
@@ -54,7 +54,7 @@ std::size_t allocationLength(const unsigned char* inquiryCdb) {
 /// Puts an answer where the request wants it.
 int deliver(const scsiAnswer& reply, sg_io_hdr& header) {
     if (reply.error != 0)
-        return -reply.error;
+        return fail(reply.error);
 
     std::size_t sent = std::min<std::size_t>(reply.data.size(), header.dxfer_len);
     if (header.cmdp[0] == inquiryOpcode)
@@ -102,11 +102,11 @@ answerList<scsiAnswer>* scsiAnswersOf(node& asked, const unsigned char* cdb) {
 int sendScsiCommand(node& asked, sg_io_hdr& header) {
     const unsigned char* const cdb = header.cmdp;
     if (header.interface_id != 'S')
-        return -ENOSYS;
+        return fail(ENOSYS);
     if (cdb == nullptr || header.cmd_len < 6)
-        return -EMSGSIZE;
+        return fail(EMSGSIZE);
     if (header.iovec_count != 0)
-        return -EINVAL; // an answer goes into one buffer only
+        return fail(EINVAL); // an answer goes into one buffer only
     if (auto* const own = scsiAnswersOf(asked, cdb); own != nullptr && !own->empty())
         return deliver(own->next(), header);
     if (cdb[0] != inquiryOpcode)
@@ -118,9 +118,9 @@ int sendScsiCommand(node& asked, sg_io_hdr& header) {
 template <typename Answer, typename Deliver>
 int answerNext(answerList<Answer>& replies, int refusal, Deliver deliver) {
     if (replies.empty())
-        return -refusal;
+        return fail(refusal);
     const Answer& reply = replies.next();
-    return reply.error != 0 ? -reply.error : deliver(reply);
+    return reply.error != 0 ? fail(reply.error) : deliver(reply);
 }
 
 int sendDriveCommand(answerList<driveAnswer>& replies, unsigned char* target, std::size_t room, int refusal) {
@@ -156,6 +156,13 @@ addressAnswer addressIn(const sg_scsi_id& id) { return {id.host_no, id.channel, 
 
 driveAnswer dataAt(const unsigned char* bytes, std::size_t size) { return {0, {bytes, bytes + size}}; }
 
+/// Does the request read or write what its argument points to?
+bool needsAddress(unsigned long request) {
+    constexpr unsigned long requests[] = {SG_GET_VERSION_NUM, SG_EMULATED_HOST, SG_GET_SCSI_ID, SG_IO,
+                                          HDIO_DRIVE_CMD,     HDIO_DRIVE_TASK};
+    return std::find(std::begin(requests), std::end(requests), request) != std::end(requests);
+}
+
 /// The errno of a node for a request that its driver does not know. The sg driver takes no unknown request on a
 /// descriptor that is open for reading only.
 int refusalOf(std::string_view path) { return path.substr(0, 7) == "/dev/sg" ? EPERM : ENOTTY; }
@@ -163,8 +170,8 @@ int refusalOf(std::string_view path) { return path.substr(0, 7) == "/dev/sg" ? E
 } // namespace
 
 int answerRequest(const std::string& path, node& asked, unsigned long request, void* argument) {
-    if (argument == nullptr && request != CDROM_GET_CAPABILITY)
-        return -EFAULT;
+    if (argument == nullptr && needsAddress(request))
+        return fail(EFAULT);
     const int refusal = refusalOf(path);
     auto* const registers = static_cast<unsigned char*>(argument);
     switch (request) {
@@ -175,19 +182,19 @@ int answerRequest(const std::string& path, node& asked, unsigned long request, v
     case SG_GET_SCSI_ID:
         return writeAddress(asked.address, argument);
     case SG_IO:
-        return asked.inquiry.empty() ? -EINVAL : sendScsiCommand(asked, *static_cast<sg_io_hdr*>(argument));
+        return asked.inquiry.empty() ? fail(EINVAL) : sendScsiCommand(asked, *static_cast<sg_io_hdr*>(argument));
     case CDROM_GET_CAPABILITY:
         return answerNext(asked.opticalCapability, refusal, [](const numberAnswer& reply) {
-            return std::max(reply.value, -EPERM); // what a driver's -1 means; it has no smaller number
+            return reply.value == -1 ? fail(EPERM) : reply.value; // what a driver's -1 is to the C library
         });
     case HDIO_DRIVE_CMD:
         return registers[0] == identifyOpcode
                    ? sendDriveCommand(asked.identify, registers + registerBytes, registers[3] * sectorSize, refusal)
-                   : (asked.identify.empty() ? -refusal : -EIO);
+                   : fail(asked.identify.empty() ? refusal : EIO);
     case HDIO_DRIVE_TASK:
         return sendDriveCommand(asked.task, registers, taskBytes, refusal);
     default:
-        return -refusal;
+        return fail(refusal);
     }
 }
 

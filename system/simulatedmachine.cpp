@@ -14,15 +14,6 @@
 
 namespace sys {
 
-namespace {
-
-int fail(int error) {
-    errno = error;
-    return -1;
-}
-
-} // namespace
-
 int simulatedMachine::open(const char* path, int flags, mode_t mode) {
     if (!isNodePath(path))
         return cLibrary::open(path, flags, mode);
@@ -51,8 +42,7 @@ int simulatedMachine::ioctl(int fd, unsigned long request, void* argument) {
     if (found == open_.end())
         return cLibrary::ioctl(fd, request, argument);
     auto& [path, node] = *found->second;
-    const int result = answerRequest(path, node, request, argument);
-    return result < 0 ? fail(-result) : result;
+    return answerRequest(path, node, request, argument);
 }
 
 unsigned simulatedMachine::sleep(unsigned seconds) {

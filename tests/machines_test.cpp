@@ -42,6 +42,17 @@ TEST(SimulatedMachine, KnowsNoOtherCommands) {
     EXPECT_EQ(errno, ENOTDIR);
 }
 
+TEST(SimulatedMachine, ReturnsAnyCapabilityButMinusOneAsItIs) {
+    sys::simulatedMachine machine(sys::parseMachine(R"({"nodes": {"/dev/hdc": {"opticalCapability": [-5, -1]}}})", ""));
+    const int fd = machine.open("/dev/hdc", 0, 0);
+    EXPECT_EQ(machine.ioctl(fd, CDROM_GET_CAPABILITY, nullptr), -5);
+    EXPECT_EQ(machine.ioctl(fd, CDROM_GET_CAPABILITY, nullptr), -1);
+    EXPECT_EQ(errno, EPERM);
+    EXPECT_EQ(machine.ioctl(fd, HDIO_GETGEO, nullptr), -1) << "which no node here knows";
+    EXPECT_EQ(errno, ENOTTY);
+    machine.close(fd);
+}
+
 TEST(RecordedMachine, WritesDownWhatARunSeldomMeets) {
     const char* const rare = R"({"modprobe": 1, "nodes": {"/dev/hdc": {"open": ["ENOENT", true],
         "identify": "EIO", "task": [{"data": "50004fc2000050"}, "EIO"], "opticalCapability": "EPERM"}}})";
