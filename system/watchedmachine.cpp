@@ -33,7 +33,8 @@ bool isBetter(const visit& one, const visit& other) {
 
 /// The text up to its first zero byte.
 std::string textAt(const unsigned char* data, std::size_t begin, std::size_t end) {
-    return std::string(data + begin, data + end).c_str();
+    const std::string text(data + begin, data + end);
+    return text.substr(0, text.find('\0'));
 }
 
 /// The model of an IDENTIFY DEVICE answer without the blanks that pad it.
