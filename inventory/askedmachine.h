@@ -15,16 +15,16 @@
 namespace inventory {
 
 /// Remembers which node was opened last.
-class openedNode : public sys::nodeListener {
+class openedNode : public sys::layer {
 public:
-    using nodeListener::nodeListener;
+    using layer::layer;
+
+    int open(const char* path, int flags, mode_t mode) override;
 
     /// Its path; "" before the first.
     const std::string& latest() const { return latest_; }
 
 private:
-    void opened(const std::string& path, int error) override { latest_ = error == 0 ? path : latest_; }
-
     std::string latest_;
 };
 

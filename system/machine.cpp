@@ -2,6 +2,7 @@
 
 #include "system/boundary.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -24,7 +25,7 @@ int nodeListener::open(const char* path, int flags, mode_t mode) {
     const int error = errno;
     if (isNodePath(path)) {
         if (fd >= 0)
-            open_[fd] = path;
+            open_.emplace_back(fd, path);
         opened(path, fd >= 0 ? 0 : error);
     }
     errno = error;
@@ -32,15 +33,18 @@ int nodeListener::open(const char* path, int flags, mode_t mode) {
 }
 
 int nodeListener::close(int fd) {
-    open_.erase(fd);
+    open_.erase(std::remove_if(open_.begin(), open_.end(), [fd](const auto& each) { return each.first == fd; }),
+                open_.end());
     return layer::close(fd);
 }
 
 int nodeListener::ioctl(int fd, unsigned long request, void* argument) {
     const int result = layer::ioctl(fd, request, argument);
     const int error = errno;
-    if (const auto found = open_.find(fd); found != open_.end())
-        asked(found->second, request, argument, result, result == -1 ? error : 0);
+    for (const auto& [descriptor, path] : open_) {
+        if (descriptor == fd)
+            asked(path, request, argument, result, result == -1 ? error : 0);
+    }
     errno = error;
     return result;
 }

@@ -5,9 +5,9 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <map>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// This namespace is called sys because `system` is the name of a function.
@@ -108,7 +108,7 @@ protected:
                        int /*error*/) {}
 
 private:
-    std::map<int, std::string> open_; // descriptor to path
+    std::vector<std::pair<int, std::string>> open_; // descriptors with their paths; seldom more than one
 };
 
 /// While it lives, this process asks the machine `asked`. At its end the process asks the machine of before again.

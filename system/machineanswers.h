@@ -36,6 +36,9 @@ public:
     /// The next answer. There must be one.
     const T& next() { return list_[position_ + 1 < list_.size() ? position_++ : position_]; }
 
+    /// The next answer is the first one again.
+    void rewind() { position_ = 0; }
+
 private:
     std::vector<T> list_;
     std::size_t position_ = 0;

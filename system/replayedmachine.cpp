@@ -19,14 +19,17 @@ unsigned replayedMachine::sleep(unsigned seconds) { return again_ ? again_->slee
 int replayedMachine::system(const char* command) {
     if (commandOf(command).kind != shellCommand::modprobe)
         return layer::system(command);
-    if (!walk_.answers().modprobe.empty()) { // from the second walk on
+    if (!again_ && !walk_.answers().modprobe.empty()) { // the second walk begins
         again_.emplace(walk_.answers());
         for (auto& [path, node] : again_->answers().nodes) {
             node.inquiry.keepLast();
             node.serialPage.keepLast();
         }
     }
-    return again_ ? again_->system(command) : layer::system(command);
+    if (!again_)
+        return layer::system(command);
+    again_->rewind();
+    return again_->system(command);
 }
 
 } // namespace sys

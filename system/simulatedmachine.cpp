@@ -14,6 +14,12 @@
 
 namespace sys {
 
+void simulatedMachine::rewind() {
+    answers_.modprobe.rewind();
+    for (auto& [path, node] : answers_.nodes)
+        eachAnswer(node, [](const char* /*name*/, auto& answers) { answers.rewind(); });
+}
+
 int simulatedMachine::open(const char* path, int flags, mode_t mode) {
     if (!isNodePath(path))
         return cLibrary::open(path, flags, mode);

@@ -34,6 +34,9 @@ public:
     bool hasScsiDevices() override { return answers_.hasScsiDevices; }
     std::string collected() override { return answers_.collected; }
 
+    /// From now on each request gets its first answer again.
+    void rewind();
+
     bool owns(int fd) const { return open_.count(fd) != 0; }
     std::size_t openDescriptors() const { return open_.size(); }
     unsigned secondsSkipped() const { return secondsSkipped_; }
