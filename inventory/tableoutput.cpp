@@ -137,7 +137,7 @@ void writeRows(const instanceList& instances, const std::vector<column>& shown, 
                std::ostream& output) {
     std::vector<std::string> headings;
     for (const auto& each : shown)
-        headings.push_back(each.heading);
+        headings.emplace_back(each.heading);
     columns rows(headings);
     for (const auto* instance : instances) {
         std::vector<std::string> row;
