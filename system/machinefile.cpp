@@ -212,8 +212,10 @@ void readSuccess(const jsonPlace& place, scsiAnswer& answer) {
 
 void readSuccess(const jsonPlace& place, driveAnswer& answer) {
     memberReader members(place);
-    members("data", answer.data, bytesAt);
+    const bool isWhole = members("data", answer.data, bytesAt);
     members.end();
+    if (!isWhole)
+        place.fail("the member data");
 }
 
 /// One answer, or a list of answers to be used in turn. Each is a success, or the name of an error.
