@@ -45,8 +45,8 @@ int simulatedMachine::close(int fd) { return open_.erase(fd) != 0 ? 0 : cLibrary
 
 int simulatedMachine::ioctl(int fd, unsigned long request, void* argument) {
     const auto found = open_.find(fd);
-    if (found == open_.end())
-        return cLibrary::ioctl(fd, request, argument);
+    if (found == open_.end()) // where a node did not open, it is nobody's descriptor
+        return fd < 0 ? fail(EBADF) : cLibrary::ioctl(fd, request, argument);
     auto& [path, node] = *found->second;
     return answerRequest(path, node, request, argument);
 }
