@@ -88,11 +88,9 @@ void remarkOnRefusals(const runResult& result, texts& remarks) {
         remarks.push_back(partText(nodes, result, what));
 }
 
-bool missesDriver(const runResult& result) { return result.seen.driverStatus != 0 && result.seen.hasScsiDevices; }
-
 void remarkOnDriver(const runResult& result, texts& remarks) {
     const std::string consequence = "the sg driver could not be loaded, SCSI devices are not shown";
-    if (!missesDriver(result))
+    if (!result.seen.missesDriver())
         return;
     const bool noTool = !result.simulated && !isOnPath("modprobe");
     remarks.push_back(noTool ? "modprobe is not on the path: " + consequence : forRoot(consequence));
@@ -171,8 +169,8 @@ void remarkOnQueries(const runResult& result, texts& remarks) {
 
 /// Was the machine looked at, and has none?
 bool hasNoDevices(const runResult& result) {
-    return result.seen.walked && !missesDriver(result) && result.devices.empty() && result.allInstances().empty() &&
-           !result.error;
+    return result.seen.walked && !result.seen.missesDriver() && result.devices.empty() &&
+           result.allInstances().empty() && !result.error;
 }
 
 } // namespace

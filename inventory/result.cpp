@@ -26,9 +26,7 @@ const device* runResult::deviceAt(const std::string& node) const {
 }
 
 bool runResult::sawAllBesideDevices() const {
-    // A driver that nothing needs is not missed.
-    const bool missesDriver = seen.driverStatus != 0 && seen.hasScsiDevices;
-    return !error && !seen.stepFailed && !missesDriver && seen.beyond.empty() && seen.unread.empty();
+    return !error && !seen.stepFailed && !seen.missesDriver() && seen.beyond.empty() && seen.unread.empty();
 }
 
 bool runResult::isComplete() const {

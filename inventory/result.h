@@ -55,6 +55,9 @@ struct coverage {
     std::vector<std::string> unread;        ///< what else could not be read, with the reason
     std::string collected;                  ///< when the answers were taken; "" where nobody knows
     unsigned secondsSkipped = 0;            ///< of waiting, on a simulated machine
+
+    /// A driver that nothing needs is not missed.
+    bool missesDriver() const { return driverStatus != 0 && hasScsiDevices; }
 };
 
 /// The exit statuses of the program.

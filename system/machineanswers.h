@@ -128,8 +128,7 @@ void eachKernelText(KernelWords& known, Visit visit) {
     visit("serial", known.serial);
 }
 
-/// How much of it is wanted: the names; these and the size; or everything. Each
-/// takes longer than the one before.
+/// How much of it is wanted: the names; these and the size; or everything. Each takes longer than the one before.
 enum class kernelDetail { names, sizes, all };
 
 /// By the path of the node. A node of which the kernel knows nothing has no entry.
