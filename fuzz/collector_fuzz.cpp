@@ -285,7 +285,7 @@ queryList queriesFrom(FuzzedDataProvider& input) {
     for (auto& names : queries) {
         names.resize(input.ConsumeIntegralInRange<std::size_t>(0, mostClasses));
         for (auto& name : names)
-            name = classes[input.ConsumeIntegralInRange<std::size_t>(0, classes.size() - 1)].name;
+            name = classes.begin()[input.ConsumeIntegralInRange<std::size_t>(0, classes.size() - 1)].name;
     }
     return queries;
 }

@@ -16,9 +16,7 @@ namespace inventory {
 using text::escaped;
 using text::mofQuoted;
 
-using minihost::cimType;
 using minihost::classDeclaration;
-using minihost::classKind;
 using minihost::memoryInstance;
 using minihost::propertyDeclaration;
 using NHALDEN20::TCIMReference;
@@ -26,72 +24,9 @@ using NHALDEN20::TCIMValue;
 
 namespace {
 
-// As the CIM schema declares them.
-constexpr const char* qualifierDeclarations =
-    "// The classes and their properties, as scsidev-inventory --schema prints them.\n"
-    "\n"
-    "Qualifier Abstract : boolean = false, Scope(class, association, indication), Flavor(EnableOverride, Restricted);\n"
-    "Qualifier Association : boolean = false, Scope(association), Flavor(DisableOverride);\n"
-    "Qualifier Description : string = null, Scope(any), Flavor(Translatable);\n"
-    "Qualifier Key : boolean = false, Scope(property, reference), Flavor(DisableOverride);\n"
-    "Qualifier ValueMap : string[], Scope(property, method, parameter);\n"
-    "Qualifier Values : string[], Scope(property, method, parameter), Flavor(Translatable);\n"
-    "Qualifier Version : string = null, Scope(class, association, indication), "
-    "Flavor(EnableOverride, Restricted, Translatable);\n";
-
-/// The qualifier with a description. A long text becomes several string literals, one to a line, which a CIM compiler
-/// joins. No word is longer than a line.
-std::string descriptionOf(const std::string& text, const std::string& indentation) {
-    constexpr std::size_t width = 96;
-    if (text.size() <= width)
-        return "Description(" + mofQuoted(text) + ')';
-    const std::string newLine = '\n' + indentation + "    ";
-    std::string literals;
-    std::size_t begin = 0;
-    while (text.size() - begin > width) {
-        const std::size_t end = text.rfind(' ', begin + width) + 1;
-        literals += newLine + mofQuoted(text.substr(begin, end - begin));
-        begin = end;
-    }
-    return "Description(" + literals + newLine + mofQuoted(text.substr(begin)) + ')';
-}
-
-std::string declarationOf(const propertyDeclaration& property) {
-    const std::string name(property.name);
-    if (property.type == cimType::reference)
-        return std::string(property.referenced) + " REF " + name;
-    if (property.type == cimType::stringArray)
-        return "string " + name + "[]";
-    return std::string(nameOf(property.type)) + ' ' + name;
-}
-
-/// The qualifiers that say which values a property has and what each means; "" for any value.
-std::string valuesOf(const propertyDeclaration& property) {
-    std::string values, meanings;
-    for (const auto& [value, meaning] : property.values) {
-        values += (values.empty() ? "" : ", ") + mofQuoted(value);
-        meanings += (meanings.empty() ? "" : ", ") + mofQuoted(meaning);
-    }
-    return values.empty() ? "" : "ValueMap{" + values + "}, Values{" + meanings + "}, ";
-}
-
-void writeClass(const classDeclaration& declaration, std::ostream& output) {
-    const char* const kind = declaration.kind == classKind::abstract      ? "Abstract, "
-                             : declaration.kind == classKind::association ? "Association, "
-                                                                          : "";
-    output << "\n[" << kind << "Version(" << mofQuoted(minihost::classVersion) << "), "
-           << descriptionOf(declaration.description, "") << "]\n"
-           << "class " << declaration.name << (declaration.base.empty() ? "" : " : ") << declaration.base << "\n{\n";
-    for (const auto& property : declaration.properties)
-        output << "    [" << (property.isKey ? "Key, " : "") << valuesOf(property)
-               << descriptionOf(property.description, "    ") << "]\n"
-               << "    " << declarationOf(property) << ";\n";
-    output << "};\n";
-}
-
 /// Why a CIM compiler would refuse the instance; "" when it would take it.
 std::string refusal(const memoryInstance& instance) {
-    if (instance.declaration().kind == classKind::abstract)
+    if (instance.declaration().isAbstract)
         return "the class is abstract";
     for (const propertyDeclaration* property : propertiesOf(instance.declaration())) {
         if (property->isKey && instance.findSuitable(*property) == nullptr)
@@ -167,12 +102,6 @@ std::vector<std::pair<std::string, const memoryInstance*>> latestOfEachPath(cons
 }
 
 } // namespace
-
-void writeMofSchema(std::ostream& output) {
-    output << qualifierDeclarations;
-    for (const auto& declaration : minihost::classTable())
-        writeClass(declaration, output);
-}
 
 void writeMof(const runResult& result, std::ostream& output) {
     writeMofSchema(output);

@@ -72,7 +72,7 @@ std::vector<std::string> parseQuery(const std::string& query) {
 std::vector<std::vector<std::string>> defaultQueries() {
     std::vector<std::vector<std::string>> queries;
     for (const auto& declaration : minihost::classTable()) {
-        if (declaration.kind != minihost::classKind::abstract)
+        if (!declaration.isAbstract)
             queries.push_back({std::string(declaration.name)});
     }
     return queries;

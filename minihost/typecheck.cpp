@@ -12,23 +12,20 @@ using NHALDEN20::TCIMValue;
 
 namespace {
 
-constexpr std::string_view typeNames[] = {"string", "uint16", "boolean", "string[]", "reference"}; // by cimType
+constexpr std::string_view typeNames[] = {"nothing", "string",    "boolean",
+                                          "uint16",  "reference", "string[]"}; // by cimType
 
-struct typeOfContent {
-    std::string_view operator()(std::monostate /*empty*/) const { return "nothing"; }
-    std::string_view operator()(const std::string& /*text*/) const { return nameOf(cimType::string); }
-    std::string_view operator()(bool /*flag*/) const { return nameOf(cimType::boolean); }
-    std::string_view operator()(std::uint16_t /*number*/) const { return nameOf(cimType::uint16); }
-    std::string_view operator()(const TCIMReference& /*reference*/) const { return nameOf(cimType::reference); }
-    std::string_view operator()(const std::vector<TCIMValue>& elements) const {
-        const bool areStrings = std::all_of(elements.begin(), elements.end(), [](const TCIMValue& element) {
+std::string_view nameOf(cimType type) { return typeNames[static_cast<std::size_t>(type)]; }
+
+std::string_view typeOf(const TCIMValue& value) {
+    const auto& content = value.Content().value;
+    const auto* elements = std::get_if<std::vector<TCIMValue>>(&content);
+    const bool areStrings =
+        elements == nullptr || std::all_of(elements->begin(), elements->end(), [](const TCIMValue& element) {
             return std::holds_alternative<std::string>(element.Content().value);
         });
-        return areStrings ? nameOf(cimType::stringArray) : "array of other than strings";
-    }
-};
-
-std::string_view typeOf(const TCIMValue& value) { return std::visit(typeOfContent(), value.Content().value); }
+    return areStrings ? typeNames[content.index()] : "array of other than strings";
+}
 
 /// The class that a reference names; "" for another value.
 std::string_view referencedClass(const TCIMValue& value) {
@@ -41,8 +38,6 @@ std::string typeText(std::string_view type, std::string_view referenced) {
 }
 
 } // namespace
-
-std::string_view nameOf(cimType type) { return typeNames[static_cast<std::size_t>(type)]; }
 
 bool suits(const TCIMValue& value, const propertyDeclaration& property) {
     if (value.Content().isEmpty())

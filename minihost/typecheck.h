@@ -8,9 +8,6 @@
 
 namespace minihost {
 
-/// The type as messages call it: "string[]" for an array of strings.
-std::string_view nameOf(cimType type);
-
 /// Is `value` of the type that the property is declared with? The empty value suits every type.
 bool suits(const NHALDEN20::TCIMValue& value, const propertyDeclaration& property);
 

@@ -84,6 +84,30 @@ TEST_F(Mof, NamesAnInstanceThatItLeavesOutByItsPath) {
     EXPECT_THAT(written(inventory::writeMof), testing::HasSubstr("\n    Dependent = \"KORVA_SCSIDevice.CreationClass"));
 }
 
+TEST(MofSchema, DeclaresTheClassesOfTheHost) {
+    const char* const types[] = {"", "string ", "boolean ", "uint16 ", " REF ", "string "}; // by cimType
+    std::string expected;
+    for (const auto& each : minihost::classTable()) {
+        expected += (each.isAbstract ? "[Abstract\nclass " : "class ") + std::string(each.name) +
+                    (each.base.empty() ? "" : " : ") + std::string(each.base) + '\n';
+        for (const auto& property : each.properties)
+            expected += (property.isKey ? "    [Key\n    " : "    ") + std::string(property.referenced) +
+                        types[static_cast<int>(property.type)] + std::string(property.name) +
+                        (property.type == cimType::stringArray ? "[];\n" : ";\n");
+    }
+    std::ostringstream schema;
+    inventory::writeMofSchema(schema);
+    std::istringstream lines(schema.str());
+    std::string declared;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.rfind("[Abstract", 0) == 0 || line.rfind("    [Key", 0) == 0)
+            declared += line.substr(0, line.find(',')) + '\n';
+        else if (line.rfind("class ", 0) == 0 || (line.rfind("    ", 0) == 0 && line.back() == ';'))
+            declared += line + '\n';
+    }
+    EXPECT_EQ(declared, expected);
+}
+
 // What the other tests learn from the reader is worth as much as it refuses.
 TEST(MofReader, RefusesWhatIsNotWhole) {
     std::ostringstream schema;
