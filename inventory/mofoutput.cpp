@@ -1,7 +1,6 @@
 #include "inventory/output.h"
 
 #include "minihost/cimcontent.h"
-#include "minihost/typecheck.h"
 #include "text/forms.h"
 
 #include <cstddef>
@@ -51,9 +50,9 @@ public:
         const std::string alias = newAlias(declaration.name);
         output_ << "\ninstance of " << declaration.name << " as " << alias << "\n{\n";
         for (const auto& [name, value] : instance.properties()) {
-            const std::string wrong = mismatch(declaration, name, value);
-            if (!wrong.empty())
-                output_ << "    // Left out: " << escaped(wrong) << '\n';
+            if (!minihost::declares(declaration, name, value))
+                output_ << "    // Left out: " << escaped(name)
+                        << ", which the class does not declare with this type\n";
             else if (!value.Content().isEmpty())
                 output_ << "    " << name << " = " << valueToMof(value) << ";\n";
         }

@@ -2,13 +2,13 @@
 
 #include "minihost/cimcontent.h"
 #include "minihost/minihost.h"
-#include "minihost/typecheck.h"
 
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
+#include <variant>
 
 using NHALDEN20::ICIMClass;
 using NHALDEN20::ICIMInstance;
@@ -57,6 +57,8 @@ private:
     const TCIMValue* value_;
 };
 
+bool isString(const TCIMValue& value) { return std::holds_alternative<std::string>(value.Content().value); }
+
 remarkSink& currentSink() {
     static remarkSink sink;
     return sink;
@@ -65,6 +67,21 @@ remarkSink& currentSink() {
 } // namespace
 
 void setRemarkSink(remarkSink sink) { currentSink() = std::move(sink); }
+
+bool declares(const classDeclaration& declaration, std::string_view name, const TCIMValue& value) {
+    const propertyDeclaration* const property = findProperty(declaration, name);
+    const auto& content = value.Content().value;
+    if (property == nullptr || value.Content().isEmpty())
+        return property != nullptr;
+    if (content.index() != static_cast<std::size_t>(property->type))
+        return false;
+    if (const auto* const reference = std::get_if<TCIMReference>(&content)) {
+        const classDeclaration* const named = findClass(reference->Content().className);
+        return named != nullptr && isKindOf(*named, property->referenced);
+    }
+    const auto* const elements = std::get_if<std::vector<TCIMValue>>(&content);
+    return elements == nullptr || std::all_of(elements->begin(), elements->end(), isString);
+}
 
 memoryInstance::memoryInstance(memoryNamespace& ns, const classDeclaration& declaration)
     : namespace_(ns), declaration_(declaration) {}
@@ -112,7 +129,7 @@ const TCIMValue* memoryInstance::find(std::string_view name) const {
 const TCIMValue* memoryInstance::findSuitable(const propertyDeclaration& property) const {
     const TCIMValue* value = find(property.name);
     const bool isEmpty = value == nullptr || value->Content().isEmpty();
-    return isEmpty || !suits(*value, property) ? nullptr : value;
+    return isEmpty || !declares(declaration_, property.name, *value) ? nullptr : value;
 }
 
 void memoryInstance::CommitToClass(const TContext& /*context*/) { namespace_.commit(shared_from_this()); }
@@ -138,9 +155,9 @@ void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { insta
 
 void memoryNamespace::remarkOnMismatch(const classDeclaration& declaration, std::string_view property,
                                        const TCIMValue& value) {
-    const std::string wrong = mismatch(declaration, property, value);
-    if (!wrong.empty() && currentSink() && remarkedOn_.emplace(declaration.name, property).second)
-        currentSink()(wrong);
+    if (!declares(declaration, property, value) && currentSink() &&
+        remarkedOn_.emplace(declaration.name, property).second)
+        currentSink()(std::string(declaration.name) + " does not declare " + std::string(property) + " with this type");
 }
 
 } // namespace minihost

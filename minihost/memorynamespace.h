@@ -20,6 +20,9 @@ namespace minihost {
 
 class memoryNamespace;
 
+/// Does the class declare a property `name` with the type of `value`? The empty value is of every type.
+bool declares(const classDeclaration& declaration, std::string_view name, const NHALDEN20::TCIMValue& value);
+
 /// An instance: its properties in the order in which they were first set.
 class memoryInstance : public NHALDEN20::ICIMInstance, public boost::enable_shared_from_this<memoryInstance> {
 public:
