@@ -2,8 +2,6 @@
 
 #include "system/machinefile.h"
 
-#include <cerrno>
-
 namespace inventory {
 
 namespace {
@@ -19,15 +17,6 @@ sys::machineAnswers answersOf(const runOptions& options) {
 }
 
 } // namespace
-
-int openedNode::open(const char* path, int flags, mode_t mode) {
-    const int fd = layer::open(path, flags, mode);
-    const int error = errno;
-    if (fd >= 0 && sys::isNodePath(path))
-        latest_ = path;
-    errno = error;
-    return fd;
-}
 
 askedMachine::askedMachine(const runOptions& options) {
     if (options.machineFile.empty())

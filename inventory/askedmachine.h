@@ -1,7 +1,6 @@
 #pragma once
 
 #include "inventory/options.h"
-#include "system/boundary.h"
 #include "system/recordedmachine.h"
 #include "system/replayedmachine.h"
 #include "system/simulatedmachine.h"
@@ -15,16 +14,16 @@
 namespace inventory {
 
 /// Remembers which node was opened last.
-class openedNode : public sys::layer {
+class openedNode : public sys::nodeListener {
 public:
-    using layer::layer;
-
-    int open(const char* path, int flags, mode_t mode) override;
+    using nodeListener::nodeListener;
 
     /// Its path; "" before the first.
     const std::string& latest() const { return latest_; }
 
 private:
+    void opened(const std::string& path, int error) override { latest_ = error == 0 ? path : latest_; }
+
     std::string latest_;
 };
 

@@ -1,7 +1,6 @@
 #include "inventory/devices.h"
 
 #include "device/scsidevice_linux.h"
-#include "inventory/devicetypes.h"
 #include "inventory/instancetext.h"
 #include "plugin/cimnames.h"
 #include "system/boundary.h"
@@ -35,6 +34,7 @@ void addWords(const minihost::memoryInstance& instance, device& target) {
     target.serial = propertyOf(instance, "serialNum");
     target.type = shortTypeName(propertyOf(instance, "DeviceType"));
     target.address = addressOf(instance);
+    target.identity = propertyOf(instance, "OtherIdentifyingInfo");
 }
 
 /// Are the kernel's words wanted in place of the plug-in's?

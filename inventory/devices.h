@@ -50,8 +50,9 @@ struct device {
     std::optional<int> peripheralType; ///< of INQUIRY, all five bits: the plug-in looks at four
     // The plug-in's words.
     std::string vendor, product, revision, serial, type;
-    std::string address; ///< HOST:CHANNEL:TARGET:LUN
-    std::string model;   ///< of a disk that was asked for its own words; the plug-in keeps the first two words of it
+    std::string address;  ///< HOST:CHANNEL:TARGET:LUN
+    std::string identity; ///< what associations find its firmware by
+    std::string model;    ///< of a disk that was asked for its own words; the plug-in keeps the first two words of it
     std::set<std::string> classes; ///< of its instances
     firmwareTie firmware = firmwareTie::notAskedFor;
 

@@ -1,9 +1,12 @@
 #include "inventory/instancetext.h"
 
+#include "device/peripheraltypes.h"
 #include "minihost/cimcontent.h"
 
 #include <boost/algorithm/string.hpp>
 
+#include <algorithm>
+#include <iterator>
 #include <variant>
 
 namespace inventory {
@@ -13,6 +16,12 @@ namespace {
 std::string withoutPadding(const NHALDEN20::TCIMValue& value) {
     return boost::trim_copy_if(minihost::valueText(value), [](char c) { return c == ' '; });
 }
+
+/// By the numbers of the types. lsscsi has none but their numbers for 10 and 11.
+constexpr const char* typeWords[] = {"disk",    "tape",    "printer", "process", "worm",    "cd/dvd",  "scanner",
+                                     "optical", "mediumx", "comms",   "graphic", "graphic", "storage", "enclosu",
+                                     "sim dsk", "opti rd", "bridge",  "osd",     "adi",     "sec man", "zbc"};
+static_assert(std::size(typeWords) >= std::size(peripheralTypes), "each type has a word");
 
 } // namespace
 
@@ -41,6 +50,16 @@ std::string keyAt(const minihost::memoryInstance& association, std::string_view 
 std::string nodeOf(const minihost::memoryInstance& instance) {
     const auto* const node = instance.find("DeviceID");
     return node == nullptr ? "" : minihost::valueText(*node);
+}
+
+std::string shortTypeName(const std::string& name) {
+    const auto* const type = std::find(std::begin(peripheralTypes), std::end(peripheralTypes), name);
+    return name.empty() || type == std::end(peripheralTypes) ? name : typeWords[type - std::begin(peripheralTypes)];
+}
+
+std::string shortTypeName(int number) {
+    const bool isKnown = number >= 0 && static_cast<std::size_t>(number) < std::size(typeWords);
+    return isKnown ? typeWords[number] : "type " + std::to_string(number);
 }
 
 std::string withoutDirectory(std::string path) {

@@ -20,6 +20,13 @@ std::string keyAt(const minihost::memoryInstance& association, std::string_view 
 /// own words is at the first one still.
 std::string nodeOf(const minihost::memoryInstance& instance);
 
+/// lsscsi's word for a peripheral device type that the plug-in names, such as "disk" for "Direct Access Device"; the
+/// name itself where it is none of these.
+std::string shortTypeName(const std::string& name);
+
+/// lsscsi's word for a peripheral device type by its number (SPC-4, table 124).
+std::string shortTypeName(int number);
+
 /// The text without the /dev/ that device nodes begin with: people tell them apart by the rest.
 std::string withoutDirectory(std::string path);
 

@@ -1,17 +1,23 @@
-// The overview: one line a device.
+// The overview: one line a device, in columns or as a tree.
 
-#include "inventory/overview.h"
+#include "inventory/output.h"
 
-#include "inventory/devicetypes.h"
+#include "inventory/columns.h"
 #include "inventory/instancetext.h"
+#include "text/forms.h"
 
 #include <boost/algorithm/string.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
-#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace inventory {
+
+using text::escaped;
 
 namespace {
 
@@ -85,12 +91,11 @@ std::string summary(const runResult& result) {
            (result.isComplete() ? "complete\n" : "not complete\n");
 }
 
-const std::vector<std::string> overviewHeadings{"Node",   "Kernel", "Vendor", "Product", "Firmware",
-                                                "Serial", "Size",   "Type",   "H:C:T:L"};
+const std::vector<std::string> headings{"Node",   "Kernel", "Vendor", "Product", "Firmware",
+                                        "Serial", "Size",   "Type",   "H:C:T:L"};
 
-} // namespace
-
-std::vector<std::string> overviewRow(const device& each) {
+/// The texts of a device under the headings.
+std::vector<std::string> rowOf(const device& each) {
     const bool mistaken = each.state == deviceState::mistaken;
     const auto word = [mistaken](const std::string& plugIns, const std::string& kernels) {
         return either(mistaken ? "" : plugIns, kernels);
@@ -106,7 +111,8 @@ std::vector<std::string> overviewRow(const device& each) {
             either(each.address, each.kernel.address)};
 }
 
-note overviewNote(const device& each, bool inColour) {
+/// What has to be said of a device beside them.
+note noteOn(const device& each, bool inColour) {
     const int severe = inColour ? red : 0, mild = inColour ? yellow : 0;
     if (!each.isTrue())
         return {std::string("! ") + nameOf(each.state) + (each.why.empty() ? "" : ": " + each.why), severe};
@@ -117,13 +123,77 @@ note overviewNote(const device& each, bool inColour) {
     return {each.why.empty() ? firmwareNote(each) : each.why, mild};
 }
 
+constexpr std::size_t addressParts = 4;
+constexpr const char* partNames[addressParts] = {"host ", "channel ", "target ", "lun "};
+
+/// Host, channel, target and LUN; none where they are not known.
+std::vector<std::string> partsOf(const device& each) {
+    std::vector<std::string> parts;
+    boost::split(parts, each.kernel.address.empty() ? each.address : each.kernel.address,
+                 [](char c) { return c == ':'; });
+    return parts.size() == addressParts ? parts : std::vector<std::string>();
+}
+
+/// By address, in which a number of more digits is the greater one. Devices without come last.
+auto placeOf(const device& each) {
+    std::vector<std::pair<std::size_t, std::string>> numbers;
+    for (const auto& part : partsOf(each))
+        numbers.emplace_back(part.size(), part);
+    return std::make_pair(numbers.empty(), numbers);
+}
+
+std::string lineOf(const device& each, bool inColour) {
+    std::string line;
+    for (const auto& text : rowOf(each))
+        line += text.empty() ? "" : "  " + escaped(text);
+    const note after = noteOn(each, inColour);
+    return line + (after.text.empty() ? "" : "  " + coloured(after));
+}
+
+/// Writes the parts of the address in which the device differs from the one before, a line each but for the LUN.
+void writeBranch(const device& each, const std::vector<std::string>& address, const std::vector<std::string>& before,
+                 std::ostream& output) {
+    bool differs = before.empty();
+    for (std::size_t i = 0; i + 1 < addressParts; ++i) {
+        differs = differs || address[i] != before[i];
+        if (!differs)
+            continue;
+        output << std::string(2 * i, ' ') << partNames[i] << escaped(address[i]);
+        if (i == 0 && !each.kernel.adapter.empty())
+            output << ": " << escaped(each.kernel.adapter);
+        output << '\n';
+    }
+}
+
+/// Writes a line for each device, under lines for the adapter, the channel and the target that it is at.
+void writeTree(const runResult& result, bool inColour, std::ostream& output) {
+    std::vector<device> sorted = result.devices;
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const device& one, const device& other) { return placeOf(one) < placeOf(other); });
+    std::vector<std::string> before;
+    const char* unknown = "address unknown\n";
+    for (const auto& each : sorted) {
+        const auto address = partsOf(each);
+        if (address.empty()) {
+            output << std::exchange(unknown, "");
+        } else {
+            writeBranch(each, address, before, output);
+            output << std::string(2 * addressParts - 2, ' ') << partNames[addressParts - 1] << escaped(address.back());
+            before = address;
+        }
+        output << lineOf(each, inColour) << '\n';
+    }
+}
+
+} // namespace
+
 void writeOverview(const runResult& result, const tableStyle& style, std::ostream& output) {
     if (style.asTree) {
         writeTree(result, style.inColour, output);
     } else if (!result.devices.empty()) {
-        columns rows(overviewHeadings);
+        columns rows(headings);
         for (const auto& each : result.devices)
-            rows.add(overviewRow(each), overviewNote(each, style.inColour));
+            rows.add(rowOf(each), noteOn(each, style.inColour));
         rows.write(output, style.width);
     }
     writeOpticalDrives(result, style, output);

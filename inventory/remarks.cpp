@@ -1,7 +1,7 @@
 #include "inventory/remarks.h"
 
 #include "device/scsidevice_linux.h"
-#include "inventory/firmware.h"
+#include "plugin/cimnames.h"
 
 #include <boost/algorithm/string.hpp>
 
@@ -167,6 +167,23 @@ void remarkOnQueries(const runResult& result, texts& remarks) {
     }
 }
 
+/// The plug-in ties a device to the first firmware element whose identity the device's own contains.
+void remarkOnFirmware(const runResult& result, texts& remarks) {
+    if (result.seen.tiedTooEarly)
+        remarks.push_back(std::string(firmwareClass) +
+                          " ties together what earlier queries of the run have collected: ask for devices and " +
+                          firmwareElementClass + " before it");
+    std::size_t all = 0, untied = 0;
+    for (const auto& each : result.devices) {
+        all += each.firmware == firmwareTie::notAskedFor ? 0 : 1;
+        untied += each.firmware == firmwareTie::anothers || each.firmware == firmwareTie::none ? 1 : 0;
+    }
+    if (untied > 0)
+        remarks.push_back(std::to_string(untied) + " of " + std::to_string(all) +
+                          " devices have no firmware tied to them, or another's: the plug-in takes the first identity "
+                          "that theirs contains");
+}
+
 /// Was the machine looked at, and has none?
 bool hasNoDevices(const runResult& result) {
     return result.seen.walked && !result.seen.missesDriver() && result.devices.empty() &&
@@ -190,8 +207,7 @@ texts remarksOn(const runResult& result, std::string (*exampleMachine)()) {
                                            : "no devices found on this machine; to see a simulated one: --machine " +
                                                  exampleMachine());
     remarkOnQueries(result, remarks);
-    for (const auto& remark : firmwareRemarks(result))
-        remarks.push_back(remark);
+    remarkOnFirmware(result, remarks);
     if (result.seen.secondsSkipped > 0)
         remarks.push_back("simulated machine: " + std::to_string(result.seen.secondsSkipped) +
                           " s of sleeping skipped");

@@ -48,6 +48,7 @@ struct coverage {
     std::vector<std::string> beyond;        ///< sg nodes behind the last that is looked at
     int driverStatus = 0;                   ///< exit status of loading the sg driver; -1: it was ended by a signal
     bool hasScsiDevices = true;             ///< whether or not they have sg nodes
+    bool tiedTooEarly = false;              ///< associations were asked for before what they tie together
     bool stepFailed = false;                ///< the plug-in logged a failure, other than that of the driver
     std::string endedAt, endedBy;           ///< the node at which a walk ended before its time, and why
     std::vector<std::string> drivesLeftOut; ///< optical drives that were left out

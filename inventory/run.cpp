@@ -1,14 +1,19 @@
 #include "inventory/run.h"
 
 #include "inventory/askedmachine.h"
+#include "inventory/outputfile.h"
 #include "inventory/passlog.h"
-#include "inventory/recording.h"
 #include "inventory/scratchdirectory.h"
 #include "inventory/statusline.h"
 #include "inventory/survey.h"
 #include "minihost/minihost.h"
 #include "minihost/pluginlibrary.h"
+#include "system/anonymize.h"
+#include "system/machinefile.h"
+#include "system/pseudonyms.h"
 #include "text/forms.h"
+
+#include <sys/stat.h>
 
 #include <optional>
 #include <stdexcept>
@@ -82,6 +87,41 @@ void runQueries(const runOptions& options, askedMachine& machine, minihost::memo
             throw std::runtime_error("the query failed: " + *error);
     }
 }
+
+constexpr const char* recordedTexts =
+    ": the host name, every answer of the device nodes with vendors, models and serial numbers,\n"
+    "what the kernel knows of the devices, the optical-drive table, the USB listing and the names of virtual\n"
+    "devices; look through it before you give it away\n";
+
+constexpr const char* anonymousTexts =
+    "\nreplaced: serial numbers, world wide names but for their makers, the host name\n"
+    "kept: vendors, products, firmware, sizes, node paths, the kernel's names, addresses, statuses and sense data\n"
+    "left out: everything else\n"
+    "this run's output and log have the originals; those of --machine on this file do not\n";
+
+/// The file into which a run records its machine. That it can be written, and the key be used, is tried at once.
+class recording {
+public:
+    explicit recording(const runOptions& options)
+        : isAnonymous_(options.anonymize),
+          key_(isAnonymous_ ? sys::pseudonymKey(options.anonymizeKeyFile) : ""),
+          file_(options.recordFile, options.force ? outputFile::existing::isReplaced : outputFile::existing::isKept,
+                S_IRUSR | S_IWUSR) {} // it tells serial numbers
+
+    /// Writes what the machine has answered. Returns what to say of it.
+    std::string write(sys::recordedMachine& recorded) const {
+        sys::machineAnswers machine = recorded.wholeMachine();
+        if (isAnonymous_)
+            machine = sys::anonymize(std::move(machine), key_);
+        file_.write(sys::machineFileText(machine));
+        return "recorded in " + text::escaped(file_.path()) + (isAnonymous_ ? anonymousTexts : recordedTexts);
+    }
+
+private:
+    bool isAnonymous_;
+    std::string key_;
+    outputFile file_;
+};
 
 } // namespace
 

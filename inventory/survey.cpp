@@ -1,14 +1,16 @@
 #include "inventory/survey.h"
 
 #include "device/scsidevice_linux.h"
-#include "inventory/firmware.h"
 #include "inventory/instancetext.h"
+#include "minihost/classtable.h"
 #include "plugin/cimnames.h"
 #include "system/boundary.h"
 
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <map>
+#include <set>
 
 namespace inventory {
 
@@ -58,6 +60,55 @@ void addUnmatched(sys::machine& machine, sys::virtualDeviceKind kind, const std:
     for (const auto& text : machine.virtualDevices(kind)) {
         if (!isPartOf(text, found))
             unmatched.push_back(std::to_string(kind) + '=' + text);
+    }
+}
+
+/// The devices of associations, by their nodes, with the identities of the firmware that is tied to them.
+using tieList = std::multimap<std::string, std::string>;
+
+tieList tiesOf(const instances& all) {
+    tieList ties;
+    for (const auto& instance : all) {
+        if (instance->declaration().name == firmwareClass)
+            ties.emplace(keyAt(*instance, "Dependent", "DeviceID"),
+                         keyAt(*instance, "Antecedent", "SoftwareElementId"));
+    }
+    return ties;
+}
+
+firmwareTie tieOf(const device& each, const tieList& ties) {
+    const auto [first, end] = ties.equal_range(each.node);
+    if (first == end)
+        return firmwareTie::none;
+    const bool hasOwn = std::any_of(first, end, [&each](const auto& tie) { return tie.second == each.identity; });
+    return hasOwn ? firmwareTie::tied : firmwareTie::anothers;
+}
+
+bool asksForAssociations(const queryResult& query) { return query.classes.front() == firmwareClass; }
+
+/// Did a query for associations come before those that it needs?
+bool tiesTooEarly(const runResult& result) {
+    bool hasDevices = false, hasFirmware = false;
+    for (const auto& query : result.queries) {
+        for (const auto& name : query.classes) {
+            hasDevices = hasDevices || isKindOf(*minihost::findClass(name), busDeviceClass);
+            hasFirmware = hasFirmware || name == firmwareElementClass;
+        }
+        if (asksForAssociations(query) && query.instances.empty() && !(hasDevices && hasFirmware))
+            return true;
+    }
+    return false;
+}
+
+/// Finds out of each device whether its firmware is tied to it, if a query of the run asked for associations.
+void tieFirmware(runResult& result) {
+    result.seen.tiedTooEarly = tiesTooEarly(result);
+    if (std::none_of(result.queries.begin(), result.queries.end(), asksForAssociations) || result.seen.tiedTooEarly)
+        return;
+    const tieList ties = tiesOf(result.allInstances());
+    for (auto& each : result.devices) {
+        if (!each.classes.empty())
+            each.firmware = tieOf(each, ties);
     }
 }
 

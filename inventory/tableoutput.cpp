@@ -1,7 +1,6 @@
 #include "inventory/output.h"
 
 #include "inventory/columns.h"
-#include "inventory/devicetypes.h"
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
 #include "plugin/cimnames.h"
