@@ -142,7 +142,7 @@ public:
     /// All of it, with the devices.
     inventory::runResult wholeResult() {
         inventory::runResult whole = result();
-        whole.devices = inventory::devicesOf(watched_, watched_, passLog_, instances(), sys::kernelDetail::all);
+        whole.devices = inventory::devicesOf(watched_, watched_, passLog_.found(), instances(), sys::kernelDetail::all);
         return whole;
     }
 

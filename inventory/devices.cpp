@@ -44,12 +44,12 @@ bool lacksWords(const device& each) {
 
 class deviceList {
 public:
-    deviceList(sys::machine& machine, const passLog& log) : machine_(machine), log_(log) {}
+    deviceList(sys::machine& machine, const logFindings& log) : machine_(machine), log_(log) {}
 
     std::vector<device> of(const std::vector<sys::visit>& visits, const instances& all, sys::kernelDetail detail) {
         for (const auto& visit : visits)
             devices_.emplace_back().node = visit.path;
-        if (!log_.endedAt().empty())
+        if (!log_.endedAt.empty())
             addNotAsked();
         for (const auto& instance : all) {
             if (isKindOf(instance->declaration(), busDeviceClass))
@@ -74,7 +74,7 @@ private:
     void addNotAsked() {
         std::vector<std::string> behind;
         for (const auto& path : machine_.deviceNodes()) {
-            if (isWalked(path) && placeOf(path) > placeOf(log_.endedAt()) && find(path) == nullptr)
+            if (isWalked(path) && placeOf(path) > placeOf(log_.endedAt) && find(path) == nullptr)
                 behind.push_back(path);
         }
         std::sort(behind.begin(), behind.end(),
@@ -83,7 +83,7 @@ private:
             device& added = devices_.emplace_back();
             added.node = path;
             added.state = deviceState::notAsked;
-            added.why = "the walk ended at " + log_.endedAt();
+            added.why = "the walk ended at " + log_.endedAt;
         }
     }
 
@@ -107,18 +107,18 @@ private:
         };
         if (visit.inquired)
             target.peripheralType = visit.peripheralByte & 0x1F;
-        const auto excluded = log_.excluded().find(visit.path);
+        const auto excluded = log_.excluded.find(visit.path);
         const bool wasWritten = !target.classes.empty();
         if (visit.error != 0) {
             target.error = text::errorName(visit.error);
             set(deviceState::refused, std::strerror(visit.error) + (" (" + target.error + ')'));
         } else if (!visit.identified) {
             set(deviceState::silent, visit.failure);
-        } else if (excluded != log_.excluded().end() && !visit.hasOwnWords) {
+        } else if (excluded != log_.excluded.end() && !visit.hasOwnWords) {
             set(deviceState::excluded, excluded->second);
-        } else if (!log_.endedAt().empty() && !wasWritten) {
-            const bool isTheEnd = visit.path == log_.endedAt();
-            set(deviceState::lost, isTheEnd ? log_.endedBy() : "the walk ended at " + log_.endedAt());
+        } else if (!log_.endedAt.empty() && !wasWritten) {
+            const bool isTheEnd = visit.path == log_.endedAt;
+            set(deviceState::lost, isTheEnd ? log_.endedBy : "the walk ended at " + log_.endedAt);
         } else if (isMistaken(visit.askedAt, target.kernel)) {
             target.askedAt = visit.askedAt;
             set(deviceState::mistaken, "its words are those of " + visit.askedAt);
@@ -132,7 +132,7 @@ private:
     }
 
     sys::machine& machine_;
-    const passLog& log_;
+    const logFindings& log_;
     std::vector<device> devices_;
 };
 
@@ -144,7 +144,7 @@ const char* nameOf(deviceState state) {
     return names[static_cast<std::size_t>(state)];
 }
 
-std::vector<device> devicesOf(sys::machine& machine, const sys::watchedMachine& watched, const passLog& log,
+std::vector<device> devicesOf(sys::machine& machine, const sys::watchedMachine& watched, const logFindings& log,
                               const instances& all, sys::kernelDetail detail) {
     return deviceList(machine, log).of(watched.nodes(), all, detail);
 }

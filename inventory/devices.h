@@ -61,9 +61,10 @@ struct device {
 
 using instances = std::vector<boost::shared_ptr<minihost::memoryInstance>>;
 
-/// All devices of a machine, in the order of the walk. `all` are the instances of a run, `log` is its log. Where sizes
-/// are wanted of the kernel, it is asked for everything about the devices of which the plug-in has not got all words.
-std::vector<device> devicesOf(sys::machine& machine, const sys::watchedMachine& watched, const passLog& log,
+/// All devices of a machine, in the order of the walk. `all` are the instances of a run, `log` is what its log told.
+/// Where sizes are wanted of the kernel, it is asked for everything about the devices of which the plug-in has not got
+/// all words.
+std::vector<device> devicesOf(sys::machine& machine, const sys::watchedMachine& watched, const logFindings& log,
                               const instances& all, sys::kernelDetail detail);
 
 /// The number of devices in one of these states.

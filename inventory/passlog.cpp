@@ -31,15 +31,15 @@ void passLog::take(int level, const std::string& text, const sys::watchedMachine
     else if (text == walksEnd)
         walking_ = false;
     else if (begins(diskIgnored))
-        excluded_.emplace(text.substr(diskIgnored.size()), "named by --virtual-device");
+        found_.excluded.emplace(text.substr(diskIgnored.size()), "named by --virtual-device");
     else if (begins(driveIgnored)) {
         const std::string name = text.substr(driveIgnored.size());
-        if (std::find(excludedDrives_.begin(), excludedDrives_.end(), name) == excludedDrives_.end())
-            excludedDrives_.push_back(name);
+        if (std::find(found_.excludedDrives.begin(), found_.excludedDrives.end(), name) == found_.excludedDrives.end())
+            found_.excludedDrives.push_back(name);
     } else if (begins(usbProductFound) && watched.isAsking()) {
         const sys::visit& node = *watched.latest(); // a tape is not left out for its product
         if (node.peripheralByte == diskByte || node.peripheralByte == opticalDriveByte)
-            excluded_.emplace(node.path, "like a USB device of product 0x4012");
+            found_.excluded.emplace(node.path, "like a USB device of product 0x4012");
     }
 }
 
@@ -47,11 +47,11 @@ void passLog::take(int level, const std::string& text, const sys::watchedMachine
 void passLog::takeFailure(const std::string& text, const sys::watchedMachine& watched) {
     if (text == driverMissed)
         return;
-    failed_ = true;
-    if (!walking_ || watched.latest() == nullptr || !endedAt_.empty())
+    found_.failed = true;
+    if (!walking_ || watched.latest() == nullptr || !found_.endedAt.empty())
         return;
-    endedAt_ = watched.latest()->path;
-    endedBy_ = watched.latest()->blankProduct ? "its product is blank, which ends the walk" : text;
+    found_.endedAt = watched.latest()->path;
+    found_.endedBy = watched.latest()->blankProduct ? "its product is blank, which ends the walk" : text;
 }
 
 } // namespace inventory

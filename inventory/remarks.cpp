@@ -110,12 +110,12 @@ void remarkOnUnseen(const runResult& result, texts& remarks) {
 std::string namesOf(const device& each) { return boost::join(each.kernel.names, " "); }
 
 void remarkOnEndedWalk(const runResult& result, texts& remarks) {
-    if (result.seen.endedAt.empty())
+    if (result.seen.log.endedAt.empty())
         return;
     const auto nothing = [](const device&) {
         return "";
     };
-    std::string remark = "the walk ended at " + result.seen.endedAt + ": " + result.seen.endedBy;
+    std::string remark = "the walk ended at " + result.seen.log.endedAt + ": " + result.seen.log.endedBy;
     if (const texts nodes = nodesOf(result, hasState(deviceState::lost), nothing); !nodes.empty())
         remark += "; lost with it: " + shortList(nodes);
     if (const texts nodes = nodesOf(result, hasState(deviceState::notAsked), nothing); !nodes.empty())
@@ -143,7 +143,7 @@ void remarkOnWords(const runResult& result, texts& remarks) {
 
 void remarkOnVirtualMedia(const runResult& result, texts& remarks) {
     texts left = nodesOf(result, hasState(deviceState::excluded), whyOf);
-    for (const auto& name : result.seen.drivesLeftOut)
+    for (const auto& name : result.seen.log.excludedDrives)
         left.push_back("/dev/" + name + " (named by --virtual-device)");
     if (!left.empty())
         remarks.push_back("left out as virtual media: " + shortList(left));

@@ -26,7 +26,7 @@ const device* runResult::deviceAt(const std::string& node) const {
 }
 
 bool runResult::sawAllBesideDevices() const {
-    return !error && !seen.stepFailed && !seen.missesDriver() && seen.beyond.empty() && seen.unread.empty();
+    return !error && !seen.log.failed && !seen.missesDriver() && seen.beyond.empty() && seen.unread.empty();
 }
 
 bool runResult::isComplete() const {

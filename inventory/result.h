@@ -44,18 +44,16 @@ private:
 
 /// What a run saw of the machine beside its device nodes, and what it could not see.
 struct coverage {
-    bool walked = false;                    ///< the device nodes were looked for
-    std::vector<std::string> beyond;        ///< sg nodes behind the last that is looked at
-    int driverStatus = 0;                   ///< exit status of loading the sg driver; -1: it was ended by a signal
-    bool hasScsiDevices = true;             ///< whether or not they have sg nodes
-    bool tiedTooEarly = false;              ///< associations were asked for before what they tie together
-    bool stepFailed = false;                ///< the plug-in logged a failure, other than that of the driver
-    std::string endedAt, endedBy;           ///< the node at which a walk ended before its time, and why
-    std::vector<std::string> drivesLeftOut; ///< optical drives that were left out
-    std::vector<std::string> unmatched;     ///< virtual devices that were named but are not there: "0=/dev/sg40"
-    std::vector<std::string> unread;        ///< what else could not be read, with the reason
-    std::string collected;                  ///< when the answers were taken; "" where nobody knows
-    unsigned secondsSkipped = 0;            ///< of waiting, on a simulated machine
+    bool walked = false;             ///< the device nodes were looked for
+    std::vector<std::string> beyond; ///< sg nodes behind the last that is looked at
+    int driverStatus = 0;            ///< exit status of loading the sg driver; -1: it was ended by a signal
+    bool hasScsiDevices = true;      ///< whether or not they have sg nodes
+    bool tiedTooEarly = false;       ///< associations were asked for before what they tie together
+    logFindings log;
+    std::vector<std::string> unmatched; ///< virtual devices that were named but are not there: "0=/dev/sg40"
+    std::vector<std::string> unread;    ///< what else could not be read, with the reason
+    std::string collected;              ///< when the answers were taken; "" where nobody knows
+    unsigned secondsSkipped = 0;        ///< of waiting, on a simulated machine
 
     /// A driver that nothing needs is not missed.
     bool missesDriver() const { return driverStatus != 0 && hasScsiDevices; }

@@ -141,7 +141,7 @@ std::string run(const runOptions& options, minihost::memoryNamespace& ns, runRes
         result.error = minihost::whatWasThrown();
     }
     if (machine)
-        survey(options, *machine, log, result);
+        survey(options, *machine, log.found(), result);
     return recorded;
 }
 

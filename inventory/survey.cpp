@@ -41,11 +41,11 @@ std::vector<std::string> nodesOf(const runResult& result) {
 }
 
 /// The names of the optical drives that were found; none where no query asked for them.
-std::optional<std::vector<std::string>> opticalDrives(const runResult& result, const passLog& log) {
+std::optional<std::vector<std::string>> opticalDrives(const runResult& result) {
     std::optional<std::vector<std::string>> drives;
     for (const auto& query : result.queries) {
         if (query.classes.front() == opticalDriveClass)
-            drives = log.excludedDrives();
+            drives = result.seen.log.excludedDrives;
     }
     for (const auto& instance : result.allInstances()) {
         if (drives && instance->declaration().name == opticalDriveClass)
@@ -121,7 +121,7 @@ sys::kernelDetail detailFor(const runOptions& options) {
 
 } // namespace
 
-void survey(const runOptions& options, askedMachine& machine, const passLog& log, runResult& result) {
+void survey(const runOptions& options, askedMachine& machine, const logFindings& log, runResult& result) {
     coverage& seen = result.seen;
     const sys::watchedMachine& watched = machine.watched();
     seen.walked = watched.driverStatus().has_value();
@@ -130,9 +130,7 @@ void survey(const runOptions& options, askedMachine& machine, const passLog& log
     const int driver = watched.driverStatus().value_or(0);
     seen.driverStatus = WIFEXITED(driver) ? WEXITSTATUS(driver) : -1;
     seen.hasScsiDevices = driver == 0 || machine.machine().hasScsiDevices(); // asked only where it matters
-    seen.stepFailed = log.failed();
-    seen.endedAt = log.endedAt();
-    seen.endedBy = log.endedBy();
+    seen.log = log;
     seen.unread = watched.unread();
     if (options.format == outputFormat::json)
         seen.collected = machine.machine().collected();
@@ -140,10 +138,9 @@ void survey(const runOptions& options, askedMachine& machine, const passLog& log
 
     result.devices = devicesOf(machine.machine(), watched, log, result.allInstances(), detailFor(options));
     tieFirmware(result);
-    seen.drivesLeftOut = log.excludedDrives();
     if (seen.walked)
         addUnmatched(machine.machine(), sys::virtualDisk, nodesOf(result), seen.unmatched);
-    if (const auto drives = opticalDrives(result, log))
+    if (const auto drives = opticalDrives(result))
         addUnmatched(machine.machine(), sys::virtualOpticalDrive, *drives, seen.unmatched);
 }
 

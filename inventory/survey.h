@@ -9,6 +9,6 @@ namespace inventory {
 
 /// Adds to `result` what the machine has shown of itself, and what not, and asks its kernel what it knows of the
 /// devices: only at the end of a run, so that nothing comes between the plug-in's system calls.
-void survey(const runOptions& options, askedMachine& machine, const passLog& log, runResult& result);
+void survey(const runOptions& options, askedMachine& machine, const logFindings& log, runResult& result);
 
 } // namespace inventory

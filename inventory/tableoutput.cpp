@@ -177,12 +177,12 @@ void writeOpticalDrives(const runResult& result, const tableStyle& style, std::o
         if (query.classes.front() == opticalDriveClass)
             drives = query;
     }
-    if (drives.instances.empty() && result.seen.drivesLeftOut.empty())
+    if (drives.instances.empty() && result.seen.log.excludedDrives.empty())
         return;
     output << (result.devices.empty() ? "" : "\n");
     if (!drives.instances.empty())
         writeSection(opticalDriveClass, sectionsFor(result).at(opticalDriveClass), drives, style, output);
-    for (const auto& name : result.seen.drivesLeftOut)
+    for (const auto& name : result.seen.log.excludedDrives)
         output << "  " << escaped(name) << "  excluded: named by --virtual-device\n";
 }
 

@@ -1,4 +1,4 @@
-// What the contract leaves to the host: its entry points and the destructors of its interfaces.
+// What the contract leaves to the host: its entry points, its services and the destructors of its interfaces.
 
 #include "plugin/host/rootobject.h"
 
@@ -6,11 +6,14 @@
 #include "plugin/host/cimclass.h"
 #include "plugin/host/ciminstance.h"
 #include "plugin/host/cimnamespace.h"
+#include "plugin/host/osspecific.h"
 #include "plugin/host/plugincallbacks.h"
 #include "plugin/host/pluginmanager.h"
+#include "system/thismachine.h"
 
 #include <boost/make_shared.hpp>
 
+#include <chrono>
 #include <stdexcept>
 #include <utility>
 
@@ -44,6 +47,14 @@ public:
     }
 };
 
+/// The machine that the services tell of: that in use, or this one.
+sys::machine& machine() {
+    static sys::thisMachine otherwise({});
+    if (sys::machine* const current = sys::machineInUse::current())
+        return *current;
+    return otherwise;
+}
+
 } // namespace
 
 void setLogSink(logSink sink) { logger().sink = std::move(sink); }
@@ -66,6 +77,20 @@ ILogger* TRootObject::GetCoreLogger() { return &minihost::logger(); }
 boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() {
     static const auto manager = boost::make_shared<minihost::pluginManager>();
     return manager;
+}
+
+std::string TOSSpecific::CaptureFile(std::string path) { return minihost::machine().captureFile(path).text; }
+
+std::string TOSSpecific::SpawnProcess(std::string command, std::vector<std::string> arguments, int timeout) {
+    return minihost::machine().spawn(command, arguments, std::chrono::seconds(timeout)).text;
+}
+
+std::string TOSSpecific::GetMachineName() { return minihost::machine().hostName(); }
+
+bool TOSSpecific::getOrvexVirtualDevices(int kind, std::vector<std::string>& list, bool /*flag*/) {
+    const auto names = minihost::machine().virtualDevices(static_cast<sys::virtualDeviceKind>(kind));
+    list.insert(list.end(), names.begin(), names.end());
+    return true;
 }
 
 // Where the destructors are defined the compiler puts the type information of the interfaces: in the host, so that host

@@ -8,7 +8,6 @@
 #include <boost/algorithm/string/trim.hpp>
 #include <dirent.h>
 #include <fcntl.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -119,22 +118,9 @@ std::vector<std::string> nodesOf(const keptDirectory& device) {
     return nodes;
 }
 
-/// The number in a text such as "8:16"; 0 for anything else.
-dev_t deviceNumberIn(const std::string& text) {
-    unsigned major = 0, minor = 0;
-    const char* const end = text.data() + text.size();
-    const auto [colon, error] = std::from_chars(text.data(), end, major);
-    if (error != std::errc() || colon == end || std::from_chars(colon + 1, end, minor).ec != std::errc())
-        return 0;
-    return makedev(major, minor);
-}
-
 /// The serial number by the device manager. `node` is the directory of a device's node.
 std::string udevSerialNumberOf(const keptDirectory& device, const std::string& node) {
-    const dev_t number = hasUdev() ? deviceNumberIn(device.contentOf(node + "/dev")) : 0;
-    if (number == 0)
-        return "";
-    return udevSerialNumber(isBlockDevice(node) ? 'b' : 'c', number);
+    return hasUdev() ? udevSerialNumber((isBlockDevice(node) ? 'b' : 'c') + device.textOf(node + "/dev")) : "";
 }
 
 /// Adds the texts of an INQUIRY answer (SPC-4, 6.4.2). The files vendor, model and rev have the same ones, but reading

@@ -21,18 +21,19 @@ Function* find(void* library, const char* name) {
 
 /// The first of those that a device has. libudev is loaded where there is something to ask it: loading it at every
 /// start would take longer than most of a run.
-std::string serialProperty(char kind, dev_t number) {
+std::string serialProperty(const std::string& id) {
     static void* const library = ::dlopen("libudev.so.1", RTLD_NOW);
     if (library == nullptr)
         return "";
     static auto* const newContext = find<decltype(udev_new)>(library, "udev_new");
     static auto* const freeContext = find<decltype(udev_unref)>(library, "udev_unref");
-    static auto* const newDevice = find<decltype(udev_device_new_from_devnum)>(library, "udev_device_new_from_devnum");
+    static auto* const newDevice =
+        find<decltype(udev_device_new_from_device_id)>(library, "udev_device_new_from_device_id");
     static auto* const freeDevice = find<decltype(udev_device_unref)>(library, "udev_device_unref");
     static auto* const valueOf =
         find<decltype(udev_device_get_property_value)>(library, "udev_device_get_property_value");
     udev* const context = newContext();
-    udev_device* const device = newDevice(context, kind, number);
+    udev_device* const device = newDevice(context, id.c_str());
     const char* value = nullptr;
     for (const char* const name : serialProperties)
         value = device != nullptr && value == nullptr ? valueOf(device, name) : value;
@@ -46,8 +47,8 @@ std::string serialProperty(char kind, dev_t number) {
 
 bool hasUdev() { return ::access(database, F_OK) == 0; }
 
-std::string udevSerialNumber(char kind, dev_t number) {
-    return boost::trim_all_copy_if(serialProperty(kind, number), [](char c) { return c == ' '; });
+std::string udevSerialNumber(const std::string& device) {
+    return boost::trim_all_copy_if(serialProperty(device), [](char c) { return c == ' '; });
 }
 
 } // namespace sys

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <string>
 
 namespace sys {
@@ -9,8 +7,8 @@ namespace sys {
 /// Has this machine a device manager that libudev knows? In an initial RAM disk there can be none.
 bool hasUdev();
 
-/// The serial number that this machine's device manager has noted of a block device (kind 'b') or a character device
-/// ('c'), as lsblk shows it; "" where it has none. Opens no node.
-std::string udevSerialNumber(char kind, dev_t number);
+/// The serial number that this machine's device manager has noted of a block device, such as "b8:16", or a character
+/// device, "c9:128", as lsblk shows it; "" where it has none. Opens no node.
+std::string udevSerialNumber(const std::string& device);
 
 } // namespace sys
