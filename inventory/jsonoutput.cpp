@@ -123,10 +123,10 @@ json nodesToJson(const std::vector<device>& devices) {
 }
 
 /// The remarks, and of the log what tells of failures.
-json messagesToJson(const messageList& messages) {
+json messagesToJson(const std::vector<message>& messages) {
     constexpr int lastLevel = 1; // above it the log is a trace
     json list = json::array();
-    for (const auto& each : messages.all()) {
+    for (const auto& each : messages) {
         const json text = bytesAsCodePoints(each.text);
         if (each.from == message::program)
             list.push_back({{"from", "program"}, {"text", text}});

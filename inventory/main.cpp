@@ -62,7 +62,7 @@ int show(const inventory::runOptions& options, std::ostream& output) {
     const std::string recorded = inventory::run(options, ns, result);
     const std::vector<std::string> remarks = inventory::remarksOn(result, inventory::exampleMachineFile);
     for (const auto& remark : remarks)
-        result.messages.add(inventory::message::program, 0, remark);
+        result.addMessage(inventory::message::program, 0, remark);
     writeDocument(result, options, output);
     for (const auto& remark : remarks)
         std::cerr << text::escaped(remark) << '\n';

@@ -4,12 +4,16 @@
 
 namespace inventory {
 
-bool messageList::add(message::source from, int level, const std::string& text) {
-    const auto [place, isNew] = places_.try_emplace({from, level, text}, list_.size());
-    if (isNew)
-        list_.push_back({from, level, text, 0});
-    ++list_[place->second].count;
-    return isNew;
+bool runResult::addMessage(message::source from, int level, const std::string& text) {
+    const auto known = std::find_if(messages.begin(), messages.end(), [&](const message& each) {
+        return each.from == from && each.level == level && each.text == text;
+    });
+    const bool isFirst = known == messages.end();
+    if (isFirst)
+        messages.push_back({from, level, text, 1});
+    else
+        ++known->count;
+    return isFirst;
 }
 
 instances runResult::allInstances() const {

@@ -4,10 +4,8 @@
 #include "minihost/memorynamespace.h"
 
 #include <cstddef>
-#include <map>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <vector>
 
 namespace inventory {
@@ -27,19 +25,6 @@ struct message {
     int level; ///< of the log; of a remark 0
     std::string text;
     std::size_t count; ///< how often it came
-};
-
-/// The messages of a run, equal ones once, in the order in which they came first.
-class messageList {
-public:
-    /// Takes a message; true when it is the first of its kind.
-    bool add(message::source from, int level, const std::string& text);
-
-    const std::vector<message>& all() const { return list_; }
-
-private:
-    std::map<std::tuple<message::source, int, std::string>, std::size_t> places_;
-    std::vector<message> list_;
 };
 
 /// What a run saw of the machine beside its device nodes, and what it could not see.
@@ -69,8 +54,11 @@ struct runResult {
     std::vector<queryResult> queries;
     std::optional<std::string> error; ///< why the run failed
     coverage seen;
-    messageList messages;
-    std::vector<device> devices; ///< in the order of the walk
+    std::vector<message> messages; ///< equal ones once, in the order in which they came first
+    std::vector<device> devices;   ///< in the order of the walk
+
+    /// Takes a message; true when it is the first of its kind.
+    bool addMessage(message::source from, int level, const std::string& text);
 
     /// The instances of all queries.
     instances allInstances() const;

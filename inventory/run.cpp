@@ -25,8 +25,8 @@ namespace {
 constexpr int traceLevel = 3;
 
 /// Takes a message of the log. Is it to be shown? Equal ones are shown once, unless the trace is, which is whole.
-bool takeMessage(int level, const std::string& text, int shownLevel, messageList& messages) {
-    const bool isFirst = level < traceLevel && messages.add(message::plugin, level, text);
+bool takeMessage(int level, const std::string& text, int shownLevel, runResult& result) {
+    const bool isFirst = level < traceLevel && result.addMessage(message::plugin, level, text);
     return level <= shownLevel && (isFirst || shownLevel >= traceLevel);
 }
 
@@ -63,12 +63,12 @@ void runQueries(const runOptions& options, askedMachine& machine, minihost::memo
     std::string shownNode;
     const auto showLog = [&](int level, const std::string& text) {
         log.take(level, text, machine.watched());
-        if (takeMessage(level, text, options.logLevel, result.messages))
+        if (takeMessage(level, text, options.logLevel, result))
             status.write(headingOf(machine.opened(), shownNode, options.logLevel) + '[' + std::to_string(level) + "] " +
                          text::escaped(text) + '\n');
     };
     const auto showRemark = [&](const std::string& text) {
-        if (result.messages.add(message::program, 0, text))
+        if (result.addMessage(message::program, 0, text))
             status.write("remark: " + text::escaped(text) + '\n');
     };
     result.machineName = machine.machine().hostName();

@@ -76,12 +76,9 @@ std::map<std::string_view, section> sectionsFor(const runResult& result) {
         const auto* const known = result.deviceAt(nodeOf(instance));
         return known == nullptr ? "" : boost::join(known->kernel.names, " ");
     };
-    const auto isBlank = [](char c) {
-        return c == ' ';
-    };
-    const cellText deviceName = [&result, isBlank](const memoryInstance& association) {
+    const cellText deviceName = [&result](const memoryInstance& association) {
         const auto* const known = result.deviceAt(deviceNode(association));
-        return known == nullptr ? "" : boost::trim_copy_if(known->vendor + ' ' + known->product, isBlank);
+        return known == nullptr ? "" : known->vendor + (known->product.empty() ? "" : " ") + known->product;
     };
     const std::vector<column> ideColumns{
         {"Node", node("Name")},        {"Vendor", property("VendorID")},  {"Product", property("ProductID")},

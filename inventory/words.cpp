@@ -11,16 +11,13 @@
 #include <numeric>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 namespace inventory {
 
 namespace {
 
-struct shortName {
-    const char *word, *className;
-};
-
-constexpr shortName shortNames[] = {
+constexpr std::pair<const char*, const char*> shortNames[] = {
     {"scsi", scsiDeviceClass},      {"tape", tapeDriveClass},           {"ata", ataDeviceClass},
     {"optical", opticalDriveClass}, {"firmware", firmwareElementClass}, {"associations", firmwareClass},
 };
@@ -33,10 +30,10 @@ std::string classCalled(const std::string& name) {
             return known.back();
     }
     const std::string classes = boost::join(known, ", ");
-    for (const auto& candidate : shortNames) {
-        known.emplace_back(candidate.word);
+    for (const auto& [word, className] : shortNames) {
+        known.emplace_back(word);
         if (boost::iequals(name, known.back()))
-            return candidate.className;
+            return className;
     }
     throw std::runtime_error("unknown class '" + name + "'" + didYouMean(name, known) + "; the classes are " + classes);
 }
@@ -80,8 +77,8 @@ std::vector<std::vector<std::string>> defaultQueries() {
 
 std::string shortNameLines() {
     std::ostringstream lines;
-    for (const auto& name : shortNames)
-        lines << "  " << std::left << std::setw(14) << name.word << name.className << '\n';
+    for (const auto& [word, className] : shortNames)
+        lines << "  " << std::left << std::setw(14) << word << className << '\n';
     return lines.str();
 }
 

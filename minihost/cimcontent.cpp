@@ -1,5 +1,7 @@
 #include "minihost/cimcontent.h"
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <stdexcept>
 #include <utility>
 
@@ -48,14 +50,7 @@ namespace minihost {
 namespace {
 
 std::string quoted(const std::string& text) {
-    std::string result = "\"";
-    result.reserve(text.size() + 2);
-    for (const char c : text) {
-        if (c == '"' || c == '\\')
-            result += '\\';
-        result += c;
-    }
-    return result + '"';
+    return '"' + boost::replace_all_copy(boost::replace_all_copy(text, "\\", "\\\\"), "\"", "\\\"") + '"';
 }
 
 struct contentText {

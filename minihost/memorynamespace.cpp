@@ -108,7 +108,8 @@ boost::shared_ptr<NHALDEN20::ICIMPropertyHandle> memoryInstance::GetPropertyHand
 }
 
 void memoryInstance::SetProperty(const std::string& name, const TCIMValue& value, const TContext& /*context*/) {
-    namespace_.remarkOnMismatch(declaration_, name, value);
+    if (currentSink() && !declares(declaration_, name, value))
+        currentSink()(std::string(declaration_.name) + " does not declare " + name + " with this type");
     for (auto& [knownName, knownValue] : properties_) {
         if (knownName == name) {
             knownValue = value;
@@ -152,12 +153,5 @@ boost::shared_ptr<NHALDEN20::ICIMNamespace> memoryNamespace::handle() {
 }
 
 void memoryNamespace::commit(boost::shared_ptr<memoryInstance> instance) { instances_.push_back(instance); }
-
-void memoryNamespace::remarkOnMismatch(const classDeclaration& declaration, std::string_view property,
-                                       const TCIMValue& value) {
-    if (!declares(declaration, property, value) && currentSink() &&
-        remarkedOn_.emplace(declaration.name, property).second)
-        currentSink()(std::string(declaration.name) + " does not declare " + std::string(property) + " with this type");
-}
 
 } // namespace minihost

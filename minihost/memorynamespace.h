@@ -10,7 +10,6 @@
 
 #include <deque>
 #include <map>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -73,14 +72,9 @@ public:
     /// Adds `instance` as the last one; called through ICIMInstance::AddToClass.
     void commit(boost::shared_ptr<memoryInstance> instance);
 
-    /// Remarks on a property that does not suit its class; called through ICIMInstance::SetProperty.
-    void remarkOnMismatch(const classDeclaration& declaration, std::string_view property,
-                          const NHALDEN20::TCIMValue& value);
-
 private:
     std::map<std::string, boost::shared_ptr<NHALDEN20::ICIMClass>> classes_;
     std::vector<boost::shared_ptr<memoryInstance>> instances_;
-    std::set<std::pair<std::string_view, std::string>> remarkedOn_; ///< class and property
 };
 
 } // namespace minihost

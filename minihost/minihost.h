@@ -18,7 +18,7 @@ void setLogSink(logSink sink);
 using remarkSink = std::function<void(const std::string& text)>;
 
 /// Sends the host's own remarks to `sink` from now on; without one, they are dropped. The host remarks on a property
-/// that the class of its instance does not declare with this type: once for each class and property of a namespace.
+/// that the class of its instance does not declare with this type, each time that it is set.
 void setRemarkSink(remarkSink sink);
 
 /// The plug-ins registered so far, in order. One that has deleted itself stays in the list.

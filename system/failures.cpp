@@ -19,31 +19,15 @@ std::string formatted(const char* format, Numbers... numbers) {
     return text;
 }
 
-/// What the kernel's host adapter drivers report, by their numbers (scsi/scsi_status.h of the kernel).
-constexpr const char* hostStatuses[] = {"",
-                                        "no connection",
-                                        "bus busy",
-                                        "timed out",
-                                        "bad target",
-                                        "aborted",
-                                        "parity error",
-                                        "adapter error",
-                                        "reset",
-                                        "unexpected interrupt",
-                                        "passed through",
-                                        "soft error",
-                                        "retry at once",
-                                        "requeue",
-                                        "transport disrupted",
-                                        "transport failed fast",
-                                        "target failure",
-                                        "nexus failure",
-                                        "no space",
-                                        "medium error",
-                                        "transport marginal"};
+/// What the kernel's host adapter drivers report, by their numbers from 1 (scsi/scsi_status.h of the kernel).
+constexpr const char* hostStatuses[] = {
+    "no connection",  "bus busy",      "timed out", "bad target",           "aborted",
+    "parity error",   "adapter error", "reset",     "unexpected interrupt", "passed through",
+    "soft error",     "retry at once", "requeue",   "transport disrupted",  "transport failed fast",
+    "target failure", "nexus failure", "no space",  "medium error",         "transport marginal"};
 
 std::string hostStatusText(unsigned status) {
-    const char* const words = status < std::size(hostStatuses) ? hostStatuses[status] : "unknown failure";
+    const char* const words = status <= std::size(hostStatuses) ? hostStatuses[status - 1] : "unknown failure";
     return words + formatted(" (host status 0x%02x)", status);
 }
 

@@ -218,30 +218,28 @@ void readSuccess(const jsonPlace& place, driveAnswer& answer) {
         place.fail("the member data");
 }
 
-/// One answer, or a list of answers to be used in turn. Each is a success, or the name of an error.
+/// A success, or the name of an error.
 template <typename Answer>
-answerList<Answer> answersAt(const jsonPlace& place) {
-    answerList<Answer> answers;
-    for (const auto& element : place.elements()) {
-        Answer answer;
-        if (!element.value().is_string())
-            readSuccess(element, answer);
-        else if (answer.error = errnoOf(element.text()); answer.error == 0)
-            element.fail("an answer, or the name of an error such as \"EIO\"");
-        answers.add(answer);
-    }
+Answer answerAt(const jsonPlace& place) {
+    Answer answer;
+    if (!place.value().is_string())
+        readSuccess(place, answer);
+    else if (answer.error = errnoOf(place.text()); answer.error == 0)
+        place.fail("an answer, or the name of an error such as \"EIO\"");
+    return answer;
+}
+
+int statusAt(const jsonPlace& place) { return upTo<largestStatus>(place); }
+
+/// One answer, or a list of answers to be used in turn, each by `read`.
+template <auto read>
+auto answersAt(const jsonPlace& place) {
+    answerList<decltype(read(place))> answers;
+    for (const auto& element : place.elements())
+        answers.add(read(element));
     if (answers.empty())
         place.fail("at least one answer");
     return answers;
-}
-
-answerList<int> statusesAt(const jsonPlace& place) {
-    answerList<int> statuses;
-    for (const auto& status : place.elements())
-        statuses.add(static_cast<int>(upTo<largestStatus>(status)));
-    if (statuses.empty())
-        place.fail("at least one exit status");
-    return statuses;
 }
 
 kernelWords kernelWordsAt(const jsonPlace& place) {
@@ -261,7 +259,7 @@ node nodeAt(const jsonPlace& place, const std::string& path) {
     if (isWalkedNode(path))
         members("kernel", result.knownAs, kernelWordsAt);
     eachAnswer(result, [&members](const char* name, auto& answers) {
-        members(name, answers, answersAt<std::decay_t<decltype(answers.next())>>);
+        members(name, answers, answersAt<answerAt<std::decay_t<decltype(answers.next())>>>);
     });
     members.end();
     return result;
@@ -292,7 +290,7 @@ machineAnswers machineAt(const jsonPlace& place) {
     members("name", result.name, textAt);
     members("collected", result.collected, momentAt);
     members("scsiDevices", result.hasScsiDevices, truthAt);
-    members("modprobe", result.modprobe, statusesAt);
+    members("modprobe", result.modprobe, answersAt<statusAt>);
     members("usb", result.usbListing, linesAt);
     members("opticalTable", result.opticalTable, linesAt);
     members("virtualDevices", result.virtualDevices, virtualDevicesAt);

@@ -74,7 +74,7 @@ TEST(MachineFile, IsRefusedWithThePlaceAndWhatWasExpected) {
         {R"({"nodes": {"/dev/sg0": {"address": {"host": 1}}}})",
          "address: expected the members host, channel, target and lun, found an object"},
         {R"({"nodes": {"/dev/hda": {"identify": {}}}})", "identify: expected the member data, found an object"},
-        {R"({"modprobe": []})", "modprobe: expected at least one exit status"},
+        {R"({"modprobe": []})", "modprobe: expected at least one answer"},
         {withInquiry("[]"), inquiryPlace + ": expected at least one answer"},
         {withInquiry(R"("EWHAT")"),
          inquiryPlace + ": expected an answer, or the name of an error such as \"EIO\", found \"EWHAT\""},
