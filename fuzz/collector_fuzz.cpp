@@ -57,10 +57,9 @@ public:
         fault.count();
         return layer::hostName();
     }
-    sys::serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                             std::chrono::seconds limit) override {
+    sys::serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) override {
         fault.count();
-        return layer::spawn(command, arguments, limit);
+        return layer::spawn(command, limit);
     }
 
 private:

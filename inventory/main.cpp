@@ -4,9 +4,9 @@
 #include "inventory/remarks.h"
 #include "inventory/run.h"
 #include "inventory/scratchdirectory.h"
-#include "inventory/signals.h"
 #include "inventory/statusline.h"
 #include "minihost/pluginlibrary.h"
+#include "system/childprocess.h"
 #include "text/forms.h"
 
 #include <fcntl.h>
@@ -41,17 +41,13 @@ void writeTables(const inventory::runResult& result, const inventory::runOptions
 void writeDocument(const inventory::runResult& result, const inventory::runOptions& options, std::ostream& output) {
     switch (options.format) {
     case inventory::outputFormat::table:
-        writeTables(result, options, output);
-        break;
+        return writeTables(result, options, output);
     case inventory::outputFormat::json:
-        inventory::writeJson(result, output);
-        break;
+        return inventory::writeJson(result, output);
     case inventory::outputFormat::mof:
-        inventory::writeMof(result, output);
-        break;
+        return inventory::writeMof(result, output);
     case inventory::outputFormat::prometheus:
-        inventory::writePrometheus(result, output);
-        break;
+        return inventory::writePrometheus(result, output);
     }
 }
 
@@ -102,6 +98,42 @@ int printIntoFile(const inventory::commandLine& line) {
     std::_Exit(inventory::failedRun);
 }
 
+// What users, timers and the system send to end a process, but for what its own faults cause.
+constexpr int endingSignals[] = {SIGHUP,  SIGINT,  SIGQUIT, SIGALRM,   SIGTERM, SIGUSR1,
+                                 SIGUSR2, SIGXCPU, SIGPOLL, SIGVTALRM, SIGPROF, SIGPWR};
+constexpr int writingSignals[] = {SIGPIPE, SIGXFSZ};
+
+/// Calls only what is safe in a signal handler.
+extern "C" void endTidily(int signal) {
+    inventory::statusLine::eraseAtOnce();
+    sys::endChildAtOnce();
+    inventory::scratchDirectory::removeAtOnce();
+    if (signal == SIGXCPU) {
+        inventory::writeErrorAtOnce("scsidev-inventory: the CPU time that a limit gives it is used up\n");
+        ::_exit(EXIT_FAILURE);
+    }
+    // As if there were no handler, so that the parent sees what ended the program.
+    std::signal(signal, SIG_DFL);
+    ::raise(signal);
+}
+
+/// From now on a signal that ends the program, unless it is ignored, ends its child and removes its temporary directory
+/// first. A used-up limit of CPU time is a failure with a message; of file size, and a closed pipe, errors of writing.
+void handleSignals() {
+    struct sigaction ending {};
+    ending.sa_handler = endTidily;
+    // Without SA_RESETHAND, under which the same signal, sent once more, ends the process before the handler has begun.
+    sigfillset(&ending.sa_mask);
+    for (const int signal : endingSignals) {
+        struct sigaction before {};
+        ::sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) // as it is under nohup
+            ::sigaction(signal, &ending, nullptr);
+    }
+    for (const int signal : writingSignals)
+        std::signal(signal, [](int /*signal*/) {}); // writing fails instead; children do not inherit a handler
+}
+
 /// Gives each standard descriptor that is closed something that can be neither read nor written. Or else the next file
 /// that is opened would have its number: what goes to standard error would get into a document.
 void holdStandardDescriptors() {
@@ -116,7 +148,7 @@ void holdStandardDescriptors() {
 void prepareProcess() {
     holdStandardDescriptors();
     std::signal(SIGCHLD, SIG_DFL); // if ignored, the exit statuses of children are lost
-    inventory::handleSignals();
+    handleSignals();
     std::set_terminate(endByException);
     ::setenv("LC_ALL", "C", 1); // in others grep leaves out lines with bytes that are no characters there
     const char* path = std::getenv("PATH");

@@ -60,14 +60,9 @@ std::string shownType(const device& each) {
 }
 
 std::string firmwareNote(const device& each) {
-    switch (each.firmware) {
-    case firmwareTie::anothers:
-        return "another's firmware is tied to it";
-    case firmwareTie::none:
-        return "no firmware is tied to it";
-    default:
-        return "";
-    }
+    return each.firmware == firmwareTie::anothers ? "another's firmware is tied to it"
+           : each.firmware == firmwareTie::none   ? "no firmware is tied to it"
+                                                  : "";
 }
 
 /// "13 devices: 10 identified, 1 mistaken, 2 silent; 9 with firmware; not complete", as a line.

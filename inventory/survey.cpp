@@ -28,11 +28,6 @@ std::vector<std::string> nodesBeyond(sys::machine& machine) {
     return beyond;
 }
 
-bool isPartOf(const std::string& text, const std::vector<std::string>& names) {
-    return std::any_of(names.begin(), names.end(),
-                       [&text](const std::string& name) { return text.find(name) != std::string::npos; });
-}
-
 std::vector<std::string> nodesOf(const runResult& result) {
     std::vector<std::string> nodes;
     for (const auto& each : result.devices)
@@ -58,7 +53,10 @@ std::optional<std::vector<std::string>> opticalDrives(const runResult& result) {
 void addUnmatched(sys::machine& machine, sys::virtualDeviceKind kind, const std::vector<std::string>& found,
                   std::vector<std::string>& unmatched) {
     for (const auto& text : machine.virtualDevices(kind)) {
-        if (!isPartOf(text, found))
+        const auto isNamed = [&text](const std::string& name) {
+            return text.find(name) != std::string::npos;
+        };
+        if (std::none_of(found.begin(), found.end(), isNamed))
             unmatched.push_back(std::to_string(kind) + '=' + text);
     }
 }

@@ -78,7 +78,8 @@ std::map<std::string_view, section> sectionsFor(const runResult& result) {
     };
     const cellText deviceName = [&result](const memoryInstance& association) {
         const auto* const known = result.deviceAt(deviceNode(association));
-        return known == nullptr ? "" : known->vendor + (known->product.empty() ? "" : " ") + known->product;
+        const bool hasBoth = known != nullptr && !known->vendor.empty() && !known->product.empty();
+        return known == nullptr ? "" : known->vendor + (hasBoth ? " " : "") + known->product;
     };
     const std::vector<column> ideColumns{
         {"Node", node("Name")},        {"Vendor", property("VendorID")},  {"Product", property("ProductID")},

@@ -82,7 +82,8 @@ boost::shared_ptr<ICIMNamespace> TRootObject::GetPluginManager() {
 std::string TOSSpecific::CaptureFile(std::string path) { return minihost::machine().captureFile(path).text; }
 
 std::string TOSSpecific::SpawnProcess(std::string command, std::vector<std::string> arguments, int timeout) {
-    return minihost::machine().spawn(command, arguments, std::chrono::seconds(timeout)).text;
+    arguments.insert(arguments.begin(), command);
+    return minihost::machine().spawn(arguments, std::chrono::seconds(timeout)).text;
 }
 
 std::string TOSSpecific::GetMachineName() { return minihost::machine().hostName(); }

@@ -147,17 +147,14 @@ std::string failureOf(int status) {
 
 } // namespace
 
-serviceAnswer outputOf(const std::string& command, const std::vector<std::string>& arguments,
-                       std::chrono::milliseconds limit) {
+serviceAnswer outputOf(const std::vector<std::string>& command, std::chrono::milliseconds limit) {
     const auto deadline = clock::now() + limit;
-    std::vector<std::string> words{command};
-    words.insert(words.end(), arguments.begin(), arguments.end());
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC) == -1)
         return {"", std::strerror(errno)};
     const descriptor reading(ends[0]);
     std::optional<descriptor> writing(std::in_place, ends[1]);
-    childProcess child(words, ends[1]);
+    childProcess child(command, ends[1]);
     if (!child.isStarted())
         return {"", std::strerror(errno)};
     writing.reset(); // or the pipe would not end with the output of the child

@@ -8,10 +8,10 @@
 
 namespace sys {
 
-/// Runs `command`, found on PATH, without a shell, and returns its standard output. It is a failure when the command
-/// cannot be started, is ended after `limit`, or ends by a signal or with another exit status than 0.
-serviceAnswer outputOf(const std::string& command, const std::vector<std::string>& arguments,
-                       std::chrono::milliseconds limit);
+/// Runs `command`, a program found on PATH and its arguments, without a shell, and returns its standard output. It is a
+/// failure when the command cannot be started, is ended after `limit`, or ends by a signal or with another exit status
+/// than 0.
+serviceAnswer outputOf(const std::vector<std::string>& command, std::chrono::milliseconds limit);
 
 /// Does what std::system does, but this process does not ignore interrupts meanwhile: its handler can end the command
 /// by endChildAtOnce().

@@ -35,9 +35,8 @@ public:
     virtual std::string hostName() = 0;
     virtual std::vector<std::string> virtualDevices(virtualDeviceKind kind) = 0;
     virtual bool hasOpticalTable() = 0;
-    /// The standard output of a command. One that runs longer than `limit` is ended.
-    virtual serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                                std::chrono::seconds limit) = 0;
+    /// The standard output of a command, a program and its arguments. One that runs longer than `limit` is ended.
+    virtual serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) = 0;
     /// The content of a file, the system's own on every machine. That there is no such file is no failure.
     virtual serviceAnswer captureFile(const std::string& path);
 
@@ -72,9 +71,8 @@ public:
     std::string hostName() override { return below_.hostName(); }
     std::vector<std::string> virtualDevices(virtualDeviceKind kind) override { return below_.virtualDevices(kind); }
     bool hasOpticalTable() override { return below_.hasOpticalTable(); }
-    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                        std::chrono::seconds limit) override {
-        return below_.spawn(command, arguments, limit);
+    serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) override {
+        return below_.spawn(command, limit);
     }
     serviceAnswer captureFile(const std::string& path) override { return below_.captureFile(path); }
 

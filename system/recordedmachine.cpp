@@ -21,9 +21,8 @@ int recordedMachine::system(const char* command) {
     return status;
 }
 
-serviceAnswer recordedMachine::spawn(const std::string& command, const std::vector<std::string>& arguments,
-                                     std::chrono::seconds limit) {
-    serviceAnswer answer = layer::spawn(command, arguments, limit);
+serviceAnswer recordedMachine::spawn(const std::vector<std::string>& command, std::chrono::seconds limit) {
+    serviceAnswer answer = layer::spawn(command, limit);
     if (hasOpticalTable()) // the one thing that a plug-in reads this way
         answers_.opticalTable = answer.text;
     return answer;

@@ -11,8 +11,7 @@ public:
     using nodeListener::nodeListener;
 
     int system(const char* command) override;
-    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                        std::chrono::seconds limit) override;
+    serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) override;
     serviceAnswer captureFile(const std::string& path) override;
 
     /// The answers so far, of device nodes, shell commands and services.

@@ -26,8 +26,7 @@ public:
     std::string hostName() override { return answers_.name; }
     std::vector<std::string> virtualDevices(virtualDeviceKind kind) override { return answers_.virtualDevices[kind]; }
     bool hasOpticalTable() override { return answers_.opticalTable.has_value(); }
-    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                        std::chrono::seconds limit) override;
+    serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) override;
 
     kernelWordMap kernelWordsOf(const std::set<std::string>& nodes, kernelDetail detail) override;
     std::set<std::string> deviceNodes() override;

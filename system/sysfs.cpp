@@ -2,12 +2,14 @@
 
 #include "system/boundary.h"
 #include "system/clibrary.h"
-#include "system/udev.h"
 
 #include <boost/algorithm/string/predicate.hpp>
 #include <boost/algorithm/string/trim.hpp>
+#include <boost/algorithm/string/trim_all.hpp>
 #include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <libudev.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -118,9 +120,48 @@ std::vector<std::string> nodesOf(const keptDirectory& device) {
     return nodes;
 }
 
-/// The serial number by the device manager. `node` is the directory of a device's node.
+constexpr const char* database = "/run/udev/data"; // where libudev looks
+
+/// In the order in which lsblk of util-linux takes them. Rules of sg3-utils set the first, others of udev the rest.
+constexpr const char* serialProperties[] = {"SCSI_IDENT_SERIAL", "ID_SCSI_SERIAL", "ID_SERIAL_SHORT", "ID_SERIAL"};
+
+template <typename Function>
+Function* find(void* library, const char* name) {
+    return reinterpret_cast<Function*>(::dlsym(library, name));
+}
+
+/// The first of those that a device has. libudev is loaded where there is something to ask it: loading it at every
+/// start would take longer than most of a run.
+std::string serialProperty(const std::string& id) {
+    static void* const library = ::dlopen("libudev.so.1", RTLD_NOW);
+    if (library == nullptr)
+        return "";
+    static auto* const newContext = find<decltype(udev_new)>(library, "udev_new");
+    static auto* const freeContext = find<decltype(udev_unref)>(library, "udev_unref");
+    static auto* const newDevice =
+        find<decltype(udev_device_new_from_device_id)>(library, "udev_device_new_from_device_id");
+    static auto* const freeDevice = find<decltype(udev_device_unref)>(library, "udev_device_unref");
+    static auto* const valueOf =
+        find<decltype(udev_device_get_property_value)>(library, "udev_device_get_property_value");
+    udev* const context = newContext();
+    udev_device* const device = newDevice(context, id.c_str());
+    const char* value = nullptr;
+    for (const char* const name : serialProperties)
+        value = device != nullptr && value == nullptr ? valueOf(device, name) : value;
+    std::string found = value == nullptr ? "" : value;
+    freeDevice(device); // both take null
+    freeContext(context);
+    return found;
+}
+
+/// The serial number by the device manager, as lsblk shows it; "" where there is none. `node` is the directory of a
+/// device's node. In an initial RAM disk there can be no device manager.
 std::string udevSerialNumberOf(const keptDirectory& device, const std::string& node) {
-    return hasUdev() ? udevSerialNumber((isBlockDevice(node) ? 'b' : 'c') + device.textOf(node + "/dev")) : "";
+    if (::access(database, F_OK) != 0)
+        return "";
+    const std::string number = device.textOf(node + "/dev"); // "8:16"
+    return boost::trim_all_copy_if(serialProperty((isBlockDevice(node) ? 'b' : 'c') + number),
+                                   [](char c) { return c == ' '; });
 }
 
 /// Adds the texts of an INQUIRY answer (SPC-4, 6.4.2). The files vendor, model and rev have the same ones, but reading

@@ -24,9 +24,8 @@ public:
     std::string hostName() override;
     std::vector<std::string> virtualDevices(virtualDeviceKind kind) override { return virtualDevices_[kind]; }
     bool hasOpticalTable() override;
-    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                        std::chrono::seconds limit) override {
-        return outputOf(command, arguments, limit);
+    serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) override {
+        return outputOf(command, limit);
     }
 
     kernelWordMap kernelWordsOf(const std::set<std::string>& nodes, kernelDetail detail) override {

@@ -114,12 +114,11 @@ int watchedMachine::system(const char* command) {
     return status;
 }
 
-serviceAnswer watchedMachine::spawn(const std::string& command, const std::vector<std::string>& arguments,
-                                    std::chrono::seconds limit) {
-    serviceAnswer answer = layer::spawn(command, arguments, limit);
+serviceAnswer watchedMachine::spawn(const std::vector<std::string>& command, std::chrono::seconds limit) {
+    serviceAnswer answer = layer::spawn(command, limit);
     if (!answer.failure.empty() && hasOpticalTable()) {
-        unread_.push_back("the optical-drive table could not be read (" + command + ' ' + boost::join(arguments, " ") +
-                          ": " + answer.failure + ')');
+        unread_.push_back("the optical-drive table could not be read (" + boost::join(command, " ") + ": " +
+                          answer.failure + ')');
     }
     return answer;
 }

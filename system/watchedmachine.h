@@ -40,8 +40,7 @@ public:
 
     unsigned sleep(unsigned seconds) override;
     int system(const char* command) override;
-    serviceAnswer spawn(const std::string& command, const std::vector<std::string>& arguments,
-                        std::chrono::seconds limit) override;
+    serviceAnswer spawn(const std::vector<std::string>& command, std::chrono::seconds limit) override;
     serviceAnswer captureFile(const std::string& path) override;
 
     /// The nodes that are there, each once, in the order of the walk; of several walks the first in which it did not

@@ -37,7 +37,7 @@ TEST(SimulatedMachine, KnowsNoOtherCommands) {
     sys::simulatedMachine machine({});
     for (const char* command : {"echo > file", "hwinfo --usb", "modprobes", "rm file"})
         EXPECT_EQ(machine.system(command), 127 << 8) << command;
-    EXPECT_NE(machine.spawn("cat", {"/proc/sys/dev/cdrom/info"}, {}).failure, "");
+    EXPECT_NE(machine.spawn({"cat", "/proc/sys/dev/cdrom/info"}, {}).failure, "");
     EXPECT_EQ(machine.open("/dev/null/x", 0, 0), -1) << "other files are the system's";
     EXPECT_EQ(errno, ENOTDIR);
 }
