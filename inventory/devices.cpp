@@ -53,7 +53,7 @@ public:
             addNotAsked();
         for (const auto& instance : all) {
             if (isKindOf(instance->declaration(), busDeviceClass))
-                if (device* const owner = find(nodeOf(*instance)))
+                if (device* const owner = deviceAt(devices_, nodeOf(*instance)))
                     addWords(*instance, *owner);
         }
         addKernelWords(detail, [](const device&) { return true; });
@@ -65,16 +65,10 @@ public:
     }
 
 private:
-    device* find(const std::string& node) {
-        const auto found =
-            std::find_if(devices_.begin(), devices_.end(), [&node](const device& each) { return each.node == node; });
-        return found == devices_.end() ? nullptr : &*found;
-    }
-
     void addNotAsked() {
         std::vector<std::string> behind;
         for (const auto& path : machine_.deviceNodes()) {
-            if (isWalked(path) && placeOf(path) > placeOf(log_.endedAt) && find(path) == nullptr)
+            if (isWalked(path) && placeOf(path) > placeOf(log_.endedAt) && deviceAt(devices_, path) == nullptr)
                 behind.push_back(path);
         }
         std::sort(behind.begin(), behind.end(),

@@ -5,9 +5,9 @@
 #include "system/machine.h"
 #include "system/watchedmachine.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
-#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -66,6 +66,14 @@ using instances = std::vector<boost::shared_ptr<minihost::memoryInstance>>;
 /// all words.
 std::vector<device> devicesOf(sys::machine& machine, const sys::watchedMachine& watched, const logFindings& log,
                               const instances& all, sys::kernelDetail detail);
+
+/// The device at a node; null where there is none.
+template <typename Devices>
+auto* deviceAt(Devices& devices, const std::string& node) {
+    const auto found =
+        std::find_if(devices.begin(), devices.end(), [&node](const device& each) { return each.node == node; });
+    return found == devices.end() ? nullptr : &*found;
+}
 
 /// The number of devices in one of these states.
 std::size_t countOf(const std::vector<device>& devices, std::initializer_list<deviceState> states);

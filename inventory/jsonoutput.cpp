@@ -3,9 +3,8 @@
 #include "inventory/instancetext.h"
 #include "minihost/cimcontent.h"
 #include "system/boundary.h"
+#include "system/jsonforms.h"
 #include "text/forms.h"
-
-#include <nlohmann/json.hpp>
 
 #include <utility>
 #include <variant>
@@ -33,13 +32,6 @@ struct valueToJson {
     }
 };
 
-json textsToJson(const std::vector<std::string>& texts) {
-    json list = json::array();
-    for (const auto& text : texts)
-        list.push_back(bytesAsCodePoints(text));
-    return list;
-}
-
 /// Adds a text that is known.
 void addText(json& target, const char* name, const std::string& text) {
     if (!text.empty())
@@ -53,9 +45,9 @@ json instanceToJson(const minihost::memoryInstance& instance, const runResult& r
     json members;
     members["class"] = instance.declaration().name;
     const std::string node = nodeOf(instance); // the path of an IDE node has the kernel's name already
-    const device* const owner = sys::sgNodeNumber(node) ? result.deviceAt(node) : nullptr;
+    const device* const owner = sys::sgNodeNumber(node) ? deviceAt(result.devices, node) : nullptr;
     if (owner != nullptr && !(owner->kernel.names.empty() && owner->kernel.wwid.empty())) {
-        members["kernel"]["names"] = textsToJson(owner->kernel.names);
+        members["kernel"]["names"] = sys::toJson(owner->kernel.names);
         addText(members["kernel"], "wwid", owner->kernel.wwid);
     }
     members["properties"] = std::move(properties);
@@ -74,21 +66,11 @@ json queryToJson(const queryResult& query, const runResult& run) {
     return result;
 }
 
-json kernelToJson(const sys::kernelWords& known) {
-    json members{{"names", textsToJson(known.names)}};
-    sys::eachKernelText(known, [&members](const char* name, const std::string& text) { addText(members, name, text); });
-    if (known.size)
-        members["size"] = *known.size;
-    if (known.type)
-        members["type"] = *known.type;
-    return members;
-}
-
 json deviceToJson(const device& each) {
     json members{{"node", bytesAsCodePoints(each.node)}, {"state", nameOf(each.state)}};
     addText(members, "why", each.why);
     if (!each.kernel.empty())
-        members["kernel"] = kernelToJson(each.kernel);
+        members["kernel"] = sys::toJson(each.kernel);
     addText(members, "address", each.address);
     addText(members, "type", each.type);
     addText(members, "vendor", each.vendor);

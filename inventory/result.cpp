@@ -23,12 +23,6 @@ instances runResult::allInstances() const {
     return all;
 }
 
-const device* runResult::deviceAt(const std::string& node) const {
-    const auto found =
-        std::find_if(devices.begin(), devices.end(), [&node](const device& each) { return each.node == node; });
-    return found == devices.end() ? nullptr : &*found;
-}
-
 bool runResult::sawAllBesideDevices() const {
     return !error && !seen.log.failed && !seen.missesDriver() && seen.beyond.empty() && seen.unread.empty();
 }

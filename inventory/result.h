@@ -63,9 +63,6 @@ struct runResult {
     /// The instances of all queries.
     instances allInstances() const;
 
-    /// The device at a node; null where there is none.
-    const device* deviceAt(const std::string& node) const;
-
     /// No query failed, no step of one did, and nothing but devices that are listed may have stayed unseen.
     bool sawAllBesideDevices() const;
 

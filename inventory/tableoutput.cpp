@@ -73,11 +73,11 @@ std::string deviceNode(const memoryInstance& association) { return keyAt(associa
 /// The section of each class.
 std::map<std::string_view, section> sectionsFor(const runResult& result) {
     const cellText kernelNames = [&result](const memoryInstance& instance) {
-        const auto* const known = result.deviceAt(nodeOf(instance));
+        const auto* const known = deviceAt(result.devices, nodeOf(instance));
         return known == nullptr ? "" : boost::join(known->kernel.names, " ");
     };
     const cellText deviceName = [&result](const memoryInstance& association) {
-        const auto* const known = result.deviceAt(deviceNode(association));
+        const auto* const known = deviceAt(result.devices, deviceNode(association));
         const bool hasBoth = known != nullptr && !known->vendor.empty() && !known->product.empty();
         return known == nullptr ? "" : known->vendor + (hasBoth ? " " : "") + known->product;
     };

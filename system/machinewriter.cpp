@@ -1,10 +1,10 @@
 #include "system/machinefile.h"
 
+#include "system/jsonforms.h"
 #include "text/forms.h"
 #include "text/hex.h"
 
 #include <boost/algorithm/string.hpp>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,17 +15,30 @@ namespace sys {
 using json = nlohmann::ordered_json;
 using text::bytesAsCodePoints;
 
-namespace {
-
-/// An unknown errno is written as one that is known, so that the file can be read.
-json errorToJson(int error) { return ::strerrorname_np(error) == nullptr ? "EIO" : text::errorName(error); }
-
-json textsToJson(const std::vector<std::string>& texts) {
+json toJson(const std::vector<std::string>& texts) {
     json list = json::array();
     for (const auto& text : texts)
         list.push_back(bytesAsCodePoints(text));
     return list;
 }
+
+json toJson(const kernelWords& known) {
+    json members{{"names", toJson(known.names)}};
+    eachKernelText(known, [&members](const char* name, const std::string& text) {
+        if (!text.empty())
+            members[name] = bytesAsCodePoints(text);
+    });
+    if (known.size)
+        members["size"] = *known.size;
+    if (known.type)
+        members["type"] = *known.type;
+    return members;
+}
+
+namespace {
+
+/// An unknown errno is written as one that is known, so that the file can be read.
+json errorToJson(int error) { return ::strerrorname_np(error) == nullptr ? "EIO" : text::errorName(error); }
 
 /// A text of whole lines as a list of them.
 json linesToJson(std::string text) {
@@ -33,7 +46,7 @@ json linesToJson(std::string text) {
         return bytesAsCodePoints(text);
     text.pop_back();
     std::vector<std::string> lines;
-    return textsToJson(boost::split(lines, text, [](char c) { return c == '\n'; }));
+    return toJson(boost::split(lines, text, [](char c) { return c == '\n'; }));
 }
 
 json successToJson(const openAnswer& /*answer*/) { return true; }
@@ -89,23 +102,10 @@ bool wasEverThere(const node& recorded) {
            std::any_of(opens.begin(), opens.end(), [](const auto& answer) { return answer.error != ENOENT; });
 }
 
-json kernelWordsToJson(const kernelWords& known) {
-    json members{{"names", textsToJson(known.names)}};
-    eachKernelText(known, [&members](const char* name, const std::string& text) {
-        if (!text.empty())
-            members[name] = bytesAsCodePoints(text);
-    });
-    if (known.size)
-        members["size"] = *known.size;
-    if (known.type)
-        members["type"] = *known.type;
-    return members;
-}
-
 json nodeToJson(const node& recorded) {
     json members = json::object();
     if (!recorded.knownAs.empty())
-        members["kernel"] = kernelWordsToJson(recorded.knownAs);
+        members["kernel"] = toJson(recorded.knownAs);
     eachAnswer(recorded,
                [&members](const char* name, const auto& answers) { addUnlessNull(members, name, toJson(answers)); });
     return members;
@@ -122,7 +122,7 @@ std::string machineFileText(const machineAnswers& recorded) {
     addUnlessNull(document, "modprobe", withoutRepeatedEnd(recorded.modprobe.all()));
     document["usb"] = linesToJson(recorded.usbListing);
     for (const auto kind : virtualDeviceKinds)
-        document["virtualDevices"][std::to_string(kind)] = textsToJson(recorded.virtualDevices[kind]);
+        document["virtualDevices"][std::to_string(kind)] = toJson(recorded.virtualDevices[kind]);
     if (recorded.opticalTable)
         document["opticalTable"] = linesToJson(*recorded.opticalTable);
     auto& nodes = (document["nodes"] = json::object()).get_ref<json::object_t&>();

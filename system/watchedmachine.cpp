@@ -10,7 +10,6 @@
 #include <scsi/sg.h>
 #include <sys/wait.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
