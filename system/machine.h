@@ -83,7 +83,7 @@ public:
     bool hasScsiDevices() override { return below_.hasScsiDevices(); }
     std::string collected() override { return below_.collected(); }
 
-private:
+protected:
     machine& below_;
 };
 

@@ -15,13 +15,15 @@ public:
     /// `walk` is `below` or a layer under it, and keeps the answers of the first walk.
     replayedMachine(machine& below, const recordedMachine& walk) : layer(below), walk_(walk) {}
 
-    int open(const char* path, int flags, mode_t mode) override;
-    int close(int fd) override;
-    int ioctl(int fd, unsigned long request, void* argument) override;
-    unsigned sleep(unsigned seconds) override;
+    int open(const char* path, int flags, mode_t mode) override { return asked().open(path, flags, mode); }
+    int close(int fd) override { return asked().close(fd); }
+    int ioctl(int fd, unsigned long request, void* argument) override { return asked().ioctl(fd, request, argument); }
+    unsigned sleep(unsigned seconds) override { return asked().sleep(seconds); }
     int system(const char* command) override;
 
 private:
+    machine& asked() { return again_ ? static_cast<machine&>(*again_) : below_; }
+
     const recordedMachine& walk_;
     std::optional<simulatedMachine> again_; ///< answers all walks but the first; none: that one is not over
 };
