@@ -13,13 +13,13 @@ namespace {
 
 /// The request's name and what it asks: "SG_IO 120000002400 length 36".
 std::string requestText(unsigned long request, const void* argument) {
-    const std::map<unsigned long, const char*> names{{SG_GET_VERSION_NUM, "SG_GET_VERSION_NUM"},
-                                                     {SG_EMULATED_HOST, "SG_EMULATED_HOST"},
-                                                     {SG_GET_SCSI_ID, "SG_GET_SCSI_ID"},
-                                                     {SG_IO, "SG_IO"},
-                                                     {CDROM_GET_CAPABILITY, "CDROM_GET_CAPABILITY"},
-                                                     {HDIO_DRIVE_CMD, "HDIO_DRIVE_CMD"},
-                                                     {HDIO_DRIVE_TASK, "HDIO_DRIVE_TASK"}};
+    static const std::map<unsigned long, const char*> names{{SG_GET_VERSION_NUM, "SG_GET_VERSION_NUM"},
+                                                            {SG_EMULATED_HOST, "SG_EMULATED_HOST"},
+                                                            {SG_GET_SCSI_ID, "SG_GET_SCSI_ID"},
+                                                            {SG_IO, "SG_IO"},
+                                                            {CDROM_GET_CAPABILITY, "CDROM_GET_CAPABILITY"},
+                                                            {HDIO_DRIVE_CMD, "HDIO_DRIVE_CMD"},
+                                                            {HDIO_DRIVE_TASK, "HDIO_DRIVE_TASK"}};
     const auto name = names.find(request);
     if (name == names.end())
         return "unknown " + std::to_string(request);
