@@ -19,7 +19,7 @@ namespace {
 const sys::machineAnswers& fullMachine() {
     static const auto machine = [] {
         auto rack = sys::readMachineFile(SOURCE_DIRECTORY "/machines/rack-server.json");
-        for (const char* another : {"/dev/sg0", "/dev/sg1", "/dev/sg4", "/dev/sg7", "/dev/sg10"})
+        for (const char* another : {"/dev/sg0", "/dev/sg1", "/dev/sg7", "/dev/sg10"})
             rack.nodes.erase(another);
         return rack;
     }();
