@@ -47,14 +47,6 @@ TEST_F(Plugin, WithoutAnyClassDoesNothing) {
     EXPECT_EQ(takeLog(), strings());
 }
 
-TEST_F(Plugin, SkipsTheScsiNodesWithoutTheirDriver) {
-    sgNode("/dev/sg0", inquiry(13, "ACME", "X"));
-    machine().modprobe = 1;
-    EXPECT_EQ(query({scsi}).size(), 0U);
-    EXPECT_EQ(takeLog(), (strings{"0 sg module is not loaded correctly", "3 Getting hd devices...",
-                                  "3 Getting optical devices..."}));
-}
-
 TEST_F(Plugin, AnAllBlankProductEndsTheWalkAndLeavesRecordsForTheNextQuery) {
     sgNode("/dev/sg0", inquiry(13, "ACME", "FIRST"));
     sgNode("/dev/sg1", inquiry(0, "ACME", " \t "));
@@ -67,13 +59,6 @@ TEST_F(Plugin, AnAllBlankProductEndsTheWalkAndLeavesRecordsForTheNextQuery) {
     machine().nodes.erase("/dev/sg0");
     machine().nodes.erase("/dev/sg1");
     EXPECT_EQ(each(query({scsi}), "ProductID"), (strings{"FIRST", "THIRD"}));
-}
-
-TEST_F(Plugin, TheFirstClassDecides) {
-    sgNode("/dev/sg0", inquiry(13, "ACME", "X"));
-    machine().opticalTable = "drive name:\tsr0\n" + std::string(20, '\n');
-    EXPECT_EQ(each(query({scsi, optical}), "class"), strings{scsi});
-    EXPECT_EQ(each(query({optical, scsi}), "class"), (strings{optical, scsi}));
 }
 
 TEST_F(Plugin, LooksClassesUpInThePluginsContext) {

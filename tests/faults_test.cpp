@@ -160,18 +160,15 @@ TEST(Faults, AnOpenThatMemoryEndsLeavesNoDescriptor) {
         using simulatedMachine::simulatedMachine;
         int newDescriptor() override { return ::open("/", O_PATH); } // as in programs that load the simulator
     } machine{fullMachine()};
-    const auto descriptors = [] {
-        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-    };
-    const auto before = descriptors();
+    const std::size_t before = openDescriptors();
     for (std::size_t number = 0, opened = 0; opened == 0; ++number) {
         try {
             const scarceMemory memory(number, false);
             machine.open("/dev/sg2", O_RDONLY, 0);
             opened = 1;
         } catch (const std::bad_alloc&) {
-            EXPECT_EQ(descriptors(), before) << "allocation " << number;
+            EXPECT_EQ(openDescriptors(), before) << "allocation " << number;
         }
     }
-    EXPECT_EQ(descriptors(), before + 1);
+    EXPECT_EQ(openDescriptors(), before + 1);
 }

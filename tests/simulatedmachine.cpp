@@ -26,15 +26,14 @@ std::string padded(std::string text, std::size_t size) {
     return text;
 }
 
-/// Of this process.
+sys::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+} // namespace
+
 std::size_t openDescriptors() {
     const fs::directory_iterator all("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(all), end(all)));
 }
-
-sys::bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
-
-} // namespace
 
 simulation::simulation(sys::machineAnswers answers)
     : simulated_(std::move(answers)),

@@ -16,6 +16,9 @@
 
 using strings = std::vector<std::string>;
 
+/// Of this process.
+std::size_t openDescriptors();
+
 /// A simulated machine under this process, and the log of the host on it. At its end no node may be open, no descriptor
 /// more than at the start, and no child be left. Nobody may ask what the simulation does not know, nor give the host
 /// anything to remark on.

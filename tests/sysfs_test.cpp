@@ -36,77 +36,55 @@ void make(const fs::path& path, const std::string& content) {
 } // namespace
 
 TEST(Sysfs, TellsWhatTheKernelKnowsOfADevice) {
-    const std::string address = "address=2:0:1:4|";
+    const std::string address = "address=2:0:1:4", addressBehindName = "name=sda|" + address;
     const struct {
         const char* why;
-        std::string node, adapter, driver;        ///< the adapter's directory and what it calls its driver
         std::map<std::string, std::string> files; ///< of the device
         std::string told;
+        std::string node = "/dev/sg7", adapter = "", driver = ""; ///< the adapter's directory, what it calls its driver
     } cases[] = {
         {"a disk with a partition",
-         "/dev/sg7",
-         "pci0000:00/0000:00:1c.0/0000:02:00.0/ata1",
-         "ahci\n",
          {{"block/sda/sda1/", ""},
           {"inquiry", "\0\0\5\x02[\0\0\2ATA     ST4000 X        SC60 behind"s},
           {"block/sda/size", "7814037168\n"},
           {"type", "0\n"},
           {"vpd_pg80", "\0\x80\0\x06  ZA12 behind"s},
           {"wwid", "naa.5000c500\n"}},
-         "name=sda|" + address +
-             "adapter=ahci 0000:02:00.0|wwid=naa.5000c500|vendor=ATA|model=ST4000 X|revision=SC60|serial=ZA12|"
-             "size=4000787030016|type=0"},
+         addressBehindName + "|adapter=ahci 0000:02:00.0|wwid=naa.5000c500|vendor=ATA|model=ST4000 X|revision=SC60|"
+                             "serial=ZA12|size=4000787030016|type=0",
+         "/dev/sg7",
+         "pci0000:00/0000:00:1c.0/0000:02:00.0/ata1",
+         "ahci\n"},
         {"a tape drive in all its modes, behind a domain of five digits",
+         {{"scsi_tape/nst10/", ""}, {"scsi_tape/st10/", ""}, {"scsi_tape/st10a/", ""}, {"scsi_tape/st/", ""}},
+         "name=st10|" + address + "|adapter=10000:e0:06.0",
          "/dev/sg7",
          "pci10000:e0/10000:e0:06.0",
-         "<NULL>\n",
-         {{"scsi_tape/nst10/", ""}, {"scsi_tape/st10/", ""}, {"scsi_tape/st10a/", ""}, {"scsi_tape/st/", ""}},
-         "name=st10|" + address + "adapter=10000:e0:06.0"},
+         "<NULL>\n"},
         {"a changer, behind no PCI device",
+         {{"scsi_changer/sch0/", ""}, {"wwid", "\n"}},
+         "name=sch0|" + address + "|adapter=iscsi_tcp",
          "/dev/sg7",
          "platform/0000:02:00.x/x000:02:00.0:1",
-         "iscsi_tcp\n",
-         {{"scsi_changer/sch0/", ""}, {"wwid", "\n"}},
-         "name=sch0|" + address + "adapter=iscsi_tcp"},
+         "iscsi_tcp\n"},
         {"odd bytes",
-         "/dev/sg7",
-         "",
-         "(null)\n",
          {{"block/\x1b[2J\xff/", ""},
           {"wwid", "t10.\0\xff \n b \n"s},
           {"inquiry", std::string(16, 'x') + std::string(20, '\0')}},
-         "name=\x1b[2J\xff|" + address + "wwid=t10.\0\xff \n b|vendor=xxxxxxxx"s},
-        {"a file longer than any",
+         "name=\x1b[2J\xff|" + address + "|wwid=t10.\0\xff \n b|vendor=xxxxxxxx"s,
          "/dev/sg7",
          "",
-         "",
-         {{"wwid", std::string(5000, 'w')}},
-         address + "wwid=" + std::string(4096, 'w')},
-        {"a page that ends early",
-         "/dev/sg7",
-         "",
-         "",
-         {{"vpd_pg80", "\0\x80\xff\xff"
-                       "ZA"s}},
-         address + "serial=ZA"},
-        {"half a header", "/dev/sg7", "", "", {{"vpd_pg80", "\0\x80\0"s}}, "address=2:0:1:4"},
-        {"numbers out of range",
-         "/dev/sg7",
-         "",
-         "",
-         {{"type", "32\n"}, {"block/sda/size", "18014398509481984\n"}},
-         "name=sda|address=2:0:1:4"},
-        {"no numbers", "/dev/sg7", "", "", {{"type", "-1\n"}, {"block/sda/size", "8 \n8"}}, "name=sda|address=2:0:1:4"},
-        {"a node of the IDE driver",
-         "/dev/hdc",
-         "",
-         "",
-         {{"../../../../class/block/hdc/size", "16\n"}},
-         "name=hdc|size=8192"},
-        {"another path", "/dev/sg7/../sg7", "", "", {{"block/sda/", ""}}, ""},
-        {"a letter", "/dev/sga", "", "", {{"block/sda/", ""}}, ""},
-        {"nodes that the kernel does not know", "/dev/sg70", "", "", {{"block/hda/", ""}}, ""},
-        {"nor these", "/dev/hda", "", "", {{"block/hda/", ""}}, ""},
+         "(null)\n"},
+        {"a file longer than any", {{"wwid", std::string(5000, 'w')}}, address + "|wwid=" + std::string(4096, 'w')},
+        {"a page that ends early", {{"vpd_pg80", "\0\x80\xff\xffZA"s}}, address + "|serial=ZA"},
+        {"half a header", {{"vpd_pg80", "\0\x80\0"s}}, address},
+        {"numbers out of range", {{"type", "32\n"}, {"block/sda/size", "18014398509481984\n"}}, addressBehindName},
+        {"no numbers", {{"type", "-1\n"}, {"block/sda/size", "8 \n8"}}, addressBehindName},
+        {"a node of the IDE driver", {{"../../../../class/block/hdc/size", "16\n"}}, "name=hdc|size=8192", "/dev/hdc"},
+        {"another path", {{"block/sda/", ""}}, "", "/dev/sg7/../sg7"},
+        {"a letter", {{"block/sda/", ""}}, "", "/dev/sga"},
+        {"nodes that the kernel does not know", {{"block/hda/", ""}}, "", "/dev/sg70"},
+        {"nor these", {{"block/hda/", ""}}, "", "/dev/hda"},
     };
     const fs::path root = testing::TempDir() + "scsidev-sysfs";
     const auto tell = [&root](const std::string& node, sys::kernelDetail detail) {
