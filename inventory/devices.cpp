@@ -22,7 +22,7 @@ bool isWalked(const std::string& path) { return sys::sgNodeNumber(path).value_or
 /// Are the words of the device those of another? Where the kernel does not tell its names, they count as its own.
 bool isMistaken(const std::string& askedAt, const sys::kernelWords& kernel) {
     const std::string name = askedAt.substr(askedAt.rfind('/') + 1);
-    return !askedAt.empty() && !kernel.names.empty() &&
+    return !askedAt.empty() && kernel.knowsNames &&
            std::find(kernel.names.begin(), kernel.names.end(), name) == kernel.names.end();
 }
 
@@ -39,7 +39,8 @@ void addWords(const minihost::memoryInstance& instance, device& target) {
 
 /// Are the kernel's words wanted in place of the plug-in's?
 bool lacksWords(const device& each) {
-    return each.state != deviceState::identified || each.classes.empty() || each.serial.empty() || each.address.empty();
+    return each.state != deviceState::identified || each.classes.empty() || each.serial.empty() ||
+           each.revision.empty() || each.address.empty();
 }
 
 class deviceList {

@@ -50,7 +50,7 @@ void describeOutput(CLI::App& app, runOptions& options) {
         ->option_text("FORMAT")
         ->check(CLI::IsMember(formats));
     addFile(app, "--output", options.outputFile, "Write the whole document into this file, or nothing");
-    addFlag(app, "--tree", options.tree, "Show these lines by adapter, channel, target and LUN");
+    addFlag(app, "--tree", options.tree, "Show the devices by adapter, channel, target and LUN");
     addFlag(app, "--all-properties", options.allProperties, "Show tables by class, and below each all properties");
     app.add_option("--log-level", options.logLevel,
                    "Print log messages up to this level on standard error:\n"

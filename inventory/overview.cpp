@@ -59,18 +59,12 @@ std::string shownType(const device& each) {
                                                                         : each.type + " (" + kernels + ')';
 }
 
-std::string firmwareNote(const device& each) {
-    return each.firmware == firmwareTie::anothers ? "another's firmware is tied to it"
-           : each.firmware == firmwareTie::none   ? "no firmware is tied to it"
-                                                  : "";
-}
-
 /// "13 devices: 10 identified, 1 mistaken, 2 silent; 9 with firmware; not complete", as a line.
 std::string summary(const runResult& result) {
     if (result.queries.empty()) // the run failed before it asked anything
         return "";
     if (result.devices.empty())
-        return "no devices\n";
+        return result.isComplete() ? "no devices\n" : "no devices; not complete\n";
     std::string text = std::to_string(result.devices.size()) + (result.devices.size() == 1 ? " device" : " devices");
     const char* before = ": ";
     for (std::size_t i = 0; i < deviceStates; ++i) {
@@ -108,14 +102,17 @@ std::vector<std::string> rowOf(const device& each) {
 
 /// What has to be said of a device beside them.
 note noteOn(const device& each, bool inColour) {
-    const int severe = inColour ? red : 0, mild = inColour ? yellow : 0;
-    if (!each.isTrue())
-        return {std::string("! ") + nameOf(each.state) + (each.why.empty() ? "" : ": " + each.why), severe};
-    if (each.state == deviceState::excluded)
-        return {"excluded: " + each.why, mild};
-    if (!each.ownWords)
-        return {"* INQUIRY's words", mild};
-    return {each.why.empty() ? firmwareNote(each) : each.why, mild};
+    std::string text = each.state == deviceState::excluded ? "excluded: " + each.why
+                       : !each.isTrue()
+                           ? std::string("! ") + nameOf(each.state) + (each.why.empty() ? "" : ": ") + each.why
+                       : !each.ownWords ? "* INQUIRY's words"
+                                        : each.why;
+    const char* const before = text.empty() ? "" : "; ";
+    if (each.firmware == firmwareTie::anothers)
+        text.append(before).append("another's firmware is tied to it");
+    else if (each.firmware == firmwareTie::none)
+        text.append(before).append("no firmware is tied to it");
+    return {text, !inColour ? 0 : each.isTrue() ? yellow : red};
 }
 
 constexpr std::size_t addressParts = 4;

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdlib>
 #include <functional>
+#include <iterator>
 #include <sstream>
 
 namespace inventory {
@@ -128,11 +129,12 @@ void remarkOnWords(const runResult& result, texts& remarks) {
     texts mistaken;
     for (const auto& each : result.devices) {
         if (each.state == deviceState::mistaken)
-            mistaken.push_back(each.node + " is " + namesOf(each) + ", but " + each.askedAt + " was asked");
+            mistaken.push_back(each.node + (each.kernel.names.empty() ? " has no other node" : " is " + namesOf(each)) +
+                               ", but " + each.askedAt + " was asked");
     }
     if (!mistaken.empty())
         remarks.push_back(
-            "the words of other disks: " + shortList(mistaken) +
+            "the words of other disks: " + boost::join(mistaken, ", ") +
             "; their own serial numbers: lsblk -o NAME,SERIAL; a host of the plug-in gets these words too");
     const auto foreign =
         std::count_if(result.devices.begin(), result.devices.end(), [](const device& each) { return !each.ownWords; });
@@ -151,19 +153,15 @@ void remarkOnVirtualMedia(const runResult& result, texts& remarks) {
         remarks.push_back("--virtual-device " + name + " names nothing that is there");
 }
 
-/// A query follows the rules of its first class.
+/// The rules of the first class decide which devices are left out, and which class those have that are not.
 void remarkOnQueries(const runResult& result, texts& remarks) {
     for (const auto& query : result.queries) {
-        texts missing;
-        for (const auto& name : query.classes) {
-            if (name != query.classes.front() &&
-                std::none_of(query.instances.begin(), query.instances.end(),
-                             [&name](const auto& each) { return each->declaration().name == name; }))
-                missing.push_back(name);
-        }
-        if (!missing.empty())
+        texts others;
+        std::copy_if(query.classes.begin(), query.classes.end(), std::back_inserter(others),
+                     [&query](const std::string& name) { return name != query.classes.front(); });
+        if (!others.empty())
             remarks.push_back("a query follows the rules of its first class, " + query.classes.front() +
-                              "; ask in queries of their own for " + shortList(missing));
+                              "; ask in queries of their own for " + shortList(others));
     }
 }
 

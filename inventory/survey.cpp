@@ -35,11 +35,11 @@ std::vector<std::string> nodesOf(const runResult& result) {
     return nodes;
 }
 
-/// The names of the optical drives that were found; none where no query asked for them.
+/// The names of the optical drives that were found; none where nobody looked for them.
 std::optional<std::vector<std::string>> opticalDrives(const runResult& result) {
     std::optional<std::vector<std::string>> drives;
     for (const auto& query : result.queries) {
-        if (query.classes.front() == opticalDriveClass)
+        if (query.classes.front() == opticalDriveClass && result.seen.log.endedAt.empty())
             drives = result.seen.log.excludedDrives;
     }
     for (const auto& instance : result.allInstances()) {
@@ -136,7 +136,7 @@ void survey(const runOptions& options, askedMachine& machine, const logFindings&
 
     result.devices = devicesOf(machine.machine(), watched, log, result.allInstances(), detailFor(options));
     tieFirmware(result);
-    if (seen.walked)
+    if (seen.walked && driver == 0)
         addUnmatched(machine.machine(), sys::virtualDisk, nodesOf(result), seen.unmatched);
     if (const auto drives = opticalDrives(result))
         addUnmatched(machine.machine(), sys::virtualOpticalDrive, *drives, seen.unmatched);

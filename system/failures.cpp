@@ -1,7 +1,5 @@
 #include "system/failures.h"
 
-#include "system/requests.h"
-
 #include <scsi/sg_lib.h>
 
 #include <algorithm>
@@ -55,7 +53,7 @@ std::string whyFailed(const sg_io_hdr& header) {
         return hostStatusText(header.host_status);
     const int sensed = std::min(header.sb_len_wr, header.mx_sb_len);
     sg_scsi_sense_hdr sense{};
-    if (header.status == checkCondition && header.sbp != nullptr && sg_scsi_normalize_sense(header.sbp, sensed, &sense))
+    if (sensed > 0 && header.sbp != nullptr && sg_scsi_normalize_sense(header.sbp, sensed, &sense))
         return senseText(sense);
     if (header.status != 0)
         return statusText(header.status);

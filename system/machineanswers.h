@@ -97,6 +97,7 @@ struct kernelWords {
     static constexpr int largestType = 31;                 // five bits of the INQUIRY answer
     static constexpr std::int64_t largestSize = INT64_MAX; // of the kernel's loff_t
 
+    bool knowsNames = false; ///< it tells the names, even if there are none
     std::vector<std::string>
         names;           ///< of its block, tape and changer nodes, without /dev/: "sda", "st0", "sr0", "sch0"
     std::string address; ///< "HOST:CHANNEL:TARGET:LUN"
@@ -109,9 +110,9 @@ struct kernelWords {
 
     bool empty() const { return *this == kernelWords(); }
     bool operator==(const kernelWords& other) const {
-        return names == other.names && address == other.address && adapter == other.adapter && wwid == other.wwid &&
-               vendor == other.vendor && model == other.model && revision == other.revision && serial == other.serial &&
-               size == other.size && type == other.type;
+        return knowsNames == other.knowsNames && names == other.names && address == other.address &&
+               adapter == other.adapter && wwid == other.wwid && vendor == other.vendor && model == other.model &&
+               revision == other.revision && serial == other.serial && size == other.size && type == other.type;
     }
 };
 

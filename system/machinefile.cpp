@@ -245,7 +245,7 @@ auto answersAt(const jsonPlace& place) {
 kernelWords kernelWordsAt(const jsonPlace& place) {
     kernelWords known;
     memberReader members(place);
-    members("names", known.names, textsAt);
+    known.knowsNames = members("names", known.names, textsAt);
     eachKernelText(known, [&members](const char* name, std::string& text) { members(name, text, textAt); });
     members("size", known.size, upTo<kernelWords::largestSize>);
     members("type", known.type, upTo<kernelWords::largestType>);

@@ -106,6 +106,8 @@ json nodeToJson(const node& recorded) {
     json members = json::object();
     if (!recorded.knownAs.empty())
         members["kernel"] = toJson(recorded.knownAs);
+    if (!recorded.knownAs.empty() && !recorded.knownAs.knowsNames)
+        members["kernel"].erase("names");
     eachAnswer(recorded,
                [&members](const char* name, const auto& answers) { addUnlessNull(members, name, toJson(answers)); });
     return members;

@@ -230,6 +230,7 @@ public:
         if (!device.isThere())
             return known;
         const auto nodes = nodesOf(device);
+        known.knowsNames = true;
         for (const auto& node : nodes)
             known.names.push_back(node.substr(node.find('/') + 1));
         std::sort(known.names.begin(), known.names.end());
@@ -248,6 +249,7 @@ public:
         kernelWords known;
         if (!keptDirectory(path_ + "block/" + name).isThere())
             return known;
+        known.knowsNames = true;
         known.names = {name};
         if (detail != kernelDetail::names)
             addSize(keptDirectory(path_), "block/" + name, known);

@@ -6,6 +6,7 @@
 #include <dirent.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <climits>
 #include <ctime>
 #include <filesystem>
@@ -34,7 +35,11 @@ std::set<std::string> thisMachine::deviceNodes() {
 
 bool thisMachine::hasScsiDevices() {
     std::error_code ignored;
-    return !std::filesystem::is_empty("/sys/bus/scsi/devices", ignored) && !ignored;
+    for (const auto& entry : std::filesystem::directory_iterator("/sys/bus/scsi/devices", ignored)) {
+        if (std::isdigit(static_cast<unsigned char>(entry.path().filename().native()[0])) != 0)
+            return true; // "2:0:1:4"; hosts and targets are there too
+    }
+    return false;
 }
 
 std::string thisMachine::collected() { return utcText(std::time(nullptr)); }

@@ -147,6 +147,7 @@ TEST(MachineFile, IsWrittenSoThatItReadsBackTheSame) {
     machine.collected = "2024-02-29T23:59:59Z";
     machine.hasScsiDevices = false;
     sys::kernelWords& known = machine.nodes["/dev/hdz"].knownAs;
+    known.knowsNames = true;
     known.names = {"hdz", "\xff"};
     sys::eachKernelText(known, [](const std::string& name, std::string& text) { text = "\xff " + name; });
     known.size = largestSize;

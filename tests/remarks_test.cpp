@@ -39,7 +39,24 @@ TEST_F(Remarks, SaysWhatItCouldNotSee) {
          "Request, "
          "CDB decryption error (5/24/01)), /dev/sg2 (INQUIRY: timed out (host status 0x03)), /dev/sg3 (INQUIRY: ACA "
          "Active (status 0x30)), /dev/sg4 (INQUIRY: driver status 0x06), /dev/sg5 (its driver is too old: 2)\n"},
-        {"scsi", R"({"nodes": {
+        {"KORVA_SCSIDevice", R"({"nodes": {
+            "/dev/sg0": {"sgVersion": 30536, "kernel": {"names": ["sdb"]}, "inquiry": {"data": [
+                         {"text": "", "size": 8}, {"text": "ADATA", "size": 8}, {"text": "DISK", "size": 20}]}},
+            "/dev/sda": {"identify": {"data": [{"text": "BYTES", "size": 512}]}},
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": [
+                         {"text": "", "size": 8}, {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}},
+            "/dev/sg2": {"sgVersion": 30536, "kernel": {"names": []}, "inquiry": {"data": [
+                         {"text": "", "size": 8}, {"text": "DATARAID", "size": 8}, {"text": "BOX", "size": 20}]}},
+            "/dev/sdc": {"identify": {"data": [{"text": "BYTES", "size": 512}]}},
+            "/dev/sg3": {"sgVersion": 30536, "kernel": {"serial": "1"}, "inquiry": {"data": [
+                         {"text": "", "size": 8}, {"text": "ATA", "size": 8}, {"text": "DISK", "size": 20}]}},
+            "/dev/sdd": {"identify": {"data": [{"text": "BYTES", "size": 512}]}}}})",
+         3,
+         "the words of other disks: /dev/sg0 is sdb, but /dev/sda was asked, /dev/sg2 has no other node, but /dev/sdc "
+         "was asked; their own serial numbers: lsblk -o "
+         "NAME,SERIAL; a host of the plug-in gets these words too\n"
+         "ATA disks whose own words could not be asked for, shown with those of INQUIRY: 1\n"},
+        {"scsi optical --virtual-device 1=sr7", R"({"nodes": {
             "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "GOOD DISK", "size": 28}]}},
             "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "V", "size": 8},
                                                                   {"text": "", "size": 20}]}},
@@ -58,7 +75,12 @@ TEST_F(Remarks, SaysWhatItCouldNotSee) {
          0,
          "left out as virtual media: /dev/sg1 (named by --virtual-device)\n"
          "--virtual-device 0=x names nothing that is there\n--virtual-device 1=sr7 names nothing that is there\n"},
-        {"", R"({"modprobe": 1, "scsiDevices": false})", 0,
+        {"optical,tape,optical", R"({"nodes": {
+            "/dev/sg1": {"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "GOOD DISK", "size": 28}]}}}})",
+         0,
+         "a query follows the rules of its first class, KORVA_CDVDDevice; ask in queries of their own for "
+         "KORVA_SCSITapeDrive\n"},
+        {"--virtual-device 0=/dev/sg0", R"({"modprobe": 1, "scsiDevices": false})", 0,
          "[0] sg module is not loaded correctly\nno devices found on the simulated machine\n"},
         {"--ask-again scsi firmware associations", R"({"nodes": {
             "/dev/sg0": {"sgVersion": 30536, "inquiry": {"data": ["0d00050200000000", {"text": "BOX", "size": 28}]}},
@@ -80,4 +102,13 @@ TEST_F(Remarks, SaysWhatItCouldNotSee) {
         EXPECT_EQ(document["complete"], c.status == 0);
         EXPECT_EQ(document["exitStatus"], c.status);
     }
+}
+
+TEST_F(Remarks, MarksADeviceForEachReason) {
+    const std::string ataDisk =
+        R"({"sgVersion": 30536, "inquiry": {"data": ["0000050200000000", {"text": "ATA     DISK", "size": 28}]},
+        "address": {"host": 0, "channel": 0, "target": 0, "lun": )";
+    run("% --machine " +
+        fileWith(R"({"nodes": {"/dev/sg1": )" + ataDisk + R"(1}}, "/dev/sg2": )" + ataDisk + "10}}}}"));
+    EXPECT_THAT(output, HasSubstr("0:0:0:10  * INQUIRY's words; no firmware is tied to it\n\n2 devices"));
 }
