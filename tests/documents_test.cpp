@@ -3,7 +3,6 @@
 #include "tests/mofreader.h"
 #include "tests/program.h"
 
-#include <ctime>
 #include <set>
 
 namespace {

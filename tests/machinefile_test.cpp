@@ -2,12 +2,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <linux/cdrom.h>
-#include <linux/hdreg.h>
 
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <limits>
 #include <stdexcept>
 #include <string>

@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 
 using strings = std::vector<std::string>;
 

@@ -47,11 +47,7 @@ TEST(Namespace, RemarksOnAPropertyThatDoesNotSuitItsClass) {
         TCIMValue value;
         bool isRemarkedOn;
     } cases[] = {
-        {scsi, "Lun", number, false},
-        {scsi, "OtherIdentifyingInfo", listOf({"a"}), false},
         {scsi, "Lun", TCIMValue(), false},
-        {firmware, "LoadedOnDevice", true, false},
-        {firmware, "Dependent", toDisk, false},
         {scsi, "lun", number, true},
         {scsi, "Lun", "1", true},
         {scsi, "Lun", true, true},

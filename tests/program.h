@@ -15,11 +15,8 @@ using testing::AllOf;
 using testing::AnyOf;
 using testing::ContainsRegex;
 using testing::EndsWith;
-using testing::Ge;
 using testing::HasSubstr;
-using testing::Le;
 using testing::Not;
-using testing::StartsWith;
 
 inline const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
 inline const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";

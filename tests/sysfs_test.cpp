@@ -41,7 +41,7 @@ TEST(Sysfs, TellsWhatTheKernelKnowsOfADevice) {
         const char* why;
         std::map<std::string, std::string> files; ///< of the device
         std::string told;
-        std::string node = "/dev/sg7", adapter = "", driver = ""; ///< the adapter's directory, what it calls its driver
+        std::string node = "/dev/sg7", adapter{}, driver{}; ///< the adapter's directory, what it calls its driver
     } cases[] = {
         {"a disk with a partition",
          {{"block/sda/sda1/", ""},
