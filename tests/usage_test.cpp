@@ -59,6 +59,12 @@ TEST_F(Usage, SaysInOneLineWhyARunFailed) {
         {"% --output ../ " + onEmptyMachine, "../: is a directory, expected a regular file or none"},
         {"% --output missing/x --format json" + onEmptyMachine, "missing/x: cannot be written: No such file or dir"},
         {"% --output '../\x1b[2J/' " + onEmptyMachine, "../\\x1b[2J/: cannot be written: No such file or"},
+        // Before the plug-in asks anything.
+        {"ODD_PLUGIN=init % --record x --anonymize-key missing" + oddPlugin,
+         ": missing: cannot be read: No such file or directory\n"},
+        {"% --record x --anonymize-key /", ": /: cannot be read: Is a directory\n"},
+        {"% --record x --anonymize-key /dev/null", ": /dev/null: expected a key, found an empty file\n"},
+        {"% --record x --anonymize-key /dev/zero", ": /dev/zero: larger than 65536 bytes\n"},
         {"% --plugin missing.so", "loaded: missing.so: cannot open shared object file"},
         {"ODD_PLUGIN=nothing %" + oddPlugin, "to register one plug-in that collects data, it registered 0"},
         {"ODD_PLUGIN=twice %" + oddPlugin, "to register one plug-in that collects data, it registered 2\n"},
