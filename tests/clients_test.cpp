@@ -33,6 +33,17 @@ TEST_F(Clients, IndependentClientsSeeTheSimulatedMachine) {
         for (const char* text : c.texts)
             EXPECT_THAT(output + errors, HasSubstr(text)) << c.command;
     }
+    const std::string givenAway = fileWith("");
+    run("% --force --anonymize --record " + givenAway + onRackServer);
+    const std::pair<const char*, const char*> replacements[] = {
+        {"sg_inq --page=sn /dev/sg0", "Unit serial number: [A-Z]{2}[0-9][A-Z][0-9]{4}[A-Z][0-9][A-Z][0-9] "},
+        {"hdparm -I /dev/sdc", "Serial Number:      [A-Z]{2}[0-9]{5}[A-Z][0-9][A-Z][0-9]{4} "},
+    };
+    const std::string asGivenAway = "SCSIDEV_MACHINE=" + givenAway + ' ' + preloaded;
+    for (const auto& [command, shown] : replacements) {
+        run(asGivenAway + command);
+        EXPECT_THAT(output, AllOf(ContainsRegex(shown), Not(HasSubstr("NM6A0017F3C2")), Not(HasSubstr("SW48017C"))));
+    }
     run("SCSIDEV_MACHINE=missing.json " + preloaded + "env true", 1);
     EXPECT_THAT(errors, HasSubstr("simulated machine: missing.json: cannot be read"));
 }
