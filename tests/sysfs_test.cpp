@@ -1,6 +1,7 @@
 #include "system/sysfs.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -86,7 +87,7 @@ TEST(Sysfs, TellsWhatTheKernelKnowsOfADevice) {
         {"nodes that the kernel does not know", {{"block/hda/", ""}}, "", "/dev/sg70"},
         {"nor these", {{"block/hda/", ""}}, "", "/dev/hda"},
     };
-    const fs::path root = testing::TempDir() + "scsidev-sysfs";
+    const fs::path root = testing::TempDir() + "scsidev-sysfs-" + std::to_string(::getpid());
     const auto tell = [&root](const std::string& node, sys::kernelDetail detail) {
         return sys::readKernelWords({node}, detail, (root / "class/").string())[node];
     };
