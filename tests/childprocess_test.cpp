@@ -4,7 +4,6 @@
 #include "system/thismachine.h"
 #include "system/watchedmachine.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>

@@ -134,16 +134,9 @@ TEST_F(Documents, NoWordOfADeviceEndsALineOfMetrics) {
     EXPECT_THAT(output, HasSubstr("\nscsidev_collection_complete 0\n"));
 }
 
-TEST_F(Documents, EveryByteSurvivesInJsonAndNoneDrivesATerminal) {
-    const auto document = jsonOf("% KORVA_ATADevice" + oddPlugin);
+TEST_F(Documents, NoByteDrivesATerminal) {
+    run("% --format json KORVA_ATADevice" + oddPlugin);
     EXPECT_EQ(errors, "[1] one \\\\ \\n\\t\\x7f\\xff line\n");
-    std::string everyCodePoint;
-    for (int byte = 0; byte < 256; ++byte) {
-        if (byte >= 0x80)
-            everyCodePoint += static_cast<char>(0xC0 | byte >> 6);
-        everyCodePoint += static_cast<char>(byte < 0x80 ? byte : 0x80 | (byte & 0x3F));
-    }
-    EXPECT_EQ(document["queries"][0]["instances"][0]["properties"]["ProductID"], everyCodePoint);
     const std::string json = output;
     run("% KORVA_ATADevice" + oddPlugin);
     for (const char c : json + output)

@@ -8,7 +8,6 @@
 #include <linux/cdrom.h>
 #include <linux/hdreg.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cerrno>

@@ -12,8 +12,6 @@ TEST(Values, AreIndependentCopies) {
     TCIMValue copy = list;
     static_cast<std::vector<TCIMValue>&>(copy)[0] = "changed";
     EXPECT_EQ(static_cast<std::string>(static_cast<std::vector<TCIMValue>&>(list)[0]), "a");
-    EXPECT_THROW(static_cast<void>(static_cast<std::string>(TCIMValue(true))), std::runtime_error);
-    EXPECT_TRUE(static_cast<std::vector<TCIMValue>&>(copy = TCIMValue("text")).empty());
 }
 
 TEST(Namespace, EnumeratesAClassWithItsSubclassesInCommitOrder) {

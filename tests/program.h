@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace fs = std::filesystem;
