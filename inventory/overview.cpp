@@ -102,11 +102,11 @@ std::vector<std::string> rowOf(const device& each) {
 
 /// What has to be said of a device beside them.
 note noteOn(const device& each, bool inColour) {
-    std::string text = each.state == deviceState::excluded ? "excluded: " + each.why
-                       : !each.isTrue()
-                           ? std::string("! ") + nameOf(each.state) + (each.why.empty() ? "" : ": ") + each.why
-                       : !each.ownWords ? "* INQUIRY's words"
-                                        : each.why;
+    std::string text = each.ownWords ? each.why : "* INQUIRY's words";
+    if (each.state == deviceState::excluded)
+        text = "excluded: " + each.why;
+    else if (!each.isTrue())
+        text = std::string("! ") + nameOf(each.state) + (each.why.empty() ? "" : ": ") + each.why;
     const char* const before = text.empty() ? "" : "; ";
     if (each.firmware == firmwareTie::anothers)
         text.append(before).append("another's firmware is tied to it");
