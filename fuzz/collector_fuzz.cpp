@@ -45,7 +45,8 @@ struct hostFault {
 
 hostFault fault;
 
-/// A machine whose services fail. libFuzzer has a thread that watches the memory: its sleeps are real.
+/// A machine whose services fail, around all others: libFuzzer has a thread that watches the memory, whose sleeps are
+/// real and meet no other layer.
 class faultyServices : public sys::layer {
 public:
     using layer::layer;
@@ -84,13 +85,13 @@ std::string written(void write(const inventory::runResult&, std::ostream&), cons
 class pluginRun {
 public:
     explicit pluginRun(const sys::machineAnswers& machine)
-        : simulated_(machine), services_(simulated_), recorded_(services_), watched_(recorded_) {
+        : simulated_(machine), recorded_(simulated_), watched_(recorded_), services_(watched_) {
         auto& registered = minihost::registeredPlugins();
         for (auto* const loaded : registered) // at the first run, the object that this program made when it started
             loaded->PrepareForUnload();
         plugin_ = new TScsidevPluginCallbacks; // which registers itself
         registered.clear();
-        const sys::machineInUse inUse(recorded_);
+        const sys::machineInUse inUse(services_);
         takeLog();
         plugin_->Init();
     }
@@ -105,7 +106,7 @@ public:
 
     sys::machineAnswers& machine() { return simulated_.answers(); }
     sys::machineAnswers recording() { return recorded_.wholeMachine(); }
-    sys::machine& asked() { return recorded_; }
+    sys::machine& asked() { return services_; }
     TScsidevPluginCallbacks& plugin() { return *plugin_; }
     const std::vector<boost::shared_ptr<minihost::memoryInstance>>& instances() const { return ns_.instances(); }
 
@@ -115,7 +116,7 @@ public:
         TScsidevPluginCallbacks::classList requested;
         for (const auto& name : classNames)
             requested.push_back(ns_.memoryNamespace::GetClass(name, {}));
-        const sys::machineInUse inUse(watched_);
+        const sys::machineInUse inUse(services_);
         takeLog();
         plugin_->GetData(ns_.handle(), requested);
         requireClosedNodes();
@@ -170,9 +171,9 @@ private:
     }
 
     sys::simulatedMachine simulated_;
-    faultyServices services_;
     sys::recordedMachine recorded_;
     sys::watchedMachine watched_;
+    faultyServices services_;
     inventory::passLog passLog_;
     faultyNamespace ns_;
     std::ostringstream log_;
