@@ -61,13 +61,13 @@ def tools(document):
     return differences
 
 
-# The adapters are probed in another order, so the nodes are other ones.
+# One disk has passed its neighbour, so the nodes are other ones whatever order the adapters are probed in.
 def wwids(before, after):
     def disks(path):
         return [(d["kernel"]["wwid"], d["product"]) for d in devices(path)
                 if d["kernel"].get("wwid", "").startswith("naa.5000c5")]
     first, second = disks(before), disks(after)
-    return [] if first != second and sorted(first) == sorted(second) and len(first) == 5 else [first, second]
+    return [] if first != second and sorted(first) == sorted(second) and len(first) == 6 else [first, second]
 
 
 differences = globals()[sys.argv[1]](*sys.argv[2:])
