@@ -7,6 +7,8 @@ import subprocess
 import sys
 import urllib.request
 
+from tools import compareKernelWords, compareWords
+
 
 def output(*command):
     return subprocess.run(command, capture_output=True, text=True).stdout
@@ -31,33 +33,16 @@ def exporter(metrics):
     return list(wanted ^ served) + ([] if wanted else ["no series"])
 
 
-# Node, address and the kernel's name of each device.
-def fromLsscsi():
-    lines = [line.split() for line in output("lsscsi", "-g").splitlines()]
-    return {(line[-1], line[0].strip("[]"), line[-2].removeprefix("/dev/")) for line in lines}
-
-
-# The root is on a disk without an address.
-def fromLsblk():
-    disks = json.loads(output("lsblk", "-bdJ", "-o", "NAME,HCTL,SIZE,SERIAL,WWN"))["blockdevices"]
-    return {tuple(disk.values()) for disk in disks if disk["hctl"]}
-
-
 def tools(document):
     found = devices(document)
-    kernels = [(d["node"], d["kernel"], d["kernel"]["names"][0]) for d in found]
-    differences = list(fromLsscsi() ^ {(node, k["address"], name) for node, k, name in kernels})
-    differences += fromLsblk() ^ {
-        (name, k["address"], k["size"], k.get("serial"), k["wwid"].replace("naa.", "0x") if "wwid" in k else None)
-        for _, k, name in kernels}
-    left = [d["node"] for d in found if d["state"] == "excluded"]
+    lsblk = output("lsblk", "-bdJ", "-o", "NAME,HCTL,SIZE,SERIAL,WWN")
+    differences = list(compareKernelWords(found, output("lsscsi", "-g"), lsblk))
+    left = [device["node"] for device in found if device["state"] == "excluded"]
     if len(left) != 2:
         differences.append(("left out", left))
-    for d in found:
-        inquiry = output("sg_inq", d["node"]) + output("sg_inq", "--page=sn", d["node"])
-        for word in ("vendor", "product", "revision", "serial"):
-            if d.get(word, "") not in inquiry:
-                differences.append((d["node"], d[word], inquiry))
+    for device in found:
+        node = device["node"]
+        differences += compareWords(device, output("sg_inq", node) + output("sg_inq", "--page=sn", node))
     return differences
 
 

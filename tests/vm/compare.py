@@ -1,106 +1,113 @@
 #!/usr/bin/env python3
-# Compares what the program reported in a test machine with what independent tools said there.
+# Compares what the program reported in a test machine with what other tools said there, and with what the tests outside
+# expect of the machine file that is a recording of this boot.
 #
-#   compare.py RESULTS PROGRAMS
+#   compare.py BOOT RESULTS PROGRAMS
 #
-# RESULTS is the directory that one boot sent back. PROGRAMS, the directory of the built program, serves to replay the
-# boot's recording.
-# Exit status: 0 no difference; 1 differences (shown as diffs, expected against reported) or an answer that cannot be
-# read.
+# RESULTS is the directory that the boot sent back. PROGRAMS, the directory of the built program, serves to replay its
+# recording.
+# Exit status: 0 no difference; 1 differences (shown as diffs, expected against found).
 
 import difflib
 import json
+import os
 import re
+import subprocess
 import sys
 from pathlib import Path
 
-import expected
-import replay
-from answers import inventoryLines, linesOf, readAnswers, readBlocks
-from collector import diskAskedFor, nodesLookedAt
+import tools
 from syscalls import seenCalls
 
-
-# The log's lines about commands that failed or were not sent and about devices left out, without their level.
-def tellingLines(log):
-    told = re.compile(r"\[3\] ((?:Retry condition|SCSI sense data|SG |FindUSBDevice Remove Virtual|"
-                      r"TScsidevPluginCallbacks::.*Ignoring Virtual Device|Device does not support SGIO|"
-                      r"Aborting inquiry|ATA ).*)")
-    return [match[1] for match in map(told.fullmatch, linesOf(log)) if match]
+root = Path(__file__).parent.parent.parent
 
 
-# The ATA disks that are asked for their own words at another disk's node, and that node.
-def mistakenNodes(answers):
-    return [{"node": node.path, "asked": asked} for node in answers.nodes[:nodesLookedAt] if node.vendor == "ATA"
-            for asked in [diskAskedFor(node)] if asked in answers.identify and asked != node.block]
+# Lines of a text that may have any byte: what is not ASCII is shown escaped.
+def linesOf(path):
+    return path.read_text("ascii", "backslashreplace").splitlines()
+
+
+def outputOf(command, **environment):
+    return subprocess.run(command, env={**os.environ, **environment}, capture_output=True, check=False,
+                          encoding="ascii", errors="backslashreplace")
 
 
 def asLines(value):
     return json.dumps(value, indent=2).splitlines()
 
 
-# This and the following functions yield comparisons: of what, the lines wanted, the lines found.
-def compareRun(program, name, document, log, nodes, beyond=()):
-    isComplete = not (nodes["silent"] or nodes["mistaken"] or beyond)
-    found = json.loads((program / f"{name}.json").read_text())["nodes"]
-    yield f"{name}: exit status", ["0" if isComplete else "3"], linesOf(program / f"{name}.status")
-    yield f"{name}: what the log tells", log, tellingLines(program / f"{name}.log")
-    yield f"{name}: nodes", asLines(nodes), asLines({kind: found[kind] for kind in nodes})
-    yield f"{name}: document", asLines(document), inventoryLines(program / f"{name}.json")
+# What devices answer, whatever kernel asks. What the kernel says of them is compared with the tools.
+def answers(path):
+    machine = json.loads(path.read_text("ascii"))
+    del machine["collected"]
+    for node in machine["nodes"].values():
+        node.pop("kernel", None)
+    return asLines(machine)
 
 
-def compareTraced(program, document, log, calls, nodes, beyond=()):
-    yield from compareRun(program, "traced", document, log, nodes, beyond)
-    yield "system calls on device nodes", calls, seenCalls(program / "trace")
+# What does not differ by nature in a simulated run.
+def inventory(text):
+    members = "complete", "exitStatus", "machine", "nodes", "devices", "queries"
+    return asLines({member: json.loads(text)[member] for member in members})
 
 
-def virtualEntries(results, kind):
-    return re.findall(rf"^{kind}=(.*)$", (results / "virtual-devices").read_text(), re.MULTILINE)
+# The plug-in's own lines.
+def logLines(lines):
+    return [line for line in lines if re.match(r"\[\d+\] ", line)]
 
 
-def compareInventory(results, answers, programs):
-    program = results / "program"
-    document, log, calls = expected.run(answers, expected.defaultQueries)
-    beyond = answers.nodes[nodesLookedAt:]
-    nodes = {"silent": [], "mistaken": mistakenNodes(answers)}
-    yield from compareRun(program, "inventory", document, log, nodes, beyond)
-    yield from compareTraced(program, document, log, calls, nodes, beyond)
-    document, log, _ = expected.run(answers, ("KORVA_SCSIDevice", "KORVA_ATADevice", "KORVA_CDVDDevice"),
-                                    virtualEntries(results, 0), virtualEntries(results, 1))
-    yield from compareRun(program, "virtual", document, log, nodes, beyond)
-    yield from compareKernelWords(results, answers)
-    yield from replay.compareReplay(programs, program, "traced")
-    yield from replay.compareTools(programs, results, answers)
+# This and the following functions yield comparisons: of what, the lines expected, the lines found.
+def compareRecording(boot, runs):
+    yield "recording", answers(root / f"machines/vm-{boot}.json"), answers(runs / "machine.json")
+    calls = seenCalls(linesOf(runs / "trace"))
+    (runs / "calls").write_text("\n".join(calls) + "\n")
+    yield "system calls on device nodes", linesOf(root / f"tests/expected/vm-{boot}.calls"), calls
 
 
-# The run that came when udev had asked the devices, as lsblk did.
-def compareKernelWords(results, answers):
+# Each run again outside, with the recording in the place of the test machine.
+def compareReplays(runs, programs):
+    for arguments in sorted(runs.glob("*.arguments")):
+        run = arguments.with_suffix("")
+        replayed = outputOf([programs / "scsidev-inventory", "--machine", runs / "machine.json", "--format", "json",
+                             "--log-level", "3", *arguments.read_text().split()])
+        yield f"{run.name}: document", inventory(run.with_suffix(".json").read_text()), inventory(replayed.stdout)
+        yield (f"{run.name}: log", logLines(linesOf(run.with_suffix(".log"))), logLines(replayed.stderr.splitlines()))
+
+
+# The tools print of the recording what they printed of the devices, as far as the program asked the same.
+def compareTools(results, programs):
+    recording = results / "program/machine.json"
+    nodes = json.loads(recording.read_text())["nodes"]
+    asked = [path for path, node in nodes.items() if node.keys() & {"inquiry", "identify"}]
+    for inside in sorted((results / "tools").glob("*.command")):
+        command = inside.read_text().split()
+        if command[-1] in asked:
+            outside = outputOf(command, LD_PRELOAD=str(programs / "libscsidev-simulator.so"), SCSIDEV_MACHINE=str(recording))
+            yield " ".join(command), linesOf(inside.with_suffix("")), outside.stdout.splitlines()
+
+
+def compareDevices(results):
+    said = {path.name: path.read_text("ascii", "backslashreplace") for path in (results / "tools").glob("*")}
+    disks = "".join(text for name, text in said.items() if name.endswith(".hdparm"))
     devices = json.loads((results / "program/settled.json").read_text())["devices"]
-    walked = {"{port}:{bus}:{target}:{lun}".format(**vars(node)) for node in answers.nodes[:nodesLookedAt]}
-    known = [device["kernel"] for device in devices if "size" in device.get("kernel", {})]
-    wanted = {address: told[2:] for address, told in readBlocks(results / "tools").items()}
-    # Where udev has noted none, the kernel's own page is looked at, which lsblk does not do.
-    found = {address: (words.get("serial", "") if wanted.get(address, [""])[0] else "", str(words["size"]))
-             for words in known for address in [words.get("address")]}
-    yield ("address, serial number and size as lsblk has them",
-           *(sorted(f"{address} {told}" for address, told in side.items() if address in walked)
-             for side in (wanted, found)))
+    differences = list(tools.compareKernelWords(devices, said["lsscsi"], said["lsblk"]))
+    for device in devices:
+        node = device["node"].removeprefix("/dev/")
+        differences += tools.compareWords(device, said.get(node + ".sg_inq", "") + said.get(node + ".serial", "") + disks)
+    yield "devices", [], [str(difference) for difference in differences]
 
 
-def compareFaults(results, answers, programs):
-    program = results / "program"
-    document, log, calls = expected.run(answers, ("KORVA_SCSIDevice",))
-    shown = [instance["properties"]["DeviceID"] for instance in document["queries"][0]["instances"]]
-    silent = [node.path for node in answers.nodes if node.path not in shown]
-    yield from compareTraced(program, document, log, calls, {"silent": silent, "mistaken": mistakenNodes(answers)})
-    yield from replay.compareReplay(programs, program, "traced", "KORVA_SCSIDevice")
+def compare(boot, results, programs):
+    yield from compareRecording(boot, results / "program")
+    yield from compareReplays(results / "program", programs)
+    if not (results / "plans").exists():  # after which the devices answer the tools as they did not answer the program
+        yield from compareTools(results, programs)
+        yield from compareDevices(results)
 
 
-def main(results, programs):
-    answers = readAnswers(results)
-    compare = compareFaults if (results / "plans").exists() else compareInventory
+def main(boot, results, programs):
     differences = 0
-    for count, (what, wanted, found) in enumerate(compare(results, answers, programs), 1):
+    for count, (what, wanted, found) in enumerate(compare(boot, Path(results), Path(programs)), 1):
         if wanted != found:
             differences += 1
             print(f"--- {what}: {len(wanted)} lines expected, {len(found)} found")
@@ -110,4 +117,4 @@ def main(results, programs):
     return 1 if differences else 0
 
 
-sys.exit(main(*map(Path, sys.argv[1:])))
+sys.exit(main(*sys.argv[1:]))
