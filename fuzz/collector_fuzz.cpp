@@ -13,7 +13,8 @@
 #include "system/machinefile.h"
 #include "system/recordedmachine.h"
 #include "system/simulatedmachine.h"
-#include "tests/mofreader.h"
+
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <optional>
@@ -180,23 +181,22 @@ private:
     TScsidevPluginCallbacks* plugin_;
 };
 
-/// Requires that nothing that is printed of a run drives a terminal, and that MOF says the same as JSON.
+/// Requires that nothing that is printed of a run drives a terminal.
 void checkOutput(pluginRun& run) {
     inventory::runResult result = run.wholeResult();
     for (const auto& declaration : minihost::classTable())
         result.queries[0].classes.emplace_back(declaration.name);
-    const std::string asJson = written(inventory::writeJson, result), asMof = written(inventory::writeMof, result);
+    const std::string asJson = written(inventory::writeJson, result);
+    fuzz::require(nlohmann::json::accept(asJson), "a JSON document is whole");
     const inventory::tableStyle style{true, 80, false, false}, tree{false, 80, false, true};
     std::ostringstream tables;
     inventory::writeTable(result, style, tables);
     inventory::writeOverview(result, style, tables);
     inventory::writeOverview(result, tree, tables);
-    const std::string all = asJson + asMof + written(inventory::writePrometheus, result) + tables.str();
+    const std::string all =
+        asJson + written(inventory::writeMof, result) + written(inventory::writePrometheus, result) + tables.str();
     fuzz::require(std::all_of(all.begin(), all.end(), [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); }),
                   "no output drives a terminal");
-    const auto instances = mof::instancesOf(nlohmann::json::parse(asJson));
-    for (const auto& instance : mof::read(asMof).instances)
-        fuzz::require(std::count(instances.begin(), instances.end(), instance) != 0, "JSON has what MOF has");
 }
 
 void checkDrives(pluginRun& run) {

@@ -16,6 +16,7 @@ using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 
 inline const std::string program = PROGRAM_DIRECTORY "/scsidev-inventory";
 inline const std::string plugin = PROGRAM_DIRECTORY "/libscsidev.pi.so";
