@@ -54,7 +54,7 @@ protected:
 
 } // namespace
 
-TEST_F(Mof, WritesEachTypeAndEveryByte) {
+TEST_F(Mof, WritesEachTypeAndOddBytes) {
     const std::string text = written();
     const std::string odd = R"("\x0000\x000a\x001f \"\\~\x007f\x00ff")";
     EXPECT_THAT(text, StartsWith("\ninstance of KORVA_SCSIDevice as $SCSIDevice1\n{\n"));

@@ -36,7 +36,7 @@ def exporter(metrics):
 def tools(document):
     found = devices(document)
     lsblk = output("lsblk", "-bdJ", "-o", "NAME,HCTL,SIZE,SERIAL,WWN")
-    differences = list(compareKernelWords(found, output("lsscsi", "-g"), lsblk))
+    differences = list(compareKernelWords(found, output("lsscsi", "-g"), output("lsscsi", "-UU"), lsblk))
     left = [device["node"] for device in found if device["state"] == "excluded"]
     if len(left) != 2:
         differences.append(("left out", left))

@@ -36,12 +36,12 @@ def asLines(value):
     return json.dumps(value, indent=2).splitlines()
 
 
-# What devices answer, whatever kernel asks. What the kernel says of them is compared with the tools.
+# What is the same in every recording of a boot: not all kernels know the same wwids, which lsscsi judges.
 def answers(path):
     machine = json.loads(path.read_text("ascii"))
     del machine["collected"]
     for node in machine["nodes"].values():
-        node.pop("kernel", None)
+        node.get("kernel", {}).pop("wwid", None)
     return asLines(machine)
 
 
@@ -58,51 +58,57 @@ def logLines(lines):
 
 # This and the following functions yield comparisons: of what, the lines expected, the lines found.
 def compareRecording(boot, runs):
-    yield "recording", answers(root / f"machines/vm-{boot}.json"), answers(runs / "machine.json")
     calls = seenCalls(linesOf(runs / "trace"))
     (runs / "calls").write_text("\n".join(calls) + "\n")
     yield "system calls on device nodes", linesOf(root / f"tests/expected/vm-{boot}.calls"), calls
+    yield "recording", answers(root / f"machines/vm-{boot}.json"), answers(runs / "machine.json")
 
 
-# Each run again outside, with the recording in the place of the test machine.
-def compareReplays(runs, programs):
-    for arguments in sorted(runs.glob("*.arguments")):
-        run = arguments.with_suffix("")
-        replayed = outputOf([programs / "scsidev-inventory", "--machine", runs / "machine.json", "--format", "json",
-                             "--log-level", "3", *arguments.read_text().split()])
-        yield f"{run.name}: document", inventory(run.with_suffix(".json").read_text()), inventory(replayed.stdout)
-        yield (f"{run.name}: log", logLines(linesOf(run.with_suffix(".log"))), logLines(replayed.stderr.splitlines()))
+# A run again outside, with the recording in the place of the test machine.
+def compareReplay(run, programs):
+    replayed = outputOf([programs / "scsidev-inventory", "--machine", run.parent / "machine.json", "--format", "json",
+                         "--log-level", "3", *run.with_suffix(".arguments").read_text().split()])
+    yield f"{run.name}: exit status", linesOf(run.with_suffix(".status")), [str(replayed.returncode)]
+    yield f"{run.name}: document", inventory(run.with_suffix(".json").read_text()), inventory(replayed.stdout)
+    yield f"{run.name}: log", logLines(linesOf(run.with_suffix(".log"))), logLines(replayed.stderr.splitlines())
 
 
 # The tools print of the recording what they printed of the devices, as far as the program asked the same.
-def compareTools(results, programs):
-    recording = results / "program/machine.json"
-    nodes = json.loads(recording.read_text())["nodes"]
-    asked = [path for path, node in nodes.items() if node.keys() & {"inquiry", "identify"}]
-    for inside in sorted((results / "tools").glob("*.command")):
-        command = inside.read_text().split()
-        if command[-1] in asked:
-            outside = outputOf(command, LD_PRELOAD=str(programs / "libscsidev-simulator.so"), SCSIDEV_MACHINE=str(recording))
-            yield " ".join(command), linesOf(inside.with_suffix("")), outside.stdout.splitlines()
+def compareTools(said, recording, programs):
+    for path, node in json.loads(recording.read_text())["nodes"].items():
+        if "inquiry" in node and path.startswith("/dev/sg"):
+            command = ["sg_inq", "--len=36", path]
+        elif "data" in node.get("identify", {}):
+            command = ["hdparm", "-I", path]
+        else:
+            continue
+        outside = outputOf(command, LD_PRELOAD=str(programs / "libscsidev-simulator.so"), SCSIDEV_MACHINE=str(recording))
+        inside = said[f"{Path(path).name}.{command[0]}"]
+        yield f"under the preload library: {' '.join(command)}", inside.splitlines(), outside.stdout.splitlines()
 
 
-def compareDevices(results):
-    said = {path.name: path.read_text("ascii", "backslashreplace") for path in (results / "tools").glob("*")}
-    disks = "".join(text for name, text in said.items() if name.endswith(".hdparm"))
-    devices = json.loads((results / "program/settled.json").read_text())["devices"]
-    differences = list(tools.compareKernelWords(devices, said["lsscsi"], said["lsblk"]))
-    for device in devices:
+# The run that came when udev had asked the devices, as lsblk did.
+def compareDevices(said, document):
+    asked = {mistaken["node"]: mistaken["asked"] for mistaken in document["nodes"]["mistaken"]}
+    differences = list(tools.compareKernelWords(document["devices"], said["lsscsi"], said["lsscsi-wwid"], said["lsblk"]))
+    for device in document["devices"]:
         node = device["node"].removeprefix("/dev/")
-        differences += tools.compareWords(device, said.get(node + ".sg_inq", "") + said.get(node + ".serial", "") + disks)
+        disk = asked.get(device["node"]) or (device["kernel"]["names"] or [node])[0]
+        files = f"{node}.sg_inq", f"{node}.serial", disk.removeprefix("/dev/") + ".hdparm"
+        differences += tools.compareWords(device, "".join(said.get(file, "") for file in files))
     yield "devices", [], [str(difference) for difference in differences]
 
 
 def compare(boot, results, programs):
-    yield from compareRecording(boot, results / "program")
-    yield from compareReplays(results / "program", programs)
-    if not (results / "plans").exists():  # after which the devices answer the tools as they did not answer the program
-        yield from compareTools(results, programs)
-        yield from compareDevices(results)
+    runs = results / "program"
+    planned = (results / "plans").exists()  # faults, after which the tools would not meet what the program met
+    yield from compareRecording(boot, runs)
+    for run in ("traced",) if planned else ("traced", "inventory", "virtual"):
+        yield from compareReplay(runs / run, programs)
+    if not planned:
+        said = {path.name: "\n".join(linesOf(path)) for path in (results / "tools").iterdir()}
+        yield from compareTools(said, runs / "machine.json", programs)
+        yield from compareDevices(said, json.loads((runs / "settled.json").read_text()))
 
 
 def main(boot, results, programs):

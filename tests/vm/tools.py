@@ -1,6 +1,7 @@
 # Holds the program's list of devices against what other tools say. The functions yield the differences.
 
 import json
+import re
 
 nodesLookedAt = 32
 
@@ -12,11 +13,21 @@ def listed(lsscsi):
             if int(line[-1].removeprefix("/dev/sg")) < nodesLookedAt}
 
 
-# The text is that of `lsblk -bdJ -o NAME,HCTL,SIZE,SERIAL,WWN`, which has no serial number where udev has noted none.
-def compareKernelWords(devices, lsscsi, lsblk):
+# The wwid of each device by address, in the text of `lsscsi -UU`.
+def wwids(lsscsi):
+    lines = (re.fullmatch(r"\[(\S+)\] +\S+ +(\S.*?) +\S+ *", line).groups() for line in lsscsi.splitlines())
+    return {address: "" if wwid == "none" else wwid for address, wwid in lines}
+
+
+# The texts are those of `lsscsi -g`, `lsscsi -UU` and `lsblk -bdJ -o NAME,HCTL,SIZE,SERIAL,WWN`, which has no serial number
+# and no WWN where udev has noted none.
+def compareKernelWords(devices, lsscsi, lsscsiWwids, lsblk):
     kernels = [(device["node"], device["kernel"]) for device in devices if "address" in device.get("kernel", {})]
     names = {node: (kernel["names"] or ["-"])[0] for node, kernel in kernels}
     yield from listed(lsscsi) ^ {(node, kernel["address"], names[node]) for node, kernel in kernels}
+    told = wwids(lsscsiWwids)
+    yield from ((node, told[kernel["address"]], kernel) for node, kernel in kernels
+                if kernel.get("wwid", "") != told[kernel["address"]])
     disks = {disk["hctl"]: disk for disk in json.loads(lsblk)["blockdevices"]}
     for node, kernel in kernels:
         disk = disks.get(kernel["address"], {})
