@@ -57,9 +57,6 @@ std::string headingOf(const openedNode& opened, std::string& shown, int shownLev
 void runQueries(const runOptions& options, askedMachine& machine, minihost::memoryNamespace& ns, passLog& log,
                 runResult& result) {
     statusLine status;
-    const auto showStep = [&](const std::string& step) {
-        status.show(step);
-    };
     std::string shownNode;
     const auto showLog = [&](int level, const std::string& text) {
         log.take(level, text, machine.watched());
@@ -77,11 +74,10 @@ void runQueries(const runOptions& options, askedMachine& machine, minihost::memo
     for (const auto& doubt : machine.doubts())
         showRemark(doubt);
     const scratchDirectory scratch(showRemark);
-    machine.watched().onStep(showStep);
-    showStep("loading the plug-in");
+    machine.watched().onStep([&status](const std::string& step) { status.show(step); });
+    status.show("loading the plug-in");
     minihost::pluginLibrary plugin(options.pluginPath, options.plugin);
     for (const auto& classNames : options.queries) {
-        showStep(classNames.front());
         result.queries.push_back(runQuery(classNames, plugin, ns));
         if (const auto& error = result.queries.back().error)
             throw std::runtime_error("the query failed: " + *error);
