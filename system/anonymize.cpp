@@ -73,14 +73,20 @@ void anonymizeIdentify(bytes& sector, const pseudonyms& names) {
 }
 
 /// Keeps the format of a wwid and what stands for the maker (drivers/scsi/scsi_lib.c, scsi_vpd_lun_id): of registered
-/// names and EUI-64 the maker's number in 6 digits, after T10 eight characters.
+/// names and EUI-64 the maker's number in 6 digits, behind the 16 of an extension where there are 32 (SPC-4, 7.8.6.5);
+/// after T10 eight characters, where more follow.
 std::string anonymousWwid(const std::string& wwid, const pseudonyms& names) {
+    const auto hidden = [&](std::size_t begin, std::size_t end) {
+        return names.ofHexadecimal(wwid.substr(std::min(begin, wwid.size()), end - begin));
+    };
+    if (boost::starts_with(wwid, "eui.") && wwid.size() == 4 + 32)
+        return wwid.substr(0, 4) + hidden(4, 20) + wwid.substr(20, 6) + hidden(26, wwid.size());
     const std::pair<std::string, std::size_t> kept[] = {{"naa.5", 11}, {"naa.6", 11}, {"naa.", 5}, {"eui.", 10}};
     for (const auto& [format, size] : kept) {
         if (boost::starts_with(wwid, format))
-            return wwid.substr(0, size) + names.ofHexadecimal(wwid.substr(std::min(size, wwid.size())));
+            return wwid.substr(0, size) + hidden(size, wwid.size());
     }
-    const std::size_t size = boost::starts_with(wwid, "t10.") ? std::min<std::size_t>(12, wwid.size()) : 0;
+    const std::size_t size = !boost::starts_with(wwid, "t10.") ? 0 : wwid.size() > 12 ? 12 : 4;
     return wwid.substr(0, size) + names.of(wwid.substr(size));
 }
 

@@ -50,10 +50,10 @@ std::string pseudonymKey(const std::string& path) {
             throw std::runtime_error(std::string("no random key: ") + std::strerror(errno));
         return random;
     }
-    std::string key = contentUpTo(path, largestKey);
+    const std::string key = contentUpTo(path, largestKey);
     if (key.empty())
         throw std::runtime_error(path + ": expected a key, found an empty file");
-    return key;
+    return hash({}, key); // a large key as it is would be hashed again for each text
 }
 
 std::string pseudonyms::of(const std::string& text) const {
