@@ -112,12 +112,14 @@ using nameSet = std::set<std::string>;
 /// Those of `names` that stand somewhere in one of the texts, in the order in which they are found. Names by the
 /// thousand take no more time than one.
 std::vector<std::string> namesIn(const std::vector<std::string>& texts, const nameSet& names) {
-    constexpr std::size_t longestName = 18; // a product in quotes; paths and names of drives are shorter
     std::unordered_set<std::string_view> missing(names.begin(), names.end());
+    std::set<std::size_t> lengths;
+    for (const auto& name : names)
+        lengths.insert(name.size());
     std::vector<std::string> found;
     for (const std::string_view text : texts) {
         for (std::size_t at = 0; at < text.size(); ++at) {
-            for (std::size_t length = 1; length <= longestName; ++length) {
+            for (const std::size_t length : lengths) {
                 if (const auto candidate = text.substr(at, length); missing.erase(candidate) != 0)
                     found.emplace_back(candidate);
             }
